@@ -1,0 +1,92 @@
+// ado/odbc/session.h - one physical connection to a database; taken from and given back to the session cache.
+//
+//   auto session = Session::Open(settings);
+//   Statement statement = session->Execute("select id, name from item", {});
+//
+// Threads: one caller at a time, except Cancel of a running statement. A session whose rows are still being fetched by a
+// worker finishes that fetch first when it is asked for another statement (see SetBackgroundWork).
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ado/error.h"
+#include "ado/odbc/connection_string.h"
+#include "ado/odbc/driver_profile.h"
+#include "ado/odbc/statement.h"
+
+namespace tk::ado {
+
+/// What opening a session needs, all texts UTF-8.
+struct SessionSettings {
+    ConnectionString connection;   // as given, parsed; provider names already mapped to a driver by Resolve()
+    std::string user;              // empty: as the string says
+    std::string password;          // empty: as the string says
+    LONG loginTimeoutSeconds = 15;  // 0: no limit
+    bool readOnly = false;
+};
+
+struct ExecuteOptions {
+    LONG timeoutSeconds = 30;  // 0: no limit
+    LONG maxRows = 0;          // 0: all
+};
+
+class Session {
+public:
+    /// Opens a session or takes an idle one from the cache (same full string, user and password; alive; reset).
+    /// @throws AdoError with the driver's diagnostics
+    static std::shared_ptr<Session> Open(const SessionSettings& settings);
+
+    /// Rolls back what is open and returns the physical connection to the cache, or closes it when it is not reusable.
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    const DriverProfile& Profile() const noexcept;
+
+    /// The identifier quote, "" when the driver has none.
+    const std::string& Quote() const noexcept;
+
+    /// Runs one statement text (UTF-8). A statement without rows is executed when this returns.
+    /// @throws AdoError with the driver's diagnostics, HRESULT by section 2.5 of the error table
+    Statement Execute(std::string_view sql, const ExecuteOptions& options);
+
+    /// Runs a statement with parameters, each sent by its VARIANT type; texts travel as UTF-8.
+    Statement Execute(std::string_view sql, const std::vector<VARIANT>& parameters, const ExecuteOptions& options);
+
+    /// A catalog function of ODBC; null and empty texts are sent as null. See statement.h for CatalogCall.
+    Statement Catalog(const CatalogCall& call, const ExecuteOptions& options);
+
+    /// Auto-commit off / commit / roll back; isolation is an ADO value (0x1000 …), applied before the transaction.
+    void Begin(LONG isolation);
+    void Commit();
+    void Rollback();
+    bool InTransaction() const noexcept;
+
+    /// SQLGetInfo as text or number; "" or 0 when the driver does not answer.
+    std::string InfoText(unsigned short item);
+    unsigned InfoNumber(unsigned short item);
+
+    std::string CurrentCatalog();
+    void SetCurrentCatalog(std::string_view name);
+
+    /// True when the driver says that the connection is lost; asks, does not guess from the state alone.
+    bool IsDead();
+
+    /// The worker that still uses this session's statement; the next Execute, Catalog, Begin, Commit or Rollback
+    /// calls finish first, so that drivers with one active statement work too.
+    void SetBackgroundWork(std::function<void()> finish);
+
+    /// The completed connection string as ADO shows it: text as given, password removed.
+    const std::string& DisplayString() const noexcept;
+
+private:
+    struct Impl;
+    explicit Session(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,57 @@
+// ado/odbc/statement.h - an executed statement: its row count, its results, its cancellation.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ado/rowset/column.h"
+
+namespace tk::ado {
+
+/// A call of one of ODBC's catalog functions; texts are UTF-8, an unset one is sent as null.
+struct CatalogCall {
+    enum class Function { Tables, Columns, PrimaryKeys, ForeignKeys, Statistics, Procedures, TypeInfo, Catalogs, Schemas };
+    Function function = Function::Tables;
+    std::string catalog;
+    std::string schema;
+    std::string table;   // or procedure
+    std::string column;  // Columns
+    std::string types;   // Tables: 'TABLE','VIEW'
+    bool unique = false;  // Statistics
+};
+
+/// Movable owner of one executed ODBC statement; its handle goes back to the session for reuse.
+class Statement {
+public:
+    Statement(Statement&&) noexcept;
+    Statement& operator=(Statement&&) noexcept;
+    ~Statement();
+
+    /// True when there is a result with columns.
+    bool HasRows() const noexcept;
+
+    /// Rows changed, or -1 where the statement returns rows or the driver does not say.
+    LONG RowsAffected() const noexcept;
+
+    /// The columns of the current result, described once.
+    const std::vector<Column>& Columns();
+
+    /// Moves on to the next result; false when there is none.
+    bool MoreResults();
+
+    /// From any thread; the running call ends with "cancelled".
+    void Cancel() noexcept;
+
+    /// For the row set only.
+    struct Impl;
+    explicit Statement(std::unique_ptr<Impl> impl);
+    Impl& Internals() noexcept { return *impl_; }
+
+private:
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,48 @@
+// ado/rowset/column.h - what is known about one column of a result.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace tk::ado {
+
+/// How the cells of a column are kept.
+enum class CellKind : unsigned char {
+    Integer16,
+    Integer32,
+    Integer64,
+    Real32,
+    Real64,
+    Boolean,
+    Text,       // UTF-8
+    Bytes,
+    Decimal,    // text as the driver gives it
+    Date,       // SQL_DATE_STRUCT
+    Time,       // SQL_TIME_STRUCT
+    Timestamp,  // SQL_TIMESTAMP_STRUCT, nanoseconds kept
+    Guid,
+};
+
+struct Column {
+    std::u16string name;
+    LONG type = 0;          // ADO data type of Field.Type (200 …)
+    LONG dbType = 0;        // plain OLE DB code (129, 130, 128 for texts and bytes)
+    CellKind kind = CellKind::Text;
+    LONG definedSize = 0;   // bytes of fixed types, characters of texts, bytes of binaries
+    BYTE precision = 255;
+    BYTE scale = 255;
+    LONG attributes = 0;    // FieldAttribute bits
+    bool isUnsigned = false;
+    bool isAutoIncrement = false;
+    bool isCaseSensitive = false;
+    bool isExpression = false;  // no base table: a computed value
+    int searchable = 4;     // 1 no, 2 like only, 3 all but like, 4 all
+    int sqlType = 0;        // as the driver describes it
+    std::string baseCatalog;  // UTF-8; empty when the driver does not say
+    std::string baseSchema;
+    std::string baseTable;
+    std::string baseColumn;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,98 @@
+// ado/rowset/row_set.h - the rows of one result, kept by column; shared by a recordset, its clones and its views.
+//
+//   auto rows = RowSet::Fetch(std::move(statement), session, options);
+//   for (std::size_t row = 0; rows->HasRow(row); ++row) rows->Read(row, 0, value);
+//
+// Rows arrive in blocks, the first ones on the calling thread, the rest on a worker when there are many. A row that has
+// arrived never changes; edits live in the cursor layer.
+//
+// Threads: one reader at a time beside the worker; Cancel and ArrivedRows from any thread.
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "ado/error.h"
+#include "ado/odbc/session.h"
+#include "ado/odbc/statement.h"
+#include "ado/rowset/column.h"
+
+namespace tk::ado {
+
+/// A cell in place; views stay valid as long as the row set.
+struct Cell {
+    enum class Form : unsigned char { Null, Integer, Real, Boolean, Text, Bytes, Decimal, Date } form = Form::Null;
+    long long integer = 0;   // Integer, Boolean
+    double real = 0;         // Real; Date as an automation date
+    std::string_view text;   // Text (UTF-8), Bytes, Decimal (as digits)
+};
+
+struct FetchOptions {
+    bool asynchronous = false;  // adAsyncFetch: Fetch returns with the first rows or earlier
+    LONG maxRows = 0;
+};
+
+class RowSet {
+public:
+    /// Takes over an executed statement that has a result. Keeps the session until the last row has arrived.
+    static std::shared_ptr<RowSet> Fetch(Statement statement, std::shared_ptr<Session> session,
+                                         const FetchOptions& options);
+
+    /// A finished set built row by row: schema rowsets and fabricated recordsets. Append takes what Read gives.
+    static std::shared_ptr<RowSet> Build(std::vector<Column> columns);
+    void Append(std::span<const VARIANT> values);
+
+    ~RowSet();
+
+    const std::vector<Column>& Columns() const noexcept;
+
+    /// True when the row exists; waits for it when the fetch still runs. Throws AdoError when the fetch failed before.
+    bool HasRow(std::size_t row);
+
+    /// Rows so far, without waiting.
+    std::size_t ArrivedRows() const noexcept;
+
+    /// All rows; waits for the end of the fetch.
+    std::size_t CountRows();
+
+    bool IsComplete() const noexcept;
+
+    /// Stops the fetch at the server and here; rows that have arrived stay.
+    void Cancel();
+
+    /// Reads one cell as the VARIANT that Field.Value gives (types by the tables of the object model).
+    /// @param value  uninitialised on entry; the caller's afterwards
+    void Read(std::size_t row, std::size_t column, VARIANT& value) const;
+
+    /// The cell in place, for filters, searches, sorting and text output: no allocation.
+    Cell At(std::size_t row, std::size_t column) const;
+
+    /// The cell as UTF-8 when Read would give VT_BSTR; data() is null for NULL; nullopt for every other kind.
+    std::optional<std::string_view> TextAt(std::size_t row, std::size_t column) const;
+
+    bool IsNull(std::size_t row, std::size_t column) const;
+
+    /// Field.ActualSize: bytes of the stored value, 2 a character for wide texts, 0 for NULL.
+    LONG ActualSize(std::size_t row, std::size_t column) const;
+
+    /// Bytes held for the rows, for the memory promise of the documentation.
+    std::size_t MemoryBytes() const;
+
+    /// The statement's next result, or an empty pointer; only when this one is complete.
+    std::unique_ptr<Statement> TakeNextResult();
+
+private:
+    struct Impl;
+    explicit RowSet(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,12 @@
+// windows.h - the platform's front door: types, results, base services and code pages under their usual names.
+//
+//   #include <windows.h>
+//   DWORD started = GetTickCount();
+#pragma once
+
+#include "windef.h"
+#include "winerror.h"
+
+#include "winbase.h"
+#include "winnls.h"
+#include "winuser.h"

@@ -60,6 +60,10 @@ public:
     /// A catalog function of ODBC; null and empty texts are sent as null. See statement.h for CatalogCall.
     Statement Catalog(const CatalogCall& call, const ExecuteOptions& options);
 
+    /// From any thread: ends the Execute or Catalog call that is running on this session, if there is one, with
+    /// "cancelled" (its caller gets the AdoError).
+    void Cancel() noexcept;
+
     /// Auto-commit off / commit / roll back; isolation is an ADO value (0x1000 …), applied before the transaction.
     void Begin(LONG isolation);
     void Commit();

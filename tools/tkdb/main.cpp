@@ -1,0 +1,99 @@
+// tkdb - query and maintain any data source of the library from the command line.
+
+#include <fmt/format.h>
+#include <tkkernel/tkkernel.h>
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+#include "tools/demo/demo.h"
+#include "tools/tkdb/commands.h"
+#include "tools/tkdb/terminal_text.h"
+
+namespace {
+
+using namespace tk::tools;
+
+bool ReadAll(const std::string& file, std::string& content) {
+    std::ostringstream text;
+    if (file == "-") {
+        text << std::cin.rdbuf();
+    } else {
+        std::ifstream input(file, std::ios::binary);
+        if (!input) return false;
+        text << input.rdbuf();
+    }
+    content = text.str();
+    return true;
+}
+
+int RunExec(const std::string& connection, std::vector<std::string> statements, const std::string& file, bool transaction) {
+    if (!file.empty()) {
+        std::string script;
+        if (!ReadAll(file, script)) {
+            fmt::print(stderr, "tkdb: cannot read {}\n", file);
+            return kWrongUsage;
+        }
+        for (auto& statement : SplitScript(script)) statements.push_back(std::move(statement));
+    }
+    if (statements.empty()) {
+        fmt::print(stderr, "tkdb: exec needs a statement or --file\n");
+        return kWrongUsage;
+    }
+    return ExecuteStatements(connection, statements, transaction);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    UseTerminalLocale();
+    CLI::App app{"tkdb - query and maintain a database through ODBC", "tkdb"};
+    app.require_subcommand(1);
+    app.set_version_flag("--version", TKDB_VERSION);
+
+    std::string connection;
+    std::vector<std::string> statements;
+    std::string file;
+    std::string sql;
+    bool transaction = false;
+    long maxRows = 0;
+    Format format = Format::Table;
+    const std::map<std::string, Format> formats{
+        {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}, {"markdown", Format::Markdown}};
+
+    auto* exec = app.add_subcommand("exec", "Run statements and report the rows they changed");
+    exec->add_option("connection", connection, "Connection string, e.g. \"Driver=SQLite3;Database=stock.db\"")->required();
+    exec->add_option("sql", statements, "Statements");
+    exec->add_option("-f,--file", file, "Read statements from a file (- for standard input)");
+    exec->add_flag("-t,--transaction", transaction, "All statements or none");
+
+    auto* query = app.add_subcommand("query", "Run a query and print its rows");
+    query->add_option("connection", connection, "Connection string")->required();
+    query->add_option("sql", sql, "Query")->required();
+    query->add_option("--format", format, "table, csv, json or markdown")
+        ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case));
+    query->add_option("--max-rows", maxRows, "Print at most this many rows (0: all)")->check(CLI::NonNegativeNumber);
+
+    auto* demo = app.add_subcommand("demo", "Load the ISO code lists and work with them");
+    demo->add_option("connection", connection, "Connection string (default: an embedded database in a temporary file)");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& e) {
+        return app.exit(e) == 0 ? kSuccess : kWrongUsage;
+    }
+
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
+        fmt::print(stderr, "tkdb: component start-up failed\n");
+        return kDatabaseRefused;
+    }
+    int code = kSuccess;
+    if (exec->parsed()) code = RunExec(connection, statements, file, transaction);
+    if (query->parsed()) code = PrintQuery(connection, sql, format, maxRows);
+    if (demo->parsed()) code = RunDemo(connection);
+    CoUninitialize();
+    return code;
+}

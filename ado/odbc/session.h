@@ -3,12 +3,13 @@
 //   auto session = Session::Open(settings);
 //   Statement statement = session->Execute("select id, name from item", {});
 //
-// Threads: one caller at a time, except Cancel of a running statement. A session whose rows are still being fetched by a
-// worker finishes that fetch first when it is asked for another statement (see SetBackgroundWork).
+// Threads: one caller at a time, except Cancel of a running statement. A session whose rows are still being fetched by
+// a worker finishes that fetch first when it is asked for another statement (see SetBackgroundWork).
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,15 +17,16 @@
 #include "ado/error.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/driver_profile.h"
+#include "ado/odbc/parameter.h"
 #include "ado/odbc/statement.h"
 
 namespace tk::ado {
 
 /// What opening a session needs, all texts UTF-8.
 struct SessionSettings {
-    ConnectionString connection;   // as given, parsed; provider names already mapped to a driver by Resolve()
-    std::string user;              // empty: as the string says
-    std::string password;          // empty: as the string says
+    ConnectionString connection;    // as given, parsed; Open itself maps provider names to drivers
+    std::string user;               // empty: as the string says
+    std::string password;           // empty: as the string says
     LONG loginTimeoutSeconds = 15;  // 0: no limit
     bool readOnly = false;
 };
@@ -47,6 +49,9 @@ public:
 
     const DriverProfile& Profile() const noexcept;
 
+    /// What the connection string says besides the driver's keywords.
+    const ConnectionProperties& Properties() const noexcept;
+
     /// The identifier quote, "" when the driver has none.
     const std::string& Quote() const noexcept;
 
@@ -56,6 +61,7 @@ public:
 
     /// Runs a statement with parameters, each sent by its VARIANT type; texts travel as UTF-8.
     Statement Execute(std::string_view sql, const std::vector<VARIANT>& parameters, const ExecuteOptions& options);
+    Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options);
 
     /// A catalog function of ODBC; null and empty texts are sent as null. See statement.h for CatalogCall.
     Statement Catalog(const CatalogCall& call, const ExecuteOptions& options);

@@ -13,13 +13,23 @@ namespace tk::ado {
 
 /// A call of one of ODBC's catalog functions; texts are UTF-8, an unset one is sent as null.
 struct CatalogCall {
-    enum class Function { Tables, Columns, PrimaryKeys, ForeignKeys, Statistics, Procedures, TypeInfo, Catalogs, Schemas };
+    enum class Function {
+        Tables,
+        Columns,
+        PrimaryKeys,
+        ForeignKeys,
+        Statistics,
+        Procedures,
+        TypeInfo,
+        Catalogs,
+        Schemas
+    };
     Function function = Function::Tables;
     std::string catalog;
     std::string schema;
-    std::string table;   // or procedure
-    std::string column;  // Columns
-    std::string types;   // Tables: 'TABLE','VIEW'
+    std::string table;    // or procedure
+    std::string column;   // Columns
+    std::string types;    // Tables: 'TABLE','VIEW'
     bool unique = false;  // Statistics
 };
 

@@ -15,7 +15,7 @@ enum class CellKind : unsigned char {
     Real32,
     Real64,
     Boolean,
-    Text,       // UTF-8
+    Text,  // UTF-8
     Bytes,
     Decimal,    // text as the driver gives it
     Date,       // SQL_DATE_STRUCT
@@ -26,23 +26,26 @@ enum class CellKind : unsigned char {
 
 struct Column {
     std::u16string name;
-    LONG type = 0;          // ADO data type of Field.Type (200 …)
-    LONG dbType = 0;        // plain OLE DB code (129, 130, 128 for texts and bytes)
+    LONG type = 0;    // ADO data type of Field.Type (200 …)
+    LONG dbType = 0;  // plain OLE DB code (129, 130, 128 for texts and bytes)
     CellKind kind = CellKind::Text;
-    LONG definedSize = 0;   // bytes of fixed types, characters of texts, bytes of binaries
+    LONG definedSize = 0;  // bytes of fixed types, characters of texts, bytes of binaries
     BYTE precision = 255;
     BYTE scale = 255;
-    LONG attributes = 0;    // FieldAttribute bits
+    LONG attributes = 0;  // FieldAttribute bits
     bool isUnsigned = false;
-    bool isAutoIncrement = false;
+    bool isAutoIncrement = false;  // known after RowSet::DescribeOrigins
     bool isCaseSensitive = false;
     bool isExpression = false;  // no base table: a computed value
-    int searchable = 4;     // 1 no, 2 like only, 3 all but like, 4 all
-    int sqlType = 0;        // as the driver describes it
-    std::string baseCatalog;  // UTF-8; empty when the driver does not say
+    int searchable = 4;         // 1 no, 2 like only, 3 all but like, 4 all
+    int sqlType = 0;            // as the driver describes it
+
+    // Known after RowSet::DescribeOrigins only; UTF-8, empty when the database does not say.
+    std::string baseCatalog;
     std::string baseSchema;
     std::string baseTable;
     std::string baseColumn;
+    bool isKey = false;  // part of the base table's primary key
 };
 
 }  // namespace tk::ado

@@ -23,17 +23,10 @@
 #include "ado/error.h"
 #include "ado/odbc/session.h"
 #include "ado/odbc/statement.h"
+#include "ado/rowset/cell.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
-
-/// A cell in place; views stay valid as long as the row set.
-struct Cell {
-    enum class Form : unsigned char { Null, Integer, Real, Boolean, Text, Bytes, Decimal, Date } form = Form::Null;
-    long long integer = 0;   // Integer, Boolean
-    double real = 0;         // Real; Date as an automation date
-    std::string_view text;   // Text (UTF-8), Bytes, Decimal (as digits)
-};
 
 struct FetchOptions {
     bool asynchronous = false;  // adAsyncFetch: Fetch returns with the first rows or earlier
@@ -53,6 +46,11 @@ public:
     ~RowSet();
 
     const std::vector<Column>& Columns() const noexcept;
+
+    /// Fills in what Columns() only knows after asking the database: the base names, isAutoIncrement, isKey, the key
+    /// flag of the attributes. To be called once before an update and before Field.Properties are read; further calls
+    /// do nothing. Never fails: what the database does not tell stays empty.
+    void DescribeOrigins();
 
     /// True when the row exists; waits for it when the fetch still runs. Throws AdoError when the fetch failed before.
     bool HasRow(std::size_t row);

@@ -1,0 +1,75 @@
+// ado/odbc/driver_profile.h - what each ODBC driver likes and gets wrong: one row per driver, a safe row for the rest.
+//
+// No driver is named anywhere else in ado/: code that needs to differ asks a member of the profile.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace tk::ado {
+
+/// How the cells of a result are fetched.
+enum class FetchMode : unsigned char {
+    TextRows,      // every value as text, one row at a time; the rest of a cut cell by SQLGetData
+    NativeBlocks,  // C types in column-wise blocks; a cut cell by SQLSetPos + SQLGetData
+    BoundThenGet,  // C types in blocks while no long column is there; else SQLGetData left to right from the first one
+    GetOnly,       // one row at a time, every cell by SQLGetData, left to right
+};
+
+/// How a running statement is ended after its time limit.
+enum class TimeLimit : unsigned char {
+    Attribute,  // SQL_ATTR_QUERY_TIMEOUT works
+    Watchdog,   // a thread of ours calls SQLCancel
+    Variable,   // a statement sets a session variable (DriverProfile::timeLimitStatement)
+};
+
+/// How a large result is kept from being held twice, here and in the driver.
+enum class Streaming : unsigned char {
+    None,       // the driver cannot
+    Always,     // set up in the connection string, costs nothing for small results
+    Attribute,  // a connection attribute, switched on for texts that are likely to give many rows
+};
+
+/// Where keys and the true columns behind a result come from.
+enum class KeySource : unsigned char {
+    Catalog,  // SQLPrimaryKeys, SQLStatistics
+    Pragma,   // SELECTs on pragma_table_xinfo and pragma_index_list: the driver's catalog functions are wrong
+};
+
+/// A keyword added to the connection string unless the string has it.
+struct DefaultKeyword {
+    const char* key;
+    const char* value;
+    bool alsoForDataSources;  // needed by us whatever the data source says; the others are the user's to decide
+};
+
+struct DriverProfile {
+    const char* name;                           // ours, for logs and tests
+    std::span<const char* const> libraryWords;  // any of them inside SQL_DRIVER_NAME or the registered driver's name
+    std::span<const DefaultKeyword> defaults;
+    FetchMode fetchMode = FetchMode::GetOnly;
+    unsigned firstBlockRows = 1;
+    unsigned fullBlockRows = 1;
+    TimeLimit timeLimit = TimeLimit::Attribute;
+    const char* timeLimitStatement = nullptr;  // with one %d
+    Streaming streaming = Streaming::None;
+    int streamingAttribute = 0;
+    KeySource keySource = KeySource::Catalog;
+    bool hasBatches = false;                // SQLMoreResults is worth asking
+    bool hasManyActiveStatements = false;   // several open results on one connection
+    bool describesBase = false;             // base table names of result columns can be trusted
+    bool baseColumnIsAlias = false;         // the base column name is the result's alias: check against the table
+    bool hasConnectionDead = true;          // SQL_ATTR_CONNECTION_DEAD exists
+    bool isFileDatabase = false;            // the database is a local file: its identity tells a replaced one
+    bool hasWideParameters = false;         // texts are sent as national characters
+    bool decimalsAsTextParameters = false;  // decimal parameters are sent as plain text
+    bool hasProcedureCalls = true;          // {call ...}
+};
+
+/// The profile of a driver by what SQLGetInfo(SQL_DRIVER_NAME) or the driver list calls it; the safe one if unknown.
+const DriverProfile& FindProfile(std::string_view driverName) noexcept;
+
+/// All known ones, for tests.
+std::span<const DriverProfile> AllProfiles() noexcept;
+
+}  // namespace tk::ado

@@ -1,0 +1,96 @@
+// SOCI's ODBC backend, through rowset<row>: the late-bound access that its users write.
+#include <soci/odbc/soci-odbc.h>
+#include <soci/soci.h>
+
+#include <vector>
+
+#include "bench/database/workload.h"
+
+namespace tk::bench {
+namespace {
+
+class Soci : public Contender {
+public:
+    const char* Name() const override { return "soci"; }
+
+    void Connect(const std::string& connection) override { session_.open(soci::odbc, connection); }
+
+    Checksum NativeScan() override { return Scan(kSelectAll); }
+
+    Checksum TextScan() override {
+        Checksum sum;
+        std::string cells[5];
+        soci::statement statement = (session_.prepare << kSelectAll, soci::into(cells[0]), soci::into(cells[1]),
+                                     soci::into(cells[2]), soci::into(cells[3]), soci::into(cells[4]));
+        statement.execute();
+        while (statement.fetch()) {
+            sum.texts += static_cast<long long>(cells[1].size());
+            ++sum.rows;
+        }
+        return sum;
+    }
+
+    Checksum ClientCursor() override {
+        struct Item {
+            long long id;
+            std::string name;
+            double price;
+            int quantity;
+            std::tm stamp;
+        };
+        std::vector<Item> all;
+        soci::rowset<soci::row> rows = (session_.prepare << kSelectAll);
+        for (const auto& row : rows) {
+            all.push_back({Id(row), row.get<std::string>(1), row.get<double>(2), Quantity(row), row.get<std::tm>(4)});
+        }
+        Checksum sum;
+        const auto add = [&sum](const Item& item) {
+            sum.numbers += static_cast<double>(item.id) + item.price + item.quantity;
+            sum.texts += static_cast<long long>(item.name.size());
+            sum.seconds += item.stamp.tm_hour * 3600LL + item.stamp.tm_min * 60LL + item.stamp.tm_sec;
+            ++sum.rows;
+        };
+        for (const auto& item : all) add(item);
+        for (auto item = all.rbegin(); item != all.rend(); ++item) add(*item);
+        return sum;
+    }
+
+    Checksum PointQuery(long id) override { return Scan(SelectOne(id)); }
+
+    void Insert(long n) override {
+        soci::transaction transaction(session_);
+        for (long i = 1; i <= n; ++i) session_ << InsertOne(i);
+        session_ << "DELETE FROM item_copy";
+        transaction.commit();
+    }
+
+private:
+    static long long Id(const soci::row& row) {
+        return row.get_properties(0).get_data_type() == soci::dt_long_long ? row.get<long long>(0) : row.get<int>(0);
+    }
+    static int Quantity(const soci::row& row) {
+        return row.get_properties(3).get_data_type() == soci::dt_long_long ? static_cast<int>(row.get<long long>(3))
+                                                                           : row.get<int>(3);
+    }
+
+    Checksum Scan(const std::string& sql) {
+        Checksum sum;
+        soci::rowset<soci::row> rows = (session_.prepare << sql);
+        for (const auto& row : rows) {
+            const auto stamp = row.get<std::tm>(4);
+            sum.numbers += static_cast<double>(Id(row)) + row.get<double>(2) + Quantity(row);
+            sum.texts += static_cast<long long>(row.get<std::string>(1).size());
+            sum.seconds += stamp.tm_hour * 3600LL + stamp.tm_min * 60LL + stamp.tm_sec;
+            ++sum.rows;
+        }
+        return sum;
+    }
+
+    soci::session session_;
+};
+
+}  // namespace
+
+std::unique_ptr<Contender> MakeSoci() { return std::make_unique<Soci>(); }
+
+}  // namespace tk::bench

@@ -43,8 +43,8 @@ public:
         SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
         SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_);
         std::string text = connection;
-        if (!SQL_SUCCEEDED(SQLDriverConnect(connection_, nullptr, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS, nullptr,
-                                            0, nullptr, SQL_DRIVER_NOPROMPT))) {
+        if (!SQL_SUCCEEDED(SQLDriverConnect(connection_, nullptr, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS,
+                                            nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT))) {
             throw std::runtime_error("cannot connect: " + connection);
         }
     }
@@ -119,7 +119,8 @@ void Points(benchmark::State& state, Contender& contender) {
 }
 
 void Inserts(benchmark::State& state, Contender& contender, long count) {
-    for (auto _ : state) contender.Insert(count);
+    for (auto _ : state)
+        contender.Insert(count);
     state.SetItemsProcessed(state.iterations() * count);
 }
 
@@ -144,7 +145,8 @@ void Register(const std::string& target, const std::string& connection, std::uni
 }
 
 void RegisterAll(const std::string& target, const std::string& connection) {
-    for (auto make : {MakeRaw, MakeSoci, MakePoco, MakeQt, MakeTk}) Register(target, connection, make());
+    for (auto make : {MakeRaw, MakeSoci, MakePoco, MakeQt, MakeTk})
+        Register(target, connection, make());
 }
 
 }  // namespace

@@ -63,9 +63,11 @@ private:
     Checksum Scan(const std::string& sql, bool back) {
         Checksum sum;
         RecordSet rows(*session_, sql);
-        for (bool more = rows.moveFirst(); more; more = rows.moveNext()) Add(sum, rows);
+        for (bool more = rows.moveFirst(); more; more = rows.moveNext())
+            Add(sum, rows);
         if (back) {
-            for (bool more = rows.moveLast(); more; more = rows.movePrevious()) Add(sum, rows);
+            for (bool more = rows.moveLast(); more; more = rows.movePrevious())
+                Add(sum, rows);
         }
         return sum;
     }
@@ -75,6 +77,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Contender> MakePoco() { return std::make_unique<Poco_>(); }
+std::unique_ptr<Contender> MakePoco() {
+    return std::make_unique<Poco_>();
+}
 
 }  // namespace tk::bench

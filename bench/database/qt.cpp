@@ -51,7 +51,8 @@ public:
     void Insert(long n) override {
         database_.transaction();
         QSqlQuery query(database_);
-        for (long i = 1; i <= n; ++i) Run(query, InsertOne(i));
+        for (long i = 1; i <= n; ++i)
+            Run(query, InsertOne(i));
         Run(query, "DELETE FROM item_copy");
         database_.commit();
     }
@@ -74,9 +75,11 @@ private:
         QSqlQuery query(database_);
         query.setForwardOnly(!back);
         Run(query, sql);
-        while (query.next()) Add(sum, query);
+        while (query.next())
+            Add(sum, query);
         if (back) {
-            for (bool more = query.last(); more; more = query.previous()) Add(sum, query);
+            for (bool more = query.last(); more; more = query.previous())
+                Add(sum, query);
         }
         return sum;
     }
@@ -86,6 +89,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Contender> MakeQt() { return std::make_unique<Qt_>(); }
+std::unique_ptr<Contender> MakeQt() {
+    return std::make_unique<Qt_>();
+}
 
 }  // namespace tk::bench

@@ -57,8 +57,8 @@ public:
         SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, reinterpret_cast<SQLPOINTER>(SQL_OV_ODBC3), 0);
         SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_);
         std::string text = connection;
-        Check(SQLDriverConnect(connection_, nullptr, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS, nullptr, 0, nullptr,
-                               SQL_DRIVER_NOPROMPT));
+        Check(SQLDriverConnect(connection_, nullptr, reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS, nullptr, 0,
+                               nullptr, SQL_DRIVER_NOPROMPT));
         SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement_);
     }
 
@@ -102,13 +102,16 @@ public:
         std::vector<Row> all;
         ForEachBlock(kSelectAll, [&](SQLULEN rows) {
             for (SQLULEN i = 0; i < rows; ++i) {
-                all.push_back({block_->id[i], std::string(block_->name[i], static_cast<std::size_t>(block_->length[1][i])),
+                all.push_back({block_->id[i],
+                               std::string(block_->name[i], static_cast<std::size_t>(block_->length[1][i])),
                                block_->price[i], block_->quantity[i], block_->stamp[i]});
             }
         });
         Checksum sum;
-        for (const auto& row : all) Add(sum, row);
-        for (auto row = all.rbegin(); row != all.rend(); ++row) Add(sum, *row);
+        for (const auto& row : all)
+            Add(sum, row);
+        for (auto row = all.rbegin(); row != all.rend(); ++row)
+            Add(sum, *row);
         return sum;
     }
 
@@ -128,7 +131,8 @@ public:
     void Insert(long n) override {
         Reset();
         SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_OFF), 0);
-        for (long i = 1; i <= n; ++i) Execute(InsertOne(i));
+        for (long i = 1; i <= n; ++i)
+            Execute(InsertOne(i));
         Execute("DELETE FROM item_copy");
         SQLEndTran(SQL_HANDLE_DBC, connection_, SQL_COMMIT);
         SQLSetConnectAttr(connection_, SQL_ATTR_AUTOCOMMIT, reinterpret_cast<SQLPOINTER>(SQL_AUTOCOMMIT_ON), 0);
@@ -185,7 +189,8 @@ private:
         SQLSetStmtAttr(statement_, SQL_ATTR_ROW_ARRAY_SIZE, reinterpret_cast<SQLPOINTER>(kBlock), 0);
         SQLSetStmtAttr(statement_, SQL_ATTR_ROWS_FETCHED_PTR, &rows, 0);
         Execute(sql);
-        while (SQL_SUCCEEDED(SQLFetch(statement_))) work(rows);
+        while (SQL_SUCCEEDED(SQLFetch(statement_)))
+            work(rows);
         SQLFreeStmt(statement_, SQL_CLOSE);
     }
 
@@ -205,6 +210,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Contender> MakeRaw() { return std::make_unique<Raw>(); }
+std::unique_ptr<Contender> MakeRaw() {
+    return std::make_unique<Raw>();
+}
 
 }  // namespace tk::bench

@@ -50,8 +50,10 @@ public:
             sum.seconds += item.stamp.tm_hour * 3600LL + item.stamp.tm_min * 60LL + item.stamp.tm_sec;
             ++sum.rows;
         };
-        for (const auto& item : all) add(item);
-        for (auto item = all.rbegin(); item != all.rend(); ++item) add(*item);
+        for (const auto& item : all)
+            add(item);
+        for (auto item = all.rbegin(); item != all.rend(); ++item)
+            add(*item);
         return sum;
     }
 
@@ -59,7 +61,8 @@ public:
 
     void Insert(long n) override {
         soci::transaction transaction(session_);
-        for (long i = 1; i <= n; ++i) session_ << InsertOne(i);
+        for (long i = 1; i <= n; ++i)
+            session_ << InsertOne(i);
         session_ << "DELETE FROM item_copy";
         transaction.commit();
     }
@@ -91,6 +94,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Contender> MakeSoci() { return std::make_unique<Soci>(); }
+std::unique_ptr<Contender> MakeSoci() {
+    return std::make_unique<Soci>();
+}
 
 }  // namespace tk::bench

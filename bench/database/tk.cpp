@@ -23,7 +23,8 @@ public:
     Checksum NativeScan() override {
         Checksum sum;
         Open(kSelectAll);
-        for (; !records_.GetEof(); records_.MoveNext()) Add(sum);
+        for (; !records_.GetEof(); records_.MoveNext())
+            Add(sum);
         records_.Close();
         return sum;
     }
@@ -45,8 +46,10 @@ public:
     Checksum ClientCursor() override {
         Checksum sum;
         Open(kSelectAll);
-        for (; !records_.GetEof(); records_.MoveNext()) Add(sum);
-        for (records_.MoveLast(); !records_.GetBof(); records_.MovePrevious()) Add(sum);
+        for (; !records_.GetEof(); records_.MoveNext())
+            Add(sum);
+        for (records_.MoveLast(); !records_.GetBof(); records_.MovePrevious())
+            Add(sum);
         records_.Close();
         return sum;
     }
@@ -54,7 +57,8 @@ public:
     Checksum PointQuery(long id) override {
         Checksum sum;
         Open(SelectOne(id).c_str());
-        for (; !records_.GetEof(); records_.MoveNext()) Add(sum);
+        for (; !records_.GetEof(); records_.MoveNext())
+            Add(sum);
         return sum;
     }
 
@@ -90,6 +94,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<Contender> MakeTk() { return std::make_unique<Tk>(); }
+std::unique_ptr<Contender> MakeTk() {
+    return std::make_unique<Tk>();
+}
 
 }  // namespace tk::bench

@@ -14,9 +14,9 @@ namespace tk::bench {
 inline constexpr long kRows = 1'000'000;
 
 struct Checksum {
-    double numbers = 0;    // id + price + quantity
-    long long texts = 0;   // length of the names (native) or of all cells' names (text)
-    long long seconds = 0; // hour * 3600 + minute * 60 + second of the stamps; 0 in text scans
+    double numbers = 0;     // id + price + quantity
+    long long texts = 0;    // length of the names (native) or of all cells' names (text)
+    long long seconds = 0;  // hour * 3600 + minute * 60 + second of the stamps; 0 in text scans
     long rows = 0;
     bool operator==(const Checksum&) const = default;
 };
@@ -53,12 +53,14 @@ std::unique_ptr<Contender> MakeTk();
 
 inline constexpr const char* kSelectAll = "SELECT id, name, price, quantity, stamp FROM item";
 
-inline std::string SelectOne(long id) { return std::string(kSelectAll) + " WHERE id = " + std::to_string(id); }
+inline std::string SelectOne(long id) {
+    return std::string(kSelectAll) + " WHERE id = " + std::to_string(id);
+}
 
 inline std::string InsertOne(long id) {
     const std::string text = std::to_string(id);
-    return "INSERT INTO item_copy VALUES (" + text + ",'item " + text + "'," + text + ".25," + std::to_string(id % 1000) +
-           ",'2020-01-01 00:00:00')";
+    return "INSERT INTO item_copy VALUES (" + text + ",'item " + text + "'," + text + ".25," +
+           std::to_string(id % 1000) + ",'2020-01-01 00:00:00')";
 }
 
 }  // namespace tk::bench

@@ -18,7 +18,9 @@ static_assert(sizeof("库") == 3 || sizeof("库") == 4);  // GBK, or UTF-8 for t
 namespace tk::tools {
 namespace {
 
-void Say(const CString& text) { std::printf("%s\n", GbkToTerminal(static_cast<const char*>(text)).c_str()); }
+void Say(const CString& text) {
+    std::printf("%s\n", GbkToTerminal(static_cast<const char*>(text)).c_str());
+}
 
 void Headline(const char* text) {
     Say("");
@@ -40,7 +42,8 @@ public:
     }
     ~TemporaryDatabase() {
         unlink(path_);
-        for (const char* tail : {"-wal", "-shm", "-journal"}) unlink((std::string(path_) + tail).c_str());
+        for (const char* tail : {"-wal", "-shm", "-journal"})
+            unlink((std::string(path_) + tail).c_str());
     }
     TemporaryDatabase(const TemporaryDatabase&) = delete;
     TemporaryDatabase& operator=(const TemporaryDatabase&) = delete;
@@ -126,8 +129,9 @@ void ShowPages(CTDatabase& database) {
     for (long page = 1; page <= records.GetPageCount(); ++page) {
         records.SetAbsolutePage(page);
         CString line;
-        line.Format("   第 %ld/%ld 页从第 %ld 行开始: %s %s", page, records.GetPageCount(), records.GetAbsolutePosition(),
-                    (LPCTSTR)records.GetStringValue("code"), (LPCTSTR)records.GetStringValue("name"));
+        line.Format("   第 %ld/%ld 页从第 %ld 行开始: %s %s", page, records.GetPageCount(),
+                    records.GetAbsolutePosition(), (LPCTSTR)records.GetStringValue("code"),
+                    (LPCTSTR)records.GetStringValue("name"));
         Say(line);
     }
 }
@@ -155,8 +159,8 @@ void ShowSearch(CTDatabase& database) {
 void ShowTypedValues(CTDatabase& database) {
     Headline("按类型取值");
     CTRecordset records(&database);
-    if (!records.OpenSQL("SELECT code, number, 名称, number / 7.0 AS ratio FROM currency WHERE code IN ('CNY','HKD','JPY')",
-                         1)) {
+    if (!records.OpenSQL(
+            "SELECT code, number, 名称, number / 7.0 AS ratio FROM currency WHERE code IN ('CNY','HKD','JPY')", 1)) {
         return SayError(records);
     }
     for (; !records.GetEof(); records.MoveNext()) {

@@ -26,7 +26,7 @@ public:
         const std::size_t length = Word(descriptor);
         const std::size_t offset = Word(descriptor + 4);
         return offset <= data_.size() && length <= data_.size() - offset ? data_.substr(offset, length)
-                                                                        : std::string_view{};
+                                                                         : std::string_view{};
     }
 
 private:

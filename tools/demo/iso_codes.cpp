@@ -42,8 +42,8 @@ IsoCodes LoadIsoCodes(const std::string& shareFolder) {
     const List subdivisions(shareFolder, "3166-2");
     for (const auto& entry : subdivisions.Entries()) {
         const std::string code = entry["code"];
-        codes.subdivisions.push_back({code, code.substr(0, code.find('-')), entry["type"], entry["name"],
-                                      subdivisions.Chinese(entry["name"])});
+        codes.subdivisions.push_back(
+            {code, code.substr(0, code.find('-')), entry["type"], entry["name"], subdivisions.Chinese(entry["name"])});
     }
     const List currencies(shareFolder, "4217");
     for (const auto& entry : currencies.Entries()) {

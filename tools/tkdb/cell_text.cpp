@@ -12,12 +12,13 @@ std::string HexDigits(SAFEARRAY* array) {
     void* data = nullptr;
     LONG lower = 0;
     LONG upper = -1;
-    if (array == nullptr || FAILED(SafeArrayGetLBound(array, 1, &lower)) || FAILED(SafeArrayGetUBound(array, 1, &upper)) ||
-        FAILED(SafeArrayAccessData(array, &data))) {
+    if (array == nullptr || FAILED(SafeArrayGetLBound(array, 1, &lower)) ||
+        FAILED(SafeArrayGetUBound(array, 1, &upper)) || FAILED(SafeArrayAccessData(array, &data))) {
         return result;
     }
     const auto* bytes = static_cast<const unsigned char*>(data);
-    for (LONG i = 0; i <= upper - lower; ++i) result += fmt::format("{:02x}", bytes[i]);
+    for (LONG i = 0; i <= upper - lower; ++i)
+        result += fmt::format("{:02x}", bytes[i]);
     SafeArrayUnaccessData(array);
     return result;
 }

@@ -14,7 +14,8 @@ namespace {
 
 int Refuse(const CString& error) {
     std::string text = GbkToTerminal(static_cast<const char*>(error));
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
+        text.pop_back();
     fmt::print(stderr, "tkdb: {}\n", text);
     return kDatabaseRefused;
 }
@@ -77,7 +78,8 @@ int PrintQuery(const std::string& connection, const std::string& sql, Format for
         const auto writer = MakeResultWriter(format, stdout);
         const long fields = records.GetFieldCount();
         std::vector<std::string> names;
-        for (long i = 0; i < fields; ++i) names.push_back(ColumnName(records, i));
+        for (long i = 0; i < fields; ++i)
+            names.push_back(ColumnName(records, i));
         writer->Columns(names);
 
         Progress progress("rows");

@@ -30,14 +30,16 @@ bool ReadAll(const std::string& file, std::string& content) {
     return true;
 }
 
-int RunExec(const std::string& connection, std::vector<std::string> statements, const std::string& file, bool transaction) {
+int RunExec(const std::string& connection, std::vector<std::string> statements, const std::string& file,
+            bool transaction) {
     if (!file.empty()) {
         std::string script;
         if (!ReadAll(file, script)) {
             fmt::print(stderr, "tkdb: cannot read {}\n", file);
             return kWrongUsage;
         }
-        for (auto& statement : SplitScript(script)) statements.push_back(std::move(statement));
+        for (auto& statement : SplitScript(script))
+            statements.push_back(std::move(statement));
     }
     if (statements.empty()) {
         fmt::print(stderr, "tkdb: exec needs a statement or --file\n");
@@ -65,7 +67,8 @@ int main(int argc, char** argv) {
         {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}, {"markdown", Format::Markdown}};
 
     auto* exec = app.add_subcommand("exec", "Run statements and report the rows they changed");
-    exec->add_option("connection", connection, "Connection string, e.g. \"Driver=SQLite3;Database=stock.db\"")->required();
+    exec->add_option("connection", connection, "Connection string, e.g. \"Driver=SQLite3;Database=stock.db\"")
+        ->required();
     exec->add_option("sql", statements, "Statements");
     exec->add_option("-f,--file", file, "Read statements from a file (- for standard input)");
     exec->add_flag("-t,--transaction", transaction, "All statements or none");

@@ -22,7 +22,8 @@ std::string Padded(const std::string& text, std::size_t width, bool right) {
 
 // One line a row: line ends and tabs inside a value would break the picture.
 std::string OneLine(std::string text) {
-    std::ranges::replace_if(text, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+    std::ranges::replace_if(
+        text, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
     return text;
 }
 
@@ -33,7 +34,8 @@ public:
 
     void Columns(const std::vector<std::string>& names) override {
         names_ = names;
-        for (const auto& name : names) widths_.push_back(DisplayWidth(name));
+        for (const auto& name : names)
+            widths_.push_back(DisplayWidth(name));
         right_.assign(names.size(), true);
     }
 
@@ -64,7 +66,8 @@ private:
             rule += (i == 0 ? "" : "  ") + std::string(widths_[i], '-');
         }
         Put(out_, line + "\n" + rule + "\n");
-        for (const auto& row : waiting_) Print(row);
+        for (const auto& row : waiting_)
+            Print(row);
         waiting_.clear();
     }
 
@@ -73,7 +76,8 @@ private:
         for (std::size_t i = 0; i < cells.size(); ++i) {
             line += (i == 0 ? "" : "  ") + Padded(OneLine(cells[i].utf8), widths_[i], right_[i]);
         }
-        while (!line.empty() && line.back() == ' ') line.pop_back();
+        while (!line.empty() && line.back() == ' ')
+            line.pop_back();
         Put(out_, line + "\n");
     }
 
@@ -92,7 +96,8 @@ public:
 
     void Columns(const std::vector<std::string>& names) override {
         std::string line;
-        for (const auto& name : names) line += (&name == names.data() ? "" : ",") + Quoted(name, false);
+        for (const auto& name : names)
+            line += (&name == names.data() ? "" : ",") + Quoted(name, false);
         Put(out_, line + "\r\n");
     }
 
@@ -126,11 +131,21 @@ std::string JsonText(const std::string& text) {
     std::string result = "\"";
     for (const char c : text) {
         switch (c) {
-            case '"': result += "\\\""; break;
-            case '\\': result += "\\\\"; break;
-            case '\n': result += "\\n"; break;
-            case '\r': result += "\\r"; break;
-            case '\t': result += "\\t"; break;
+            case '"':
+                result += "\\\"";
+                break;
+            case '\\':
+                result += "\\\\";
+                break;
+            case '\n':
+                result += "\\n";
+                break;
+            case '\r':
+                result += "\\r";
+                break;
+            case '\t':
+                result += "\\t";
+                break;
             default:
                 if (static_cast<unsigned char>(c) < 0x20) {
                     result += fmt::format("\\u{:04x}", static_cast<unsigned>(c));
@@ -148,7 +163,8 @@ public:
     explicit JsonWriter(std::FILE* out) : out_(out) {}
 
     void Columns(const std::vector<std::string>& names) override {
-        for (const auto& name : names) keys_.push_back(JsonText(name));
+        for (const auto& name : names)
+            keys_.push_back(JsonText(name));
         std::fputs("[", out_);
     }
 
@@ -166,10 +182,14 @@ public:
 private:
     static std::string Value(const CellText& cell) {
         switch (cell.nature) {
-            case CellNature::Null: return "null";
-            case CellNature::Boolean: return cell.utf8;
-            case CellNature::Number: return IsJsonNumber(cell.utf8) ? cell.utf8 : JsonText(cell.utf8);
-            case CellNature::Text: break;
+            case CellNature::Null:
+                return "null";
+            case CellNature::Boolean:
+                return cell.utf8;
+            case CellNature::Number:
+                return IsJsonNumber(cell.utf8) ? cell.utf8 : JsonText(cell.utf8);
+            case CellNature::Text:
+                break;
         }
         return JsonText(cell.utf8);
     }
@@ -200,7 +220,8 @@ public:
 
     void Row(const std::vector<CellText>& cells) override {
         std::string line = "|";
-        for (const auto& cell : cells) line += " " + Escaped(cell.utf8) + " |";
+        for (const auto& cell : cells)
+            line += " " + Escaped(cell.utf8) + " |";
         Put(out_, line + "\n");
     }
 
@@ -223,10 +244,14 @@ private:
 
 std::unique_ptr<ResultWriter> MakeResultWriter(Format format, std::FILE* out) {
     switch (format) {
-        case Format::Csv: return std::make_unique<CsvWriter>(out);
-        case Format::Json: return std::make_unique<JsonWriter>(out);
-        case Format::Markdown: return std::make_unique<MarkdownWriter>(out);
-        case Format::Table: break;
+        case Format::Csv:
+            return std::make_unique<CsvWriter>(out);
+        case Format::Json:
+            return std::make_unique<JsonWriter>(out);
+        case Format::Markdown:
+            return std::make_unique<MarkdownWriter>(out);
+        case Format::Table:
+            break;
     }
     return std::make_unique<TableWriter>(out);
 }

@@ -17,7 +17,9 @@ std::string& TerminalCodeset() {
     return codeset;
 }
 
-bool IsUtf8() { return TerminalCodeset() == "UTF-8"; }
+bool IsUtf8() {
+    return TerminalCodeset() == "UTF-8";
+}
 
 // Converts with the system's tables, one '?' for each character that the target lacks.
 std::string Convert(std::string_view text, const char* from, const char* to) {
@@ -52,16 +54,16 @@ struct Range {
 
 // Two columns wide, by the East Asian Width property (W and F).
 constexpr Range kWide[] = {
-    {0x1100, 0x115F},   {0x231A, 0x231B},   {0x2329, 0x232A},   {0x2E80, 0x303E},   {0x3041, 0x33FF},
-    {0x3400, 0x4DBF},   {0x4E00, 0x9FFF},   {0xA000, 0xA4CF},   {0xA960, 0xA97F},   {0xAC00, 0xD7A3},
-    {0xF900, 0xFAFF},   {0xFE10, 0xFE19},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},   {0xFFE0, 0xFFE6},
-    {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD},
+    {0x1100, 0x115F}, {0x231A, 0x231B}, {0x2329, 0x232A}, {0x2E80, 0x303E},   {0x3041, 0x33FF},   {0x3400, 0x4DBF},
+    {0x4E00, 0x9FFF}, {0xA000, 0xA4CF}, {0xA960, 0xA97F}, {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},   {0xFE10, 0xFE19},
+    {0xFE30, 0xFE6F}, {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD},
 };
 constexpr Range kZero[] = {{0x0300, 0x036F}, {0x200B, 0x200F}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFEFF, 0xFEFF}};
 
 template <std::size_t N>
 bool Contains(const Range (&ranges)[N], std::uint32_t code) {
-    return std::ranges::any_of(ranges, [code](const Range& range) { return code >= range.first && code <= range.last; });
+    return std::ranges::any_of(ranges,
+                               [code](const Range& range) { return code >= range.first && code <= range.last; });
 }
 
 }  // namespace
@@ -78,7 +80,9 @@ std::string TerminalToGbk(std::string_view text) {
     return text::Utf8ToGbk(IsUtf8() ? std::string(text) : Convert(text, TerminalCodeset().c_str(), "UTF-8"));
 }
 
-std::string GbkToTerminal(std::string_view text) { return Utf8ToTerminal(text::GbkToUtf8(text)); }
+std::string GbkToTerminal(std::string_view text) {
+    return Utf8ToTerminal(text::GbkToUtf8(text));
+}
 
 std::string Utf8ToTerminal(std::string_view text) {
     return IsUtf8() ? std::string(text) : Convert(text, "UTF-8", TerminalCodeset().c_str());

@@ -166,6 +166,61 @@ protected:
     ~IEnumVARIANT() = default;
 };
 
+inline constexpr IID IID_IRecordInfo = {0x0000002F, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IErrorInfo = {
+    0x1CF2B120, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+inline constexpr IID IID_ICreateErrorInfo = {
+    0x22F03340, 0x547D, 0x101B, {0x8E, 0x65, 0x08, 0x00, 0x2B, 0x2B, 0xD1, 0x19}};
+
+/// The layout of a record type; VT_RECORD values carry one beside the record.
+struct IRecordInfo : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE RecordInit(PVOID pvNew) = 0;
+    virtual HRESULT STDMETHODCALLTYPE RecordClear(PVOID pvExisting) = 0;
+    virtual HRESULT STDMETHODCALLTYPE RecordCopy(PVOID pvExisting, PVOID pvNew) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetGuid(GUID* pguid) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetName(BSTR* pbstrName) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetSize(ULONG* pcbSize) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetTypeInfo(ITypeInfo** ppTypeInfo) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetField(PVOID pvData, LPCOLESTR szFieldName, VARIANT* pvarField) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetFieldNoCopy(PVOID pvData, LPCOLESTR szFieldName, VARIANT* pvarField,
+                                                     PVOID* ppvDataCArray) = 0;
+    virtual HRESULT STDMETHODCALLTYPE PutField(ULONG wFlags, PVOID pvData, LPCOLESTR szFieldName,
+                                               VARIANT* pvarField) = 0;
+    virtual HRESULT STDMETHODCALLTYPE PutFieldNoCopy(ULONG wFlags, PVOID pvData, LPCOLESTR szFieldName,
+                                                     VARIANT* pvarField) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetFieldNames(ULONG* pcNames, BSTR* rgBstrNames) = 0;
+    virtual BOOL STDMETHODCALLTYPE IsMatchingType(IRecordInfo* pRecordInfo) = 0;
+    virtual PVOID STDMETHODCALLTYPE RecordCreate() = 0;
+    virtual HRESULT STDMETHODCALLTYPE RecordCreateCopy(PVOID pvSource, PVOID* ppvDest) = 0;
+    virtual HRESULT STDMETHODCALLTYPE RecordDestroy(PVOID pvRecord) = 0;
+
+protected:
+    ~IRecordInfo() = default;
+};
+
+/// What went wrong, in words; the getters hand out texts that the caller frees.
+struct IErrorInfo : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE GetGUID(GUID* pGUID) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetSource(BSTR* pBstrSource) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetDescription(BSTR* pBstrDescription) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetHelpFile(BSTR* pBstrHelpFile) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetHelpContext(DWORD* pdwHelpContext) = 0;
+
+protected:
+    ~IErrorInfo() = default;
+};
+
+struct ICreateErrorInfo : IUnknown {
+    virtual HRESULT STDMETHODCALLTYPE SetGUID(REFGUID rguid) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetSource(LPOLESTR szSource) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetDescription(LPOLESTR szDescription) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetHelpFile(LPOLESTR szHelpFile) = 0;
+    virtual HRESULT STDMETHODCALLTYPE SetHelpContext(DWORD dwHelpContext) = 0;
+
+protected:
+    ~ICreateErrorInfo() = default;
+};
+
 #define V_VT(x) ((x)->vt)
 #define V_ISBYREF(x) (V_VT(x) & VT_BYREF)
 #define V_ISARRAY(x) (V_VT(x) & VT_ARRAY)

@@ -71,6 +71,7 @@ using LONGLONG = long long;
 using ULONGLONG = unsigned long long;
 using LONG64 = long long;
 using DWORD64 = unsigned long long;
+using ULONG64 = unsigned long long;
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;

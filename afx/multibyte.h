@@ -1,0 +1,31 @@
+// afx/multibyte.h - stepping through GBK text: every search and trim of CString moves with it.
+#pragma once
+
+#include <cstddef>
+
+namespace tk::afx {
+
+inline bool IsLead(char ch) noexcept {
+    const auto byte = static_cast<unsigned char>(ch);
+    return byte >= 0x81 && byte <= 0xFE;
+}
+
+/// Bytes of the character at a place: 2 for a lead byte that something follows, else 1.
+inline int CharacterLength(const char* at, const char* end) noexcept {
+    return IsLead(*at) && at + 1 < end && at[1] != '\0' ? 2 : 1;
+}
+
+inline const char* NextCharacter(const char* at, const char* end) noexcept {
+    return at + CharacterLength(at, end);
+}
+
+/// Whether a set of characters, a NUL-terminated text, holds the character at a place.
+bool SetHolds(const char* set, const char* setEnd, const char* at, int length) noexcept;
+
+/// The most bytes, up to a limit, that end between two characters.
+std::size_t WholeCharacters(const char* text, std::size_t length, std::size_t limit) noexcept;
+
+/// Copies a text into a buffer: cut between characters, always terminated. Room 0 writes nothing.
+void CopyCut(char* buffer, std::size_t room, const char* text, std::size_t length) noexcept;
+
+}  // namespace tk::afx

@@ -1,0 +1,110 @@
+// tkkernel/platform.h - starting COM, making objects from their names, identifiers and texts across it; small questions
+// to the system.
+//
+//   if (!AfxIDispatchInit()) return 1;                       // the reason is in the event log
+//   COleDispatchDriver connection;
+//   CString error;
+//   if (!CreateIDispatch(&connection, "ADODB.Connection", error)) Show(error);
+//   AfxIDispatchTerm();
+//
+// Text: 8-bit GBK, zero-terminated; a null text counts as an empty one.
+// Failures: nothing here raises. Functions that make objects leave the HRESULT in the thread's last error, for
+// GetLastErrorText; the start functions say where their reason goes.
+// Threads: all functions are reentrant. COM is entered and left by each thread for itself.
+#pragma once
+
+#include <windows.h>
+
+#include <ole2.h>
+
+#include <afx.h>
+#include <afxdisp.h>
+
+#include "tkkernel/export.h"
+
+// ---- COM start-up -----------------------------------------------------------------------------------
+
+/// Starts a process without a user interface: the network functions, the multithreaded apartment for the calling
+/// thread, and call security for the process (connect-level authentication, impersonation).
+/// @return 1; 0 with the reason in the event log. What was started before the failure stays started.
+/// @note Call security is settled once in a process: a second call fails there.
+TKKERNEL_API int AfxIDispatchInit();
+
+/// Starts a process with a user interface: as above, in a single-threaded apartment.
+/// @return 1; 0 with the reason in a message box
+TKKERNEL_API int AfxIDispatchUIInit();
+
+/// The network functions and the multithreaded apartment alone, for further threads.
+/// @return the HRESULT of the start, 0 or more: S_OK is 0 as well
+/// @return 0 when something failed, with the reason in the event log
+TKKERNEL_API long AfxDispatchInit();
+
+/// Leaves COM on the calling thread; one for each start that succeeded.
+TKKERNEL_API void AfxIDispatchTerm();
+
+/// Settles call security of the process with a descriptor of the caller's and an authentication level.
+/// @return the HRESULT
+TKKERNEL_API long AfxISecurityInit(void* pSecurityDescriptor, unsigned long nAuthnLevel);
+
+// ---- object creation ----------------------------------------------------------------------------------
+
+/// Creates the object of a class into a driver, which will release it.
+/// @param szProgId  a ProgID or a braced class identifier
+/// @param error     receives the reason of a failure: the text of its code, or that COM was not started on this thread
+/// @return 1 or 0
+TKKERNEL_API int CreateIDispatch(COleDispatchDriver* pDriver, const char* szProgId, CString& error);
+
+/// Creates an object in-process, local or remote, whichever the class offers first.
+/// @return owned by the caller; null with the HRESULT as the thread's last error
+TKKERNEL_API IUnknown* CreateIDispatch(const char* szProgId, const GUID& iid);
+TKKERNEL_API IUnknown* CreateIDispatch(GUID clsid, const GUID& iid);
+
+/// As CreateIDispatch, but for classes whose objects must be made for IUnknown first and asked then.
+/// @return owned by the caller; null with the HRESULT as the thread's last error when the object could not be made, and
+///         null with the last error left alone when it does not have the interface
+TKKERNEL_API IUnknown* QueryIDispatch(GUID clsid, const GUID& iid);
+
+/// Ends the connections of others to an object. The caller's own reference stays: it is not released.
+TKKERNEL_API void ReleaseIDispatch(IUnknown* pObject);
+
+// ---- identifiers and texts ------------------------------------------------------------------------------
+
+/// The braced upper-case form of 38 characters.
+TKKERNEL_API CString StringFromGuid(const GUID& guid);
+/// @param szText  a braced identifier or a ProgID
+/// @return all zero for anything else
+TKKERNEL_API GUID StringToGuid(const char* szText);
+TKKERNEL_API GUID CreateGuid();
+
+/// @return a new BSTR, the caller's
+TKKERNEL_API BSTR StringCopy(const char* szText);
+/// The text of a BSTR, which is freed: the caller's pointer is of no use afterwards.
+TKKERNEL_API CString BstrCopy(BSTR text);
+
+/// @param nLength     bytes to convert; -1: up to the terminator
+/// @param pOutLength  receives the UTF-16 units of the result, terminator not counted; may be null
+/// @return a new BSTR, the caller's; null when there is no memory
+TKKERNEL_API BSTR StringToSysString(const char* szText, long nLength, long* pOutLength);
+
+/// @param nLength     UTF-16 units to convert; -1: up to the terminator
+/// @param pOutLength  receives the bytes of the result, terminator not counted; may be null
+/// @return a terminated text from malloc, the caller's; null when there is no memory
+TKKERNEL_API char* SysStringToString(BSTR text, long nLength, long* pOutLength);
+
+// ---- the system ---------------------------------------------------------------------------------------------
+
+/// The computer's name; "" when the system has none.
+TKKERNEL_API CString GetComputerNameA();
+
+/// @return 1 when the file can be opened for reading; 0 for anything else, a folder included
+TKKERNEL_API int IsFileExist(const char* szFile);
+
+/// @return 1, whatever is given: a name that old callers need. IsValidAddress really looks.
+TKKERNEL_API int IsValidMemory(const void* pMemory, unsigned int nLength);
+/// Whether every byte of a range can be read now. No fault, no signal.
+/// @return 1 or 0; 0 for null
+TKKERNEL_API int IsValidAddress(const void* pAddress, unsigned int nLength);
+/// Whether a text can be read up to its terminator or for nLength bytes, whichever comes first.
+/// @param nLength  -1: up to the terminator
+/// @return 1 or 0; 0 for null
+TKKERNEL_API int IsValidString(const char* szText, int nLength);

@@ -1,0 +1,10 @@
+#include "platform/messages.h"
+
+namespace tk::platform {
+
+static_assert(sizeof("库") == 3, "this source is compiled with GBK as its execution character set");
+
+const char kSocketsFailed[] = "SOCKET INIT FAILED.";
+const char kComNotStarted[] = "无法初始化OLE引擎,进程没有调用CoInitialize(NULL)函数!";
+
+}  // namespace tk::platform

@@ -1,0 +1,10 @@
+// platform/messages.h - the texts this room shows to users, in GBK; kept apart because only their source is compiled
+// so.
+#pragma once
+
+namespace tk::platform {
+
+extern const char kSocketsFailed[];
+extern const char kComNotStarted[];
+
+}  // namespace tk::platform

@@ -1,0 +1,21 @@
+// util/number_text.h - numbers as display text without a formatter: the hot path of every value shown.
+#pragma once
+
+#include <afx.h>
+
+#include <charconv>
+#include <concepts>
+
+namespace tk::util {
+
+CString IntegerText(std::integral auto value) {
+    char text[24];
+    const auto end = std::to_chars(text, text + sizeof(text), value).ptr;
+    return {text, static_cast<int>(end - text)};
+}
+
+/// "%12.2f" without the zeros at its end and without a bare point, its leading blanks kept; "" for what prints as zero
+/// and for what is not finite. Exact: halves of the binary value go to the even digit, as printf does it.
+CString AmountText(double value);
+
+}  // namespace tk::util

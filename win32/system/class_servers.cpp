@@ -1,0 +1,74 @@
+#include "win32/system/class_servers.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <mutex>
+#include <shared_mutex>
+
+#include "win32/system/class_registry.h"
+
+namespace tk::system {
+namespace {
+
+using GetClassObjectFunction = HRESULT (*)(REFCLSID, REFIID, LPVOID*);
+
+struct Servers {
+    std::shared_mutex lock;
+    KeptClassObjects classObjects;
+};
+
+Servers& TheServers() {
+    static auto& servers = *new Servers;
+    return servers;
+}
+
+HRESULT LoadServer(const RegisteredClass& entry, GetClassObjectFunction& getClassObject) {
+    const std::string path = ServerPath(entry.server);
+    // Not closed: objects and threads of the server may live as long as the process. The loader counts, so that a
+    // second loading costs nothing.
+    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module == nullptr) {
+        const bool there = path.find('/') != std::string::npos && access(path.c_str(), F_OK) == 0;
+        return there ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
+    }
+    getClassObject = reinterpret_cast<GetClassObjectFunction>(dlsym(module, "DllGetClassObject"));
+    return getClassObject != nullptr ? S_OK : CO_E_ERRORINDLL;
+}
+
+}  // namespace
+
+HRESULT GetServerClassObject(REFCLSID clsid, KeptClassObject& classObject) {
+    Servers& servers = TheServers();
+    {
+        const std::shared_lock lock(servers.lock);
+        const auto found = servers.classObjects.find(clsid);
+        if (found != servers.classObjects.end()) {
+            classObject = found->second;
+            return S_OK;
+        }
+    }
+    const auto entry = FindClass(clsid);
+    if (!entry) return REGDB_E_CLASSNOTREG;
+    GetClassObjectFunction getClassObject = nullptr;
+    HRESULT result = LoadServer(*entry, getClassObject);
+    if (FAILED(result)) return result;
+    KeptClassObject fresh;
+    result = getClassObject(clsid, IID_IUnknown, fresh.object.ReceiveVoid());
+    if (FAILED(result)) return result;
+    if (!fresh.object) return CO_E_ERRORINDLL;
+    if (FAILED(fresh.object->QueryInterface(IID_IClassFactory, fresh.factory.ReceiveVoid()))) fresh.factory = {};
+
+    const std::lock_guard lock(servers.lock);
+    // Another thread may have been faster; then its class object is the one, and ours is released by the caller.
+    classObject = servers.classObjects.try_emplace(clsid, std::move(fresh)).first->second;
+    return S_OK;
+}
+
+KeptClassObjects TakeKeptClassObjects() {
+    Servers& servers = TheServers();
+    const std::lock_guard lock(servers.lock);
+    return std::exchange(servers.classObjects, {});
+}
+
+}  // namespace tk::system

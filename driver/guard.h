@@ -1,0 +1,41 @@
+// guard.h - the one place where a failure of the automation object becomes last-error text and a result.
+//
+//   return Guard::Run(*this, szSQL, 0, [&] { ...; return 1; });  // context, failure value, work
+#pragma once
+
+#include "tkkernel/driver.h"
+
+namespace tk::driver {
+
+struct Guard {
+    /// Runs work; a framework exception of the given kind is written down, deleted, and answered with the failure
+    /// value. Every other exception passes.
+    /// @param context  what was being done; null is an empty text
+    template <typename Caught = CException, typename Result, typename Work>
+    static Result Run(CTDataDriver& driver, const char* context, Result failure, Work&& work) {
+        try {
+            return work();
+        } catch (Caught* e) {
+            Deleted deleted{e};
+            driver.ThrowException(e, context);
+            return failure;
+        }
+    }
+
+    /// The same for work without a result.
+    template <typename Work>
+    static void Do(CTDataDriver& driver, const char* context, Work&& work) {
+        Run(driver, context, 0, [&] {
+            work();
+            return 0;
+        });
+    }
+
+private:
+    struct Deleted {
+        CException* e;
+        ~Deleted() { e->Delete(); }
+    };
+};
+
+}  // namespace tk::driver

@@ -96,6 +96,10 @@ TKKERNEL_API char* SysStringToString(BSTR text, long nLength, long* pOutLength);
 /// The computer's name; "" when the system has none.
 TKKERNEL_API CString GetComputerNameA();
 
+/// Lets the user compose a connection in the platform's dialog, and connects once to try it.
+/// @return the connection string, password included; "" when cancelled, not connected, or nobody can be asked
+TKKERNEL_API CString GetSystemDataSource();
+
 /// @return 1 when the file can be opened for reading; 0 for anything else, a folder included
 TKKERNEL_API int IsFileExist(const char* szFile);
 

@@ -58,3 +58,88 @@ WINBASEAPI BOOL WINAPI IsValidCodePage(UINT codePage);  // a number, not CP_ACP 
 WINBASEAPI BOOL WINAPI GetCPInfo(UINT codePage, LPCPINFO info);
 WINBASEAPI BOOL WINAPI IsDBCSLeadByte(BYTE byte);
 WINBASEAPI BOOL WINAPI IsDBCSLeadByteEx(UINT codePage, BYTE byte);
+
+// ---- Locales -------------------------------------------------------------------------------------------------------
+
+#define LANG_NEUTRAL 0x00
+#define LANG_CHINESE 0x04
+#define LANG_ENGLISH 0x09
+#define LANG_INVARIANT 0x7F
+#define SUBLANG_NEUTRAL 0x00
+#define SUBLANG_DEFAULT 0x01
+#define SUBLANG_SYS_DEFAULT 0x02
+#define SUBLANG_CHINESE_SIMPLIFIED 0x02
+#define SUBLANG_ENGLISH_US 0x01
+#define SORT_DEFAULT 0x0
+#define SORT_CHINESE_PRCP 0x0
+#define LOCALE_USER_DEFAULT 0x400u
+#define LOCALE_SYSTEM_DEFAULT 0x800u
+#define LOCALE_NEUTRAL 0x0u
+#define LOCALE_INVARIANT 0x7Fu
+#define LOCALE_USE_CP_ACP 0x40000000u
+
+WINBASEAPI LCID WINAPI GetSystemDefaultLCID();  // 0x0804
+WINBASEAPI LCID WINAPI GetUserDefaultLCID();
+WINBASEAPI LANGID WINAPI GetSystemDefaultLangID();
+WINBASEAPI LANGID WINAPI GetUserDefaultLangID();
+WINBASEAPI LCID WINAPI GetThreadLocale();
+/// @param locale  0x0804, 0x0409, LOCALE_INVARIANT or one of the defaults
+/// @return FALSE with ERROR_INVALID_PARAMETER for another one
+WINBASEAPI BOOL WINAPI SetThreadLocale(LCID locale);
+
+// ---- Comparison ----------------------------------------------------------------------------------------------------
+
+#define NORM_IGNORECASE 0x1u
+#define NORM_IGNORENONSPACE 0x2u
+#define NORM_IGNORESYMBOLS 0x4u
+#define LINGUISTIC_IGNORECASE 0x10u
+#define LINGUISTIC_IGNOREDIACRITIC 0x20u
+#define NORM_IGNOREKANATYPE 0x10000u
+#define NORM_IGNOREWIDTH 0x20000u
+#define NORM_LINGUISTIC_CASING 0x8000000u
+#define SORT_STRINGSORT 0x1000u
+
+#define CSTR_LESS_THAN 1
+#define CSTR_EQUAL 2
+#define CSTR_GREATER_THAN 3
+
+/// Puts two texts in order: symbols, digits, letters, ideographs; these by pinyin for 0x0804, by code for the other
+/// locales. Letters count first, then accents, then forms (small letters before capitals, half width before full
+/// width), then, unless SORT_STRINGSORT is given, apostrophes and hyphens. Control characters do not count.
+/// @param firstLength, secondLength  units of each text; negative for a text that ends with its terminator
+/// @return CSTR_LESS_THAN, CSTR_EQUAL or CSTR_GREATER_THAN; 0 with ERROR_INVALID_PARAMETER (no text, unknown locale) or
+///         ERROR_INVALID_FLAGS
+WINBASEAPI int WINAPI CompareStringW(LCID locale, DWORD flags, LPCWSTR first, int firstLength, LPCWSTR second,
+                                     int secondLength);
+/// As CompareStringW, for GBK. @return 0 with ERROR_NOT_ENOUGH_MEMORY as well
+WINBASEAPI int WINAPI CompareStringA(LCID locale, DWORD flags, LPCSTR first, int firstLength, LPCSTR second,
+                                     int secondLength);
+
+/// Compare in the order of CompareString for the locale of the thread. A null text is below every other one.
+/// @return -1, 0 or 1; where memory runs out, the order of the bytes
+WINBASEAPI int WINAPI lstrcmpA(LPCSTR first, LPCSTR second);
+WINBASEAPI int WINAPI lstrcmpW(LPCWSTR first, LPCWSTR second);
+WINBASEAPI int WINAPI lstrcmpiA(LPCSTR first, LPCSTR second);  // small and capital letters are the same
+WINBASEAPI int WINAPI lstrcmpiW(LPCWSTR first, LPCWSTR second);
+
+// ---- Length, copy ------------------------------------------------------------------------------------------------
+
+WINBASEAPI int WINAPI lstrlenA(LPCSTR text);  // units; 0 for null
+WINBASEAPI int WINAPI lstrlenW(LPCWSTR text);
+/// @return the target; null, and nothing is stored, when one of the two is null
+WINBASEAPI LPSTR WINAPI lstrcpyA(LPSTR target, LPCSTR source);
+WINBASEAPI LPWSTR WINAPI lstrcpyW(LPWSTR target, LPCWSTR source);
+WINBASEAPI LPSTR WINAPI lstrcatA(LPSTR target, LPCSTR source);
+WINBASEAPI LPWSTR WINAPI lstrcatW(LPWSTR target, LPCWSTR source);
+/// Copies at most `size` - 1 units and a terminator; nothing when `size` is not positive. lstrcpynA keeps double-byte
+/// characters whole.
+WINBASEAPI LPSTR WINAPI lstrcpynA(LPSTR target, LPCSTR source, int size);
+WINBASEAPI LPWSTR WINAPI lstrcpynW(LPWSTR target, LPCWSTR source, int size);
+
+#define CompareString CompareStringA
+#define lstrcmp lstrcmpA
+#define lstrcmpi lstrcmpiA
+#define lstrlen lstrlenA
+#define lstrcpy lstrcpyA
+#define lstrcat lstrcatA
+#define lstrcpyn lstrcpynA

@@ -33,12 +33,24 @@ struct Converted {
 };
 
 // Buffers of these sizes always take the whole result: units of the target for a number of units of the source.
-constexpr std::size_t Utf8ToUtf16Bound(std::size_t bytes) { return bytes; }
-constexpr std::size_t Utf16ToUtf8Bound(std::size_t units) { return units * 3; }
-constexpr std::size_t GbkToUtf16Bound(std::size_t bytes) { return bytes; }
-constexpr std::size_t Utf16ToGbkBound(std::size_t units) { return units * 2; }
-constexpr std::size_t GbkToUtf8Bound(std::size_t bytes) { return bytes * 3; }  // 0x80 is the euro sign
-constexpr std::size_t Utf8ToGbkBound(std::size_t bytes) { return bytes; }
+constexpr std::size_t Utf8ToUtf16Bound(std::size_t bytes) {
+    return bytes;
+}
+constexpr std::size_t Utf16ToUtf8Bound(std::size_t units) {
+    return units * 3;
+}
+constexpr std::size_t GbkToUtf16Bound(std::size_t bytes) {
+    return bytes;
+}
+constexpr std::size_t Utf16ToGbkBound(std::size_t units) {
+    return units * 2;
+}
+constexpr std::size_t GbkToUtf8Bound(std::size_t bytes) {
+    return bytes * 3;  // 0x80 is the euro sign
+}
+constexpr std::size_t Utf8ToGbkBound(std::size_t bytes) {
+    return bytes;
+}
 
 /// Convert into a buffer of `capacity` units. No terminator is written.
 TKWIN32_API Converted Utf8ToUtf16(std::string_view source, char16_t* buffer, std::size_t capacity) noexcept;

@@ -56,7 +56,8 @@ WINOLEAUTAPI VariantChangeType(VARIANTARG* pvargDest, const VARIANTARG* pvarSrc,
 WINOLEAUTAPI VariantChangeTypeEx(VARIANTARG* pvargDest, const VARIANTARG* pvarSrc, LCID lcid, USHORT wFlags,
                                  VARTYPE vt);
 
-// ---- Arithmetic and comparison of values. NULL on either side gives NULL; EMPTY gives the other side.
+// ---- Arithmetic and comparison of values. NULL on either side gives NULL; EMPTY is a zero, or an empty text, of the
+// other side's type. The result is overwritten, not cleared, unless it is one of the operands.
 // Texts: two are joined by VarAdd, elsewhere a text is its number. The result has the wider type of the two and moves
 // to the next wider one when the value does not fit: UI1, I2, I4, R8; R4, R8; DATE, R8.
 
@@ -72,6 +73,9 @@ WINOLEAUTAPI VarNeg(LPVARIANT pvarIn, LPVARIANT pvarResult);
 
 /// @return VARCMP_LT to VARCMP_NULL as a result code; a number stands before every text
 WINOLEAUTAPI VarCmp(LPVARIANT pvarLeft, LPVARIANT pvarRight, LCID lcid, ULONG dwFlags);
+/// Compares two texts in the order of the locale. @param dwFlags  those of CompareStringW
+/// @return VARCMP_LT, VARCMP_EQ, VARCMP_GT as a result code
+WINOLEAUTAPI VarBstrCmp(BSTR bstrLeft, BSTR bstrRight, LCID lcid, ULONG dwFlags);
 /// Joins two texts into a new one; null is an empty text.
 WINOLEAUTAPI VarBstrCat(BSTR bstrLeft, BSTR bstrRight, LPBSTR pbstrResult);
 

@@ -1,0 +1,363 @@
+// The Var<to>From<from> functions: one row each, all of them one conversion.
+#include <cstring>
+
+#include "win32/automation/convert.h"
+
+namespace {
+
+using namespace tk::automation;
+
+// Type codes under the names that the functions use.
+enum Code : VARTYPE {
+    kUI1 = VT_UI1,
+    kI2 = VT_I2,
+    kI4 = VT_I4,
+    kI8 = VT_I8,
+    kR4 = VT_R4,
+    kR8 = VT_R8,
+    kCy = VT_CY,
+    kDate = VT_DATE,
+    kBstr = VT_BSTR,
+    kBool = VT_BOOL,
+    kI1 = VT_I1,
+    kUI2 = VT_UI2,
+    kUI4 = VT_UI4,
+    kUI8 = VT_UI8,
+    kDec = VT_DECIMAL
+};
+
+ConvertRules RulesOf(LCID locale, ULONG flags) {
+    ConvertRules rules;
+    rules.locale = locale;
+    rules.flags = flags;
+    return rules;
+}
+
+template <class T>
+VARIANT Pack(VARTYPE type, const T& value) {
+    VARIANT packed;
+    std::memset(&packed, 0, sizeof(packed));
+    std::memcpy(&packed.llVal, &value, sizeof(value));
+    packed.vt = type;
+    return packed;
+}
+VARIANT Pack(VARTYPE, const DECIMAL& value) {
+    VARIANT packed;
+    std::memset(&packed, 0, sizeof(packed));
+    packed.decVal = value;
+    packed.vt = VT_DECIMAL;
+    return packed;
+}
+
+template <class T>
+void Unpack(const VARIANT& packed, T* value) {
+    std::memcpy(value, &packed.llVal, sizeof(T));
+}
+// The reserved word stays: the decimal may be part of a VARIANT, and the word its type.
+void Unpack(const VARIANT& packed, DECIMAL* value) {
+    const USHORT reserved = value->wReserved;
+    *value = packed.decVal;
+    value->wReserved = reserved;
+}
+
+template <class In, class Out>
+HRESULT FromValue(VARTYPE from, const In& in, VARTYPE to, const ConvertRules& rules, Out* out) {
+    if (out == nullptr) return E_INVALIDARG;
+    VARIANT result;
+    const HRESULT outcome = ConvertPlain(Pack(from, in), to, rules, result);
+    if (SUCCEEDED(outcome)) Unpack(result, out);
+    return outcome;
+}
+
+template <class Out>
+HRESULT FromDecimal(const DECIMAL* in, VARTYPE to, const ConvertRules& rules, Out* out) {
+    return in == nullptr ? E_INVALIDARG : FromValue(VT_DECIMAL, *in, to, rules, out);
+}
+
+template <class Out>
+HRESULT FromText(LPCOLESTR in, VARTYPE to, const ConvertRules& rules, Out* out) {
+    if (out == nullptr) return E_INVALIDARG;
+    VARIANT result;
+    const HRESULT outcome = ConvertText(in, to, rules, result);
+    if (SUCCEEDED(outcome)) Unpack(result, out);
+    return outcome;
+}
+
+template <class Out>
+HRESULT FromObject(IDispatch* in, VARTYPE to, const ConvertRules& rules, Out* out) {
+    if (out == nullptr) return E_INVALIDARG;
+    VARIANT result;
+    const HRESULT outcome = ConvertObject(in, to, rules, result);
+    if (SUCCEEDED(outcome)) Unpack(result, out);
+    return outcome;
+}
+
+}  // namespace
+
+#define TK_FROM_PLAIN(To, OutType, From, InType)                   \
+    HRESULT Var##To##From##From(InType in, OutType* out) {         \
+        return FromValue(k##From, in, k##To, ConvertRules{}, out); \
+    }
+#define TK_FROM_DECIMAL(To, OutType)                            \
+    HRESULT Var##To##FromDec(const DECIMAL* in, OutType* out) { \
+        return FromDecimal(in, k##To, ConvertRules{}, out);     \
+    }
+#define TK_FROM_TEXT(To, OutType)                                                    \
+    HRESULT Var##To##FromStr(LPCOLESTR in, LCID locale, ULONG flags, OutType* out) { \
+        return FromText(in, k##To, RulesOf(locale, flags), out);                     \
+    }
+#define TK_FROM_OBJECT(To, OutType)                                       \
+    HRESULT Var##To##FromDisp(IDispatch* in, LCID locale, OutType* out) { \
+        return FromObject(in, k##To, RulesOf(locale, 0), out);            \
+    }
+#define TK_TO_TEXT(From, InType)                                                \
+    HRESULT VarBstrFrom##From(InType in, LCID locale, ULONG flags, BSTR* out) { \
+        return FromValue(k##From, in, kBstr, RulesOf(locale, flags), out);      \
+    }
+#define TK_DECIMAL_TO_TEXT()                                                         \
+    HRESULT VarBstrFromDec(const DECIMAL* in, LCID locale, ULONG flags, BSTR* out) { \
+        return FromDecimal(in, kBstr, RulesOf(locale, flags), out);                  \
+    }
+#define TK_OBJECT_TO_TEXT()                                                       \
+    HRESULT VarBstrFromDisp(IDispatch* in, LCID locale, ULONG flags, BSTR* out) { \
+        return FromObject(in, kBstr, RulesOf(locale, flags), out);                \
+    }
+
+TK_FROM_PLAIN(UI1, BYTE, I2, SHORT)
+TK_FROM_PLAIN(UI1, BYTE, I4, LONG)
+TK_FROM_PLAIN(UI1, BYTE, I8, LONG64)
+TK_FROM_PLAIN(UI1, BYTE, R4, FLOAT)
+TK_FROM_PLAIN(UI1, BYTE, R8, DOUBLE)
+TK_FROM_PLAIN(UI1, BYTE, Cy, CY)
+TK_FROM_PLAIN(UI1, BYTE, Date, DATE)
+TK_FROM_TEXT(UI1, BYTE)
+TK_FROM_OBJECT(UI1, BYTE)
+TK_FROM_PLAIN(UI1, BYTE, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(UI1, BYTE, I1, CHAR)
+TK_FROM_PLAIN(UI1, BYTE, UI2, USHORT)
+TK_FROM_PLAIN(UI1, BYTE, UI4, ULONG)
+TK_FROM_PLAIN(UI1, BYTE, UI8, ULONG64)
+TK_FROM_DECIMAL(UI1, BYTE)
+
+TK_FROM_PLAIN(I2, SHORT, UI1, BYTE)
+TK_FROM_PLAIN(I2, SHORT, I4, LONG)
+TK_FROM_PLAIN(I2, SHORT, I8, LONG64)
+TK_FROM_PLAIN(I2, SHORT, R4, FLOAT)
+TK_FROM_PLAIN(I2, SHORT, R8, DOUBLE)
+TK_FROM_PLAIN(I2, SHORT, Cy, CY)
+TK_FROM_PLAIN(I2, SHORT, Date, DATE)
+TK_FROM_TEXT(I2, SHORT)
+TK_FROM_OBJECT(I2, SHORT)
+TK_FROM_PLAIN(I2, SHORT, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(I2, SHORT, I1, CHAR)
+TK_FROM_PLAIN(I2, SHORT, UI2, USHORT)
+TK_FROM_PLAIN(I2, SHORT, UI4, ULONG)
+TK_FROM_PLAIN(I2, SHORT, UI8, ULONG64)
+TK_FROM_DECIMAL(I2, SHORT)
+
+TK_FROM_PLAIN(I4, LONG, UI1, BYTE)
+TK_FROM_PLAIN(I4, LONG, I2, SHORT)
+TK_FROM_PLAIN(I4, LONG, I8, LONG64)
+TK_FROM_PLAIN(I4, LONG, R4, FLOAT)
+TK_FROM_PLAIN(I4, LONG, R8, DOUBLE)
+TK_FROM_PLAIN(I4, LONG, Cy, CY)
+TK_FROM_PLAIN(I4, LONG, Date, DATE)
+TK_FROM_TEXT(I4, LONG)
+TK_FROM_OBJECT(I4, LONG)
+TK_FROM_PLAIN(I4, LONG, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(I4, LONG, I1, CHAR)
+TK_FROM_PLAIN(I4, LONG, UI2, USHORT)
+TK_FROM_PLAIN(I4, LONG, UI4, ULONG)
+TK_FROM_PLAIN(I4, LONG, UI8, ULONG64)
+TK_FROM_DECIMAL(I4, LONG)
+
+TK_FROM_PLAIN(I8, LONG64, UI1, BYTE)
+TK_FROM_PLAIN(I8, LONG64, I2, SHORT)
+TK_FROM_PLAIN(I8, LONG64, R4, FLOAT)
+TK_FROM_PLAIN(I8, LONG64, R8, DOUBLE)
+TK_FROM_PLAIN(I8, LONG64, Cy, CY)
+TK_FROM_PLAIN(I8, LONG64, Date, DATE)
+TK_FROM_TEXT(I8, LONG64)
+TK_FROM_OBJECT(I8, LONG64)
+TK_FROM_PLAIN(I8, LONG64, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(I8, LONG64, I1, CHAR)
+TK_FROM_PLAIN(I8, LONG64, UI2, USHORT)
+TK_FROM_PLAIN(I8, LONG64, UI4, ULONG)
+TK_FROM_PLAIN(I8, LONG64, UI8, ULONG64)
+TK_FROM_DECIMAL(I8, LONG64)
+
+TK_FROM_PLAIN(R4, FLOAT, UI1, BYTE)
+TK_FROM_PLAIN(R4, FLOAT, I2, SHORT)
+TK_FROM_PLAIN(R4, FLOAT, I4, LONG)
+TK_FROM_PLAIN(R4, FLOAT, I8, LONG64)
+TK_FROM_PLAIN(R4, FLOAT, R8, DOUBLE)
+TK_FROM_PLAIN(R4, FLOAT, Cy, CY)
+TK_FROM_PLAIN(R4, FLOAT, Date, DATE)
+TK_FROM_TEXT(R4, FLOAT)
+TK_FROM_OBJECT(R4, FLOAT)
+TK_FROM_PLAIN(R4, FLOAT, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(R4, FLOAT, I1, CHAR)
+TK_FROM_PLAIN(R4, FLOAT, UI2, USHORT)
+TK_FROM_PLAIN(R4, FLOAT, UI4, ULONG)
+TK_FROM_PLAIN(R4, FLOAT, UI8, ULONG64)
+TK_FROM_DECIMAL(R4, FLOAT)
+
+TK_FROM_PLAIN(R8, DOUBLE, UI1, BYTE)
+TK_FROM_PLAIN(R8, DOUBLE, I2, SHORT)
+TK_FROM_PLAIN(R8, DOUBLE, I4, LONG)
+TK_FROM_PLAIN(R8, DOUBLE, I8, LONG64)
+TK_FROM_PLAIN(R8, DOUBLE, R4, FLOAT)
+TK_FROM_PLAIN(R8, DOUBLE, Cy, CY)
+TK_FROM_PLAIN(R8, DOUBLE, Date, DATE)
+TK_FROM_TEXT(R8, DOUBLE)
+TK_FROM_OBJECT(R8, DOUBLE)
+TK_FROM_PLAIN(R8, DOUBLE, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(R8, DOUBLE, I1, CHAR)
+TK_FROM_PLAIN(R8, DOUBLE, UI2, USHORT)
+TK_FROM_PLAIN(R8, DOUBLE, UI4, ULONG)
+TK_FROM_PLAIN(R8, DOUBLE, UI8, ULONG64)
+TK_FROM_DECIMAL(R8, DOUBLE)
+
+TK_FROM_PLAIN(Cy, CY, UI1, BYTE)
+TK_FROM_PLAIN(Cy, CY, I2, SHORT)
+TK_FROM_PLAIN(Cy, CY, I4, LONG)
+TK_FROM_PLAIN(Cy, CY, I8, LONG64)
+TK_FROM_PLAIN(Cy, CY, R4, FLOAT)
+TK_FROM_PLAIN(Cy, CY, R8, DOUBLE)
+TK_FROM_PLAIN(Cy, CY, Date, DATE)
+TK_FROM_TEXT(Cy, CY)
+TK_FROM_OBJECT(Cy, CY)
+TK_FROM_PLAIN(Cy, CY, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(Cy, CY, I1, CHAR)
+TK_FROM_PLAIN(Cy, CY, UI2, USHORT)
+TK_FROM_PLAIN(Cy, CY, UI4, ULONG)
+TK_FROM_PLAIN(Cy, CY, UI8, ULONG64)
+TK_FROM_DECIMAL(Cy, CY)
+
+TK_FROM_PLAIN(Date, DATE, UI1, BYTE)
+TK_FROM_PLAIN(Date, DATE, I2, SHORT)
+TK_FROM_PLAIN(Date, DATE, I4, LONG)
+TK_FROM_PLAIN(Date, DATE, I8, LONG64)
+TK_FROM_PLAIN(Date, DATE, R4, FLOAT)
+TK_FROM_PLAIN(Date, DATE, R8, DOUBLE)
+TK_FROM_PLAIN(Date, DATE, Cy, CY)
+TK_FROM_TEXT(Date, DATE)
+TK_FROM_OBJECT(Date, DATE)
+TK_FROM_PLAIN(Date, DATE, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(Date, DATE, I1, CHAR)
+TK_FROM_PLAIN(Date, DATE, UI2, USHORT)
+TK_FROM_PLAIN(Date, DATE, UI4, ULONG)
+TK_FROM_PLAIN(Date, DATE, UI8, ULONG64)
+TK_FROM_DECIMAL(Date, DATE)
+
+TK_TO_TEXT(UI1, BYTE)
+TK_TO_TEXT(I2, SHORT)
+TK_TO_TEXT(I4, LONG)
+TK_TO_TEXT(I8, LONG64)
+TK_TO_TEXT(R4, FLOAT)
+TK_TO_TEXT(R8, DOUBLE)
+TK_TO_TEXT(Cy, CY)
+TK_TO_TEXT(Date, DATE)
+TK_OBJECT_TO_TEXT()
+TK_TO_TEXT(Bool, VARIANT_BOOL)
+TK_TO_TEXT(I1, CHAR)
+TK_TO_TEXT(UI2, USHORT)
+TK_TO_TEXT(UI4, ULONG)
+TK_TO_TEXT(UI8, ULONG64)
+TK_DECIMAL_TO_TEXT()
+
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, UI1, BYTE)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, I2, SHORT)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, I4, LONG)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, I8, LONG64)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, R4, FLOAT)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, R8, DOUBLE)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, Cy, CY)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, Date, DATE)
+TK_FROM_TEXT(Bool, VARIANT_BOOL)
+TK_FROM_OBJECT(Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, I1, CHAR)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, UI2, USHORT)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, UI4, ULONG)
+TK_FROM_PLAIN(Bool, VARIANT_BOOL, UI8, ULONG64)
+TK_FROM_DECIMAL(Bool, VARIANT_BOOL)
+
+TK_FROM_PLAIN(I1, CHAR, UI1, BYTE)
+TK_FROM_PLAIN(I1, CHAR, I2, SHORT)
+TK_FROM_PLAIN(I1, CHAR, I4, LONG)
+TK_FROM_PLAIN(I1, CHAR, I8, LONG64)
+TK_FROM_PLAIN(I1, CHAR, R4, FLOAT)
+TK_FROM_PLAIN(I1, CHAR, R8, DOUBLE)
+TK_FROM_PLAIN(I1, CHAR, Cy, CY)
+TK_FROM_PLAIN(I1, CHAR, Date, DATE)
+TK_FROM_TEXT(I1, CHAR)
+TK_FROM_OBJECT(I1, CHAR)
+TK_FROM_PLAIN(I1, CHAR, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(I1, CHAR, UI2, USHORT)
+TK_FROM_PLAIN(I1, CHAR, UI4, ULONG)
+TK_FROM_PLAIN(I1, CHAR, UI8, ULONG64)
+TK_FROM_DECIMAL(I1, CHAR)
+
+TK_FROM_PLAIN(UI2, USHORT, UI1, BYTE)
+TK_FROM_PLAIN(UI2, USHORT, I2, SHORT)
+TK_FROM_PLAIN(UI2, USHORT, I4, LONG)
+TK_FROM_PLAIN(UI2, USHORT, I8, LONG64)
+TK_FROM_PLAIN(UI2, USHORT, R4, FLOAT)
+TK_FROM_PLAIN(UI2, USHORT, R8, DOUBLE)
+TK_FROM_PLAIN(UI2, USHORT, Cy, CY)
+TK_FROM_PLAIN(UI2, USHORT, Date, DATE)
+TK_FROM_TEXT(UI2, USHORT)
+TK_FROM_OBJECT(UI2, USHORT)
+TK_FROM_PLAIN(UI2, USHORT, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(UI2, USHORT, I1, CHAR)
+TK_FROM_PLAIN(UI2, USHORT, UI4, ULONG)
+TK_FROM_PLAIN(UI2, USHORT, UI8, ULONG64)
+TK_FROM_DECIMAL(UI2, USHORT)
+
+TK_FROM_PLAIN(UI4, ULONG, UI1, BYTE)
+TK_FROM_PLAIN(UI4, ULONG, I2, SHORT)
+TK_FROM_PLAIN(UI4, ULONG, I4, LONG)
+TK_FROM_PLAIN(UI4, ULONG, I8, LONG64)
+TK_FROM_PLAIN(UI4, ULONG, R4, FLOAT)
+TK_FROM_PLAIN(UI4, ULONG, R8, DOUBLE)
+TK_FROM_PLAIN(UI4, ULONG, Cy, CY)
+TK_FROM_PLAIN(UI4, ULONG, Date, DATE)
+TK_FROM_TEXT(UI4, ULONG)
+TK_FROM_OBJECT(UI4, ULONG)
+TK_FROM_PLAIN(UI4, ULONG, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(UI4, ULONG, I1, CHAR)
+TK_FROM_PLAIN(UI4, ULONG, UI2, USHORT)
+TK_FROM_PLAIN(UI4, ULONG, UI8, ULONG64)
+TK_FROM_DECIMAL(UI4, ULONG)
+
+TK_FROM_PLAIN(UI8, ULONG64, UI1, BYTE)
+TK_FROM_PLAIN(UI8, ULONG64, I2, SHORT)
+TK_FROM_PLAIN(UI8, ULONG64, I4, LONG)
+TK_FROM_PLAIN(UI8, ULONG64, I8, LONG64)
+TK_FROM_PLAIN(UI8, ULONG64, R4, FLOAT)
+TK_FROM_PLAIN(UI8, ULONG64, R8, DOUBLE)
+TK_FROM_PLAIN(UI8, ULONG64, Cy, CY)
+TK_FROM_PLAIN(UI8, ULONG64, Date, DATE)
+TK_FROM_TEXT(UI8, ULONG64)
+TK_FROM_OBJECT(UI8, ULONG64)
+TK_FROM_PLAIN(UI8, ULONG64, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(UI8, ULONG64, I1, CHAR)
+TK_FROM_PLAIN(UI8, ULONG64, UI2, USHORT)
+TK_FROM_PLAIN(UI8, ULONG64, UI4, ULONG)
+TK_FROM_DECIMAL(UI8, ULONG64)
+
+TK_FROM_PLAIN(Dec, DECIMAL, UI1, BYTE)
+TK_FROM_PLAIN(Dec, DECIMAL, I2, SHORT)
+TK_FROM_PLAIN(Dec, DECIMAL, I4, LONG)
+TK_FROM_PLAIN(Dec, DECIMAL, I8, LONG64)
+TK_FROM_PLAIN(Dec, DECIMAL, R4, FLOAT)
+TK_FROM_PLAIN(Dec, DECIMAL, R8, DOUBLE)
+TK_FROM_PLAIN(Dec, DECIMAL, Cy, CY)
+TK_FROM_PLAIN(Dec, DECIMAL, Date, DATE)
+TK_FROM_TEXT(Dec, DECIMAL)
+TK_FROM_OBJECT(Dec, DECIMAL)
+TK_FROM_PLAIN(Dec, DECIMAL, Bool, VARIANT_BOOL)
+TK_FROM_PLAIN(Dec, DECIMAL, I1, CHAR)
+TK_FROM_PLAIN(Dec, DECIMAL, UI2, USHORT)
+TK_FROM_PLAIN(Dec, DECIMAL, UI4, ULONG)
+TK_FROM_PLAIN(Dec, DECIMAL, UI8, ULONG64)

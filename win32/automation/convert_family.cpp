@@ -94,9 +94,9 @@ HRESULT FromObject(IDispatch* in, VARTYPE to, const ConvertRules& rules, Out* ou
 
 }  // namespace
 
-#define TK_FROM_PLAIN(To, OutType, From, InType)                   \
-    HRESULT Var##To##From##From(InType in, OutType* out) {         \
-        return FromValue(k##From, in, k##To, ConvertRules{}, out); \
+#define TK_FROM_PLAIN(To, OutType, Source, InType)                   \
+    HRESULT Var##To##From##Source(InType in, OutType* out) {         \
+        return FromValue(k##Source, in, k##To, ConvertRules{}, out); \
     }
 #define TK_FROM_DECIMAL(To, OutType)                            \
     HRESULT Var##To##FromDec(const DECIMAL* in, OutType* out) { \
@@ -110,9 +110,9 @@ HRESULT FromObject(IDispatch* in, VARTYPE to, const ConvertRules& rules, Out* ou
     HRESULT Var##To##FromDisp(IDispatch* in, LCID locale, OutType* out) { \
         return FromObject(in, k##To, RulesOf(locale, 0), out);            \
     }
-#define TK_TO_TEXT(From, InType)                                                \
-    HRESULT VarBstrFrom##From(InType in, LCID locale, ULONG flags, BSTR* out) { \
-        return FromValue(k##From, in, kBstr, RulesOf(locale, flags), out);      \
+#define TK_TO_TEXT(Source, InType)                                                \
+    HRESULT VarBstrFrom##Source(InType in, LCID locale, ULONG flags, BSTR* out) { \
+        return FromValue(k##Source, in, kBstr, RulesOf(locale, flags), out);      \
     }
 #define TK_DECIMAL_TO_TEXT()                                                         \
     HRESULT VarBstrFromDec(const DECIMAL* in, LCID locale, ULONG flags, BSTR* out) { \

@@ -10,9 +10,21 @@ inline bool IsLead(char ch) noexcept {
     return byte >= 0x81 && byte <= 0xFE;
 }
 
-/// Bytes of the character at a place: 2 for a lead byte that something follows, else 1.
+inline bool IsTrail(char ch) noexcept {
+    const auto byte = static_cast<unsigned char>(ch);
+    return byte >= 0x40 && byte != 0x7F && byte != 0xFF;
+}
+
+/// Bytes of the character at a place: 2 for a lead byte with a proper second one, else 1. So a half character at the
+/// end of a column does not swallow the comma or quote behind it, as in the conversions to wide text.
 inline int CharacterLength(const char* at, const char* end) noexcept {
-    return IsLead(*at) && at + 1 < end && at[1] != '\0' ? 2 : 1;
+    return IsLead(*at) && at + 1 < end && IsTrail(at[1]) ? 2 : 1;
+}
+
+/// Bytes below this are never part of a double-byte character: they can be searched for byte by byte.
+inline constexpr unsigned char kFirstTrail = 0x40;
+inline bool IsAlwaysAlone(char ch) noexcept {
+    return static_cast<unsigned char>(ch) < kFirstTrail;
 }
 
 inline const char* NextCharacter(const char* at, const char* end) noexcept {

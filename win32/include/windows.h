@@ -7,6 +7,7 @@
 #include "windef.h"
 #include "winerror.h"
 
+#include "tkwin32/crt_text.h"
 #include "winbase.h"
 #include "winnls.h"
 #include "winuser.h"

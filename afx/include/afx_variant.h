@@ -53,7 +53,7 @@ public:
     /// @param vtSrc  VT_BSTR
     void SetString(LPCTSTR lpszSrc, VARTYPE vtSrc);
 
-    /// Same type and same value; arrays of bytes by content, other arrays never.
+    /// Same type and same value, without a conversion; arrays as COleSafeArray compares them.
     BOOL operator==(const VARIANT& varSrc) const noexcept;
     BOOL operator==(LPCVARIANT pSrc) const noexcept { return *this == *pSrc; }
 

@@ -8,6 +8,7 @@
 #include "winerror.h"
 
 #include "tkwin32/crt_text.h"
+#include "tkwin32/message_box.h"
 #include "winbase.h"
 #include "winnls.h"
 #include "winuser.h"

@@ -53,9 +53,6 @@ WINBASEAPI DWORD GetVersion();
 WINBASEAPI BOOL GetComputerNameA(LPSTR lpBuffer, LPDWORD nSize);
 /// @param pcbBuffer  in: bytes of the buffer; out: bytes with the terminator
 WINADVAPI BOOL GetUserNameA(LPSTR lpBuffer, LPDWORD pcbBuffer);
-/// Starts a program without waiting for it.
-/// @return a number above 31, or the error (2 not found, 5 refused, 11 no program)
-WINBASEAPI UINT WinExec(LPCSTR lpCmdLine, UINT uCmdShow);
 /// A tone. Never fails, and takes its duration also where no speaker can be had.
 WINBASEAPI BOOL Beep(DWORD dwFreq, DWORD dwDuration);
 /// Goes to standard error when the environment has TKKERNEL_DEBUG_OUTPUT, else nowhere.

@@ -7,6 +7,7 @@
 // Threads: any.
 #pragma once
 
+#include "tkwin32/message_box.h"
 #include "windef.h"
 
 /// Turn a text into capitals, or into small letters, in place.

@@ -36,15 +36,30 @@ const char* KindOf(const Question& question) {
     }
 }
 
-/// The first button is the window's "OK", the last its "cancel", one between them an extra button.
-std::vector<std::string> Arguments(const Question& question) {
-    const auto label = [&](std::size_t i) { return text::Utf16ToUtf8(question.buttons[i].label); };
-    const std::size_t count = question.buttons.size();
+/// How the buttons are laid out: zenity has an "OK", a "Cancel", which closing the window means too, and extra ones.
+struct Layout {
+    const Button* ok;
+    const Button* cancel = nullptr;  // the safe answer
+    const Button* extra = nullptr;
+};
+
+Layout LayOut(std::span<const Button> buttons, int safeAnswer) {
+    if (buttons.size() == 1) return {&buttons[0]};
+    Layout layout{};
+    for (const Button& button : buttons) {
+        const Button*& place = button.id == safeAnswer ? layout.cancel : layout.ok == nullptr ? layout.ok : layout.extra;
+        place = &button;
+    }
+    return layout;
+}
+
+std::vector<std::string> Arguments(const Question& question, const Layout& layout) {
+    const auto label = [](const Button& button) { return text::Utf16ToUtf8(button.label); };
     std::vector<std::string> arguments = {"zenity", KindOf(question), "--no-markup", "--title=" + question.caption,
-                                          "--text=" + question.text, "--ok-label=" + label(0)};
-    if (count > 1) arguments.push_back("--cancel-label=" + label(count - 1));
-    if (count > 2) arguments.push_back("--extra-button=" + label(1));
-    if (count > 1 && question.preselected == count - 1) arguments.emplace_back("--default-cancel");
+                                          "--text=" + question.text, "--ok-label=" + label(*layout.ok)};
+    if (layout.cancel != nullptr) arguments.push_back("--cancel-label=" + label(*layout.cancel));
+    if (layout.extra != nullptr) arguments.push_back("--extra-button=" + label(*layout.extra));
+    if (&question.buttons[question.preselected] == layout.cancel) arguments.emplace_back("--default-cancel");
     return arguments;
 }
 
@@ -93,13 +108,15 @@ std::optional<Outcome> Run(std::vector<std::string> arguments) {
 
 std::optional<int> AskInWindow(const Question& question) {
     if (!HasDisplay()) return std::nullopt;
-    const auto outcome = Run(Arguments(question));
+    const Layout layout = LayOut(question.buttons, question.safeAnswer);
+    const auto outcome = Run(Arguments(question, layout));
     // 0 and 1 are answers; anything else says that no window could be shown.
     if (!outcome || outcome->exitCode > 1) return std::nullopt;
-    const auto buttons = question.buttons;
-    if (outcome->exitCode == 0) return buttons.front().id;
-    if (buttons.size() > 2 && outcome->output.starts_with(text::Utf16ToUtf8(buttons[1].label))) return buttons[1].id;
-    return buttons.size() > 1 ? buttons.back().id : question.safeAnswer;
+    if (outcome->exitCode == 0) return layout.ok->id;
+    if (layout.extra != nullptr && outcome->output.starts_with(text::Utf16ToUtf8(layout.extra->label))) {
+        return layout.extra->id;
+    }
+    return question.safeAnswer;
 }
 
 }  // namespace tk::system

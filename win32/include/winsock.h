@@ -1,0 +1,4 @@
+// winsock.h - the older name of <winsock2.h>.
+#pragma once
+
+#include "winsock2.h"

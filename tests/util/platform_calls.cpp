@@ -1,0 +1,120 @@
+#include "util/platform_calls.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+namespace tk::test {
+namespace {
+
+PlatformCalls* listening = nullptr;
+int logObject = 0;  // its address is the handle
+
+}  // namespace
+
+PlatformCalls::PlatformCalls() {
+    static const bool inFront = StandInFront();
+    if (!inFront) throw std::runtime_error("the library's calls cannot be listened to");
+    listening = this;
+}
+
+PlatformCalls::~PlatformCalls() {
+    listening = nullptr;
+}
+
+PlatformCalls* PlatformCalls::Listening() {
+    return listening;
+}
+
+std::vector<LogRecord> PlatformCalls::Records() {
+    const std::lock_guard guard(lock_);
+    return records_;
+}
+
+std::vector<std::string> PlatformCalls::Steps() {
+    const std::lock_guard guard(lock_);
+    return steps_;
+}
+
+bool PlatformCalls::WaitForSteps(std::size_t count) {
+    std::unique_lock guard(lock_);
+    return changed_.wait_for(guard, std::chrono::seconds(10), [&] { return steps_.size() >= count; });
+}
+
+void PlatformCalls::OnStep(std::string step) {
+    const std::lock_guard guard(lock_);
+    steps_.push_back(std::move(step));
+    changed_.notify_all();
+}
+
+HANDLE PlatformCalls::OnOpen(const char* machine, const char* source) {
+    OnStep(machine == nullptr ? "open" : "open elsewhere");
+    source_ = source;
+    return logOpens ? &logObject : nullptr;
+}
+
+BOOL PlatformCalls::OnReport(HANDLE log, LogRecord record) {
+    OnStep(log == &logObject ? "report" : "report elsewhere");
+    record.source = source_;
+    const std::lock_guard guard(lock_);
+    records_.push_back(std::move(record));
+    return recordIsTaken ? TRUE : FALSE;
+}
+
+BOOL PlatformCalls::OnClose(HANDLE log) {
+    OnStep(log == &logObject ? "close" : "close elsewhere");
+    return closeResult;
+}
+
+DWORD PlatformCalls::OnProgramPath(char* path, DWORD size) {
+    const std::size_t length = std::min<std::size_t>(std::strlen(programPath), size - 1);
+    std::copy_n(programPath, length, path);
+    path[length] = '\0';
+    return static_cast<DWORD>(length);
+}
+
+BOOL WINAPI FrontBeep(DWORD hertz, DWORD ms) {
+    if (PlatformCalls::Listening() == nullptr) return Own().beep(hertz, ms);
+    PlatformCalls::Listening()->OnStep("beep " + std::to_string(hertz) + " " + std::to_string(ms));
+    return TRUE;
+}
+
+void WINAPI FrontSleep(DWORD ms) {
+    if (PlatformCalls::Listening() == nullptr) return Own().sleep(ms);
+    PlatformCalls::Listening()->OnStep("sleep " + std::to_string(ms));
+}
+
+HANDLE WINAPI FrontRegisterEventSource(LPCSTR machine, LPCSTR source) {
+    if (PlatformCalls::Listening() == nullptr) return Own().registerEventSource(machine, source);
+    return PlatformCalls::Listening()->OnOpen(machine, source);
+}
+
+BOOL WINAPI FrontReportEvent(HANDLE log, WORD type, WORD category, DWORD eventId, PSID user, WORD stringCount,
+                             DWORD dataSize, LPCSTR* strings, LPVOID data) {
+    if (PlatformCalls::Listening() == nullptr) {
+        return Own().reportEvent(log, type, category, eventId, user, stringCount, dataSize, strings, data);
+    }
+    LogRecord record;
+    record.type = type;
+    record.category = category;
+    record.eventId = eventId;
+    record.hasUser = user != nullptr;
+    record.strings.assign(strings, strings + stringCount);
+    record.data.assign(static_cast<const char*>(data), dataSize);
+    return PlatformCalls::Listening()->OnReport(log, std::move(record));
+}
+
+BOOL WINAPI FrontDeregisterEventSource(HANDLE log) {
+    if (PlatformCalls::Listening() == nullptr) return Own().deregisterEventSource(log);
+    return PlatformCalls::Listening()->OnClose(log);
+}
+
+DWORD WINAPI FrontGetModuleFileName(HMODULE module, LPSTR path, DWORD size) {
+    PlatformCalls* calls = PlatformCalls::Listening();
+    if (calls == nullptr || calls->programPath == nullptr || module != nullptr) {
+        return Own().getModuleFileName(module, path, size);
+    }
+    return calls->OnProgramPath(path, size);
+}
+
+}  // namespace tk::test

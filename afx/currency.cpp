@@ -19,7 +19,7 @@ COleCurrency& COleCurrency::operator=(const VARIANT& varSrc) {
     }
     VARIANT amount;
     VariantInit(&amount);
-    if (FAILED(VariantChangeType(&amount, &varSrc, 0, VT_CY))) {
+    if (FAILED(VariantChangeType(&amount, const_cast<VARIANT*>(&varSrc), 0, VT_CY))) {
         m_status = invalid;
         return *this;
     }

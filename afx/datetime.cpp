@@ -17,7 +17,7 @@ COleDateTime& COleDateTime::operator=(const VARIANT& varSrc) {
     if (varSrc.vt == VT_DATE) return *this = varSrc.date;
     VARIANT date;
     VariantInit(&date);
-    if (FAILED(VariantChangeType(&date, &varSrc, 0, VT_DATE))) {
+    if (FAILED(VariantChangeType(&date, const_cast<VARIANT*>(&varSrc), 0, VT_DATE))) {
         m_status = invalid;
         return *this;
     }

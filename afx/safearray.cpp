@@ -95,7 +95,7 @@ COleSafeArray& COleSafeArray::operator=(const COleSafeArray& saSrc) {
 COleSafeArray& COleSafeArray::operator=(const VARIANT& varSrc) {
     if (this == &varSrc) return *this;
     if ((varSrc.vt & VT_ARRAY) == 0 && varSrc.vt != VT_EMPTY) AfxThrowOleException(DISP_E_TYPEMISMATCH);
-    ThrowIfFailed(VariantCopyInd(this, &varSrc));
+    ThrowIfFailed(VariantCopyInd(this, const_cast<VARIANT*>(&varSrc)));
     return *this;
 }
 

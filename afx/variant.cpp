@@ -98,7 +98,7 @@ void COleVariant::SetString(LPCTSTR lpszSrc, VARTYPE vtSrc) {
 // ---- assignment. What may fail is made before the old value goes.
 
 const COleVariant& COleVariant::operator=(const VARIANT& varSrc) {
-    if (this != &varSrc) ThrowIfFailed(VariantCopy(this, &varSrc));
+    if (this != &varSrc) ThrowIfFailed(VariantCopy(this, const_cast<VARIANT*>(&varSrc)));
     return *this;
 }
 

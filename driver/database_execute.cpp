@@ -28,7 +28,8 @@ bool IsTold(const VARIANT& recordsAffected) noexcept {
 /// @return 0 when the number is not known
 long Affected(const COleVariant& told) {
     COleVariant number;
-    if (!IsTold(told) || FAILED(VariantChangeType(&number, &told, 0, VT_I4))) return 0;
+    COleVariant source(told);  // some declarations of the conversion want a source they could write to
+    if (!IsTold(told) || FAILED(VariantChangeType(&number, &source, 0, VT_I4))) return 0;
     return V_I4(&number) == -1 ? 0 : V_I4(&number);
 }
 

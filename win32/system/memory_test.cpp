@@ -25,7 +25,9 @@ bool IsPageReadable(std::uintptr_t address) noexcept {
     constexpr int kNoSuchOperation = -1;
     constexpr std::uintptr_t kSignalSetSize = 8;
     const int before = errno;
-    const std::uintptr_t inPage = address & ~(kSignalSetSize - 1);
+    // A null set would be no set at all, and no read: the first page is asked about behind it.
+    const std::uintptr_t aligned = address & ~(kSignalSetSize - 1);
+    const std::uintptr_t inPage = aligned != 0 ? aligned : kSignalSetSize;
     const long result = syscall(SYS_rt_sigprocmask, kNoSuchOperation, inPage, nullptr, kSignalSetSize);
     const bool readable = result == 0 || errno != EFAULT;
     errno = before;

@@ -7,17 +7,9 @@
 
 #include "ado/cursor/value.h"
 #include "ado/rowset/column.h"
+#include "ado/rowset/type_map.h"
 
 namespace tk::ado {
-
-/// Bits of Column::attributes that the code asks for.
-inline constexpr LONG kFieldUpdatable = 0x4;
-inline constexpr LONG kFieldUnknownUpdatable = 0x8;
-inline constexpr LONG kFieldFixed = 0x10;
-inline constexpr LONG kFieldNullable = 0x20;
-inline constexpr LONG kFieldMayBeNull = 0x40;
-inline constexpr LONG kFieldLong = 0x80;
-inline constexpr LONG kFieldKeyColumn = 0x8000;
 
 /// The first column of that name, without regard to case.
 std::optional<std::size_t> LookUpColumn(const std::vector<Column>& columns, std::u16string_view name) noexcept;

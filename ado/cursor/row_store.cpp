@@ -28,6 +28,12 @@ void RowStore::ReadOriginal(std::size_t row, std::size_t column, VARIANT& value)
     place.set->Read(place.row, column, value);
 }
 
+Cell RowStore::OriginalAt(std::size_t row, std::size_t column) const {
+    const State* state = Find(row);
+    const Place place = state == nullptr ? Place{fetched_.get(), row} : state->original;
+    return place.set->At(place.row, column);
+}
+
 void RowStore::ReadUnderlying(std::size_t row, std::size_t column, VARIANT& value) const {
     const State* state = Find(row);
     const Place place = state == nullptr ? Place{fetched_.get(), row} : state->underlying;

@@ -97,6 +97,8 @@ public:
     /// The value the database is known to hold: as fetched, or as last written.
     void ReadOriginal(std::size_t row, std::size_t column, VARIANT& value) const;
 
+    Cell OriginalAt(std::size_t row, std::size_t column) const;
+
     /// What the last Resync of underlying values found; the original value before the first one.
     void ReadUnderlying(std::size_t row, std::size_t column, VARIANT& value) const;
 

@@ -1,0 +1,90 @@
+// ado/cursor/row_writer.h - the statements that write one changed row back to its table.
+//
+//   RowWriter writer(session, store, rules);
+//   writer.Update(row, edit.Values());
+//
+// A row is found by its key and, as the rules say, by the values it had when it was read; every value travels as a
+// parameter. A statement that meets more than one row is undone, unless it is part of a transaction of the caller's.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ado/cursor/row_store.h"
+#include "ado/cursor/value.h"
+#include "ado/odbc/session.h"
+
+namespace tk::ado {
+
+/// "Update Criteria".
+enum UpdateCriteria : LONG {
+    kCriteriaKey = 0,
+    kCriteriaAllColumns = 1,
+    kCriteriaUpdatedColumns = 2,
+    kCriteriaTimeStamp = 3
+};
+
+/// "Update Resync", a set of bits.
+enum UpdateResync : LONG { kResyncAutoIncrement = 1, kResyncUpdates = 4, kResyncInserts = 8 };
+
+struct WriteRules {
+    LONG updateCriteria = kCriteriaUpdatedColumns;
+    LONG updateResync = kResyncAutoIncrement;
+    std::string uniqueTable;  // UTF-8; chooses the table of a join
+    std::string uniqueSchema;
+    std::string uniqueCatalog;
+    LONG timeoutSeconds = 30;
+    LONG isolation = 0x1000;
+};
+
+/// The Status bit that fits why a change was refused.
+LONG FailureStatus(const AdoError& error) noexcept;
+
+class RowWriter {
+public:
+    using Values = std::vector<std::optional<Value>>;
+
+    RowWriter(std::shared_ptr<Session> session, RowStore& rows, const WriteRules& rules);
+
+    /// Each throws AdoError: the driver's, 80040E38 when the row is not as it was read, 80004005 when the table or its
+    /// key is not known. Nothing is changed in the store.
+    void Update(std::size_t row, const Values& changed);
+    void Delete(std::size_t row);
+
+    /// @return the values a new row has now as far as they are known: those given, and the number that the table gave
+    Values Insert(const Values& given);
+
+    /// The row as the database has it now, found by its key; empty when it is gone. Columns without a table keep the
+    /// value that the store has.
+    std::optional<std::vector<Value>> Reread(std::size_t row);
+
+    /// The same for a row that is not in the store yet, found by the key among its values.
+    std::optional<std::vector<Value>> Reread(const Values& values);
+
+private:
+    struct Table {
+        std::string catalog;
+        std::string schema;
+        std::string name;
+    };
+    struct Text;
+
+    Table ChooseTable(const Values* changed) const;
+    bool Belongs(const Column& column, const Table& table) const;
+    std::vector<std::size_t> KeyOf(const Table& table) const;
+    std::string NameOf(const Table& table) const;
+    std::string Quoted(std::string_view name) const;
+    bool IsCompared(std::size_t column, const Values* changed) const;
+    void AddConditions(Text& text, const Table& table, std::size_t row, const Values* changed);
+    void RunForOneRow(const Text& text);
+    std::string SelectColumns(const Table& table, std::vector<std::size_t>& columns) const;
+    std::optional<std::vector<Value>> ReadOne(const Text& text);
+    void ReadIdentity(const Table& table, Values& values);
+
+    std::shared_ptr<Session> session_;
+    RowStore& rows_;
+    const WriteRules& rules_;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,134 @@
+// ado/objects/automation.h - what every object of the model shares: references, names, calls by id, error records.
+//
+//   class Errors final : public Automation<Errors> {
+//   public:
+//       static constexpr const OLECHAR* kClassName = OLESTR("ADODB.Errors");
+//       static std::span<const Member<Errors>> Members();
+//   private:
+//       void GetCount(Call& call);
+//   };
+//
+// The table is sorted by id and then by kind; the dispatch walks it and nothing else.
+//
+// Threads: any thread, one caller at a time for each object unless a member says otherwise.
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "ado/error.h"
+#include "ado/objects/call.h"
+#include "ado/objects/error_list.h"
+
+namespace tk::ado {
+
+enum MemberKind : WORD {
+    kMethod = DISPATCH_METHOD,
+    kGet = DISPATCH_PROPERTYGET,
+    kPut = DISPATCH_PROPERTYPUT,
+    kPutRef = DISPATCH_PROPERTYPUTREF,
+};
+
+/// One way to call a member. An id appears once for each kind; a member of two generations has a row for each id.
+struct MemberInfo {
+    DISPID id;
+    MemberKind kind;
+    const OLECHAR* name;
+    unsigned char least;  // arguments, the value of a put included
+    unsigned char most;
+};
+
+template <class T>
+struct Member : MemberInfo {
+    void (T::*handler)(Call& call);
+
+    constexpr Member(DISPID memberId, MemberKind memberKind, const OLECHAR* memberName, void (T::*run)(Call&),
+                     unsigned char leastArguments = 0, int mostArguments = -1)
+        : MemberInfo{memberId, memberKind, memberName, leastArguments,
+                     static_cast<unsigned char>(mostArguments < 0 ? leastArguments : mostArguments)},
+          handler(run) {}
+};
+
+constexpr bool IsBefore(const MemberInfo& first, const MemberInfo& second) noexcept {
+    return first.id != second.id ? first.id < second.id : first.kind < second.kind;
+}
+
+/// For the static_assert beside each table: in order, and no way to call named twice.
+template <class T, std::size_t Count>
+constexpr bool IsMemberTable(const Member<T> (&table)[Count]) noexcept {
+    for (std::size_t i = 1; i < Count; ++i) {
+        if (!IsBefore(table[i - 1], table[i])) return false;
+    }
+    return true;
+}
+
+class AutomationObject : public IDispatch {
+public:
+    AutomationObject(const AutomationObject&) = delete;
+    AutomationObject& operator=(const AutomationObject&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
+    ULONG STDMETHODCALLTYPE AddRef() final;
+    ULONG STDMETHODCALLTYPE Release() final;
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) final;
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) final;
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) final;
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
+                                     VARIANT* result, EXCEPINFO* exception, UINT* argument) final;
+    using IUnknown::QueryInterface;
+
+protected:
+    AutomationObject();
+    virtual ~AutomationObject();
+
+    virtual const MemberInfo* FindMember(DISPID id, MemberKind kind) const noexcept = 0;
+    virtual const MemberInfo* FindName(std::u16string_view name) const noexcept = 0;
+    virtual void Run(const MemberInfo& member, Call& call) = 0;
+    virtual const OLECHAR* ClassName() const noexcept = 0;
+
+    /// Where the records of provider failures go; empty for objects without a connection.
+    virtual std::shared_ptr<ErrorList> Errors() const { return {}; }
+
+private:
+    const MemberInfo* Choose(DISPID id, WORD flags, const DISPPARAMS& parameters) const noexcept;
+    HRESULT Report(const AdoError& error, EXCEPINFO* exception) const;
+
+    std::atomic<ULONG> references_{1};
+};
+
+template <class T>
+class Automation : public AutomationObject {
+protected:
+    const MemberInfo* FindMember(DISPID id, MemberKind kind) const noexcept final {
+        const auto table = T::Members();
+        const auto found = std::ranges::lower_bound(
+            table, MemberInfo{id, kind, nullptr, 0, 0},
+            [](const MemberInfo& first, const MemberInfo& second) { return IsBefore(first, second); });
+        return found != table.end() && found->id == id && found->kind == kind ? &*found : nullptr;
+    }
+    const MemberInfo* FindName(std::u16string_view name) const noexcept final;
+    void Run(const MemberInfo& member, Call& call) final {
+        (static_cast<T*>(this)->*static_cast<const Member<T>&>(member).handler)(call);
+    }
+    const OLECHAR* ClassName() const noexcept final { return T::kClassName; }
+};
+
+/// The member names of every table compare like this.
+bool IsMemberName(const OLECHAR* known, std::u16string_view asked) noexcept;
+
+template <class T>
+const MemberInfo* Automation<T>::FindName(std::u16string_view name) const noexcept {
+    const auto table = T::Members();
+    const auto found =
+        std::ranges::find_if(table, [&](const MemberInfo& member) { return IsMemberName(member.name, name); });
+    return found == table.end() ? nullptr : &*found;
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,289 @@
+#include "ado/objects/connection.h"
+
+#include <algorithm>
+
+#include "ado/cursor/messages.h"
+#include "ado/cursor/text.h"
+#include "ado/objects/credential_memory.h"
+#include "ado/objects/errors.h"
+#include "ado/objects/open_rows.h"
+#include "ado/objects/recordset.h"
+#include "ado/schema/schema_rowset.h"
+
+namespace tk::ado {
+namespace {
+
+constexpr std::u16string_view kVersion = u"2.8";
+constexpr LONG kCommitRetaining = 0x20000;
+constexpr LONG kAbortRetaining = 0x40000;
+constexpr LONG kModeRead = 1;
+
+/// Sets the state for the time of a call and what follows it at the end, whatever happens.
+class StateChange {
+public:
+    StateChange(std::atomic<LONG>& state, LONG during) : state_(state), after_(state.exchange(during)) {}
+    ~StateChange() { state_.store(after_, std::memory_order_release); }
+    void EndAs(LONG state) noexcept { after_ = state; }
+
+private:
+    std::atomic<LONG>& state_;
+    LONG after_;
+};
+
+}  // namespace
+
+HRESULT Connection::QueryInterface(REFIID iid, void** object) {
+    if (object != nullptr && iid == kConnectionObject) {
+        *object = this;
+        AddRef();
+        return S_OK;
+    }
+    return AutomationObject::QueryInterface(iid, object);
+}
+
+void Connection::ExpectClosed() const {
+    if (state_.load() != kStateClosed) throw AdoError(ErrorNumber::ObjectOpen);
+}
+
+std::shared_ptr<Session> Connection::OpenedSession(ErrorNumber whenClosed) const {
+    const std::lock_guard lock(lock_);
+    if (!session_) throw AdoError(whenClosed);
+    return session_;
+}
+
+void Connection::Register(const std::shared_ptr<OpenRows>& rows) {
+    const std::lock_guard lock(lock_);
+    std::erase_if(recordsets_, [](const auto& known) { return known.expired(); });
+    recordsets_.push_back(rows);
+}
+
+ConnectionString Connection::Parsed() const {
+    ConnectionString parsed = ConnectionString::Parse(ToUtf8(text_));
+    if (!provider_.empty()) parsed.SetIfAbsent("Provider", ToUtf8(provider_));
+    return parsed;
+}
+
+void Connection::Open(std::u16string_view text, std::u16string_view user, std::u16string_view password) {
+    ExpectClosed();
+    if (!text.empty()) text_ = text;
+    user_ = user;
+    password_ = password;
+    SessionSettings settings;
+    settings.connection = Parsed();
+    settings.user = ToUtf8(user_);
+    settings.password = ToUtf8(password_);
+    settings.loginTimeoutSeconds = connectionTimeout_;
+    settings.readOnly = mode_ == kModeRead;
+    CredentialMemory::Instance().Complete(settings);
+    StateChange state(state_, kStateConnecting);
+    std::shared_ptr<Session> session = Session::Open(settings);
+    CredentialMemory::Instance().Remember(session->DisplayString(), settings);
+    {
+        const std::lock_guard lock(lock_);
+        session_ = std::move(session);
+    }
+    state.EndAs(kStateOpen);
+}
+
+void Connection::OpenMember(Call& call) {
+    // The fourth argument asks for an asynchronous open; the open is done when the call returns, which is early enough.
+    call.Long(3, -1);
+    Open(call.Text(0, u""), call.Text(1, u""), call.Text(2, u""));
+}
+
+void Connection::CloseRecordsets() {
+    std::vector<std::weak_ptr<OpenRows>> recordsets;
+    {
+        const std::lock_guard lock(lock_);
+        recordsets.swap(recordsets_);
+    }
+    for (const auto& known : recordsets) {
+        const auto rows = known.lock();
+        if (!rows || rows->connection.Get() != this) continue;
+        rows->closed.store(true, std::memory_order_release);
+        rows->store->Fetched().Cancel();
+    }
+}
+
+void Connection::Close(Call&) {
+    const auto session = OpenedSession(ErrorNumber::ObjectClosed);
+    if (session->InTransaction()) throw AdoError(ErrorNumber::InTransaction);
+    CloseRecordsets();
+    {
+        const std::lock_guard lock(lock_);
+        session_.reset();
+    }
+    state_.store(kStateClosed, std::memory_order_release);
+}
+
+void Connection::Execute(Call& call) {
+    const std::u16string text = call.Text(0);
+    const Command command = MakeCommand(text, call.Long(2, -1));
+    const auto session = OpenedSession(ErrorNumber::ObjectClosed);
+    Ref<Recordset> result;
+    LONG affected = -1;
+    {
+        StateChange state(state_, kStateOpen | kStateExecuting);
+        result = Recordset::FromCommand(Ref<Connection>(this), text, command, affected);
+    }
+    call.Store(1, Value(affected));
+    call.ReturnObject(std::move(result));
+}
+
+void Connection::BeginTrans(Call& call) {
+    const auto session = OpenedSession(ErrorNumber::ObjectClosed);
+    if (session->InTransaction()) throw ProviderFailure(kTransactionExists, kTextTransactionExists, kProviderSource);
+    session->Begin(isolationLevel_);
+    call.ReturnLong(1);
+}
+
+void Connection::EndTransaction(bool commit) {
+    const auto session = OpenedSession(ErrorNumber::ObjectClosed);
+    if (!session->InTransaction()) throw ProviderFailure(kNoTransaction, kTextNoTransaction, kProviderSource);
+    if (commit) {
+        session->Commit();
+    } else {
+        session->Rollback();
+    }
+    if ((attributes_ & (commit ? kCommitRetaining : kAbortRetaining)) != 0) session->Begin(isolationLevel_);
+}
+
+void Connection::CommitTrans(Call&) {
+    EndTransaction(true);
+}
+void Connection::RollbackTrans(Call&) {
+    EndTransaction(false);
+}
+
+void Connection::GetConnectionString(Call& call) {
+    if (!IsOpen()) return call.ReturnText(text_);
+    call.ReturnText(ToUtf16(OpenedSession(ErrorNumber::ObjectClosed)->DisplayString()));
+}
+
+void Connection::PutConnectionString(Call& call) {
+    ExpectClosed();
+    text_ = call.Text(0);
+}
+
+void Connection::GetCommandTimeout(Call& call) {
+    call.ReturnLong(commandTimeout_);
+}
+
+void Connection::PutCommandTimeout(Call& call) {
+    const LONG seconds = call.Long(0);
+    if (seconds < 0) throw AdoError(ErrorNumber::InvalidArgument, NumberText(seconds));
+    commandTimeout_ = seconds;
+}
+
+void Connection::GetConnectionTimeout(Call& call) {
+    call.ReturnLong(connectionTimeout_);
+}
+
+void Connection::PutConnectionTimeout(Call& call) {
+    const LONG seconds = call.Long(0);
+    ExpectClosed();
+    if (seconds < 0) throw AdoError(ErrorNumber::InvalidArgument, NumberText(seconds));
+    connectionTimeout_ = seconds;
+}
+
+void Connection::GetVersion(Call& call) {
+    call.ReturnText(kVersion);
+}
+
+void Connection::GetErrors(Call& call) {
+    call.ReturnObject(Make<tk::ado::Errors>(errors_));
+}
+
+void Connection::GetDefaultDatabase(Call& call) {
+    call.ReturnText(ToUtf16(OpenedSession(ErrorNumber::ObjectClosed)->CurrentCatalog()));
+}
+
+void Connection::PutDefaultDatabase(Call& call) {
+    const std::u16string name = call.Text(0);
+    OpenedSession(ErrorNumber::ObjectClosed)->SetCurrentCatalog(ToUtf8(name));
+}
+
+void Connection::GetIsolationLevel(Call& call) {
+    call.ReturnLong(isolationLevel_);
+}
+
+void Connection::PutIsolationLevel(Call& call) {
+    static constexpr LONG kLevels[] = {-1, 0x10, 0x100, 0x1000, 0x10000, 0x100000};
+    const LONG level = call.Long(0);
+    if (std::ranges::find(kLevels, level) == std::end(kLevels)) {
+        throw AdoError(ErrorNumber::InvalidArgument, NumberText(level));
+    }
+    isolationLevel_ = level;
+}
+
+void Connection::GetAttributes(Call& call) {
+    call.ReturnLong(attributes_);
+}
+
+void Connection::PutAttributes(Call& call) {
+    const LONG attributes = call.Long(0);
+    if ((attributes & ~(kCommitRetaining | kAbortRetaining | 0x80000 | 0x100000)) != 0) {
+        throw AdoError(ErrorNumber::InvalidArgument, NumberText(attributes));
+    }
+    attributes_ = attributes;
+}
+
+void Connection::GetCursorLocation(Call& call) {
+    call.ReturnLong(cursorLocation_);
+}
+
+void Connection::PutCursorLocation(Call& call) {
+    const LONG location = call.Long(0);
+    if (location < 1 || location > 3) throw AdoError(ErrorNumber::InvalidArgument, NumberText(location));
+    cursorLocation_ = location;
+}
+
+void Connection::GetMode(Call& call) {
+    call.ReturnLong(mode_);
+}
+
+void Connection::PutMode(Call& call) {
+    const LONG mode = call.Long(0);
+    ExpectClosed();
+    if ((mode & ~0x40001F) != 0) throw AdoError(ErrorNumber::InvalidArgument, NumberText(mode));
+    mode_ = mode;
+}
+
+void Connection::GetProvider(Call& call) {
+    const ConnectionString parsed = Parsed();
+    call.ReturnText(ToUtf16(parsed.Provider()));
+}
+
+void Connection::PutProvider(Call& call) {
+    std::u16string provider = call.Text(0);
+    ExpectClosed();
+    provider_ = std::move(provider);
+}
+
+void Connection::GetState(Call& call) {
+    call.ReturnLong(state_.load());
+}
+
+void Connection::OpenSchema(Call& call) {
+    const LONG schema = call.Long(0);
+    const std::vector<Value> restrictions = ReadRestrictions(call.Variant(1));
+    OpenedSession(ErrorNumber::ObjectClosed);
+    call.ReturnObject(Recordset::FromRows(Ref<Connection>(this), [schema, restrictions](const Connection& connection) {
+        return OpenSchemaRowset(connection.OpenedSession(ErrorNumber::InvalidConnection), schema, restrictions);
+    }));
+}
+
+void Connection::Cancel(Call&) {
+    std::shared_ptr<Session> session;
+    {
+        const std::lock_guard lock(lock_);
+        session = session_;
+    }
+    if (session) session->Cancel();
+}
+
+void Connection::GetProperties(Call& call) {
+    call.ReturnObject(Make<tk::ado::Properties>(Ref<AutomationObject>(this), *this));
+}
+
+}  // namespace tk::ado

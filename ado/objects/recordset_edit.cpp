@@ -1,0 +1,299 @@
+// Recordset: reading and putting values, and writing one row at a time.
+#include <algorithm>
+
+#include "ado/cursor/columns.h"
+#include "ado/cursor/messages.h"
+#include "ado/objects/arrays.h"
+#include "ado/objects/index.h"
+#include "ado/objects/recordset.h"
+
+namespace tk::ado {
+namespace {
+
+std::vector<VARIANT> Borrowed(const std::vector<Value>& values) {
+    std::vector<VARIANT> borrowed;
+    borrowed.reserve(values.size());
+    for (const Value& value : values)
+        borrowed.push_back(value.Get());
+    return borrowed;
+}
+
+std::vector<Value> RowValues(const RowStore& rows, std::size_t row) {
+    std::vector<Value> values(rows.Columns().size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        rows.Read(row, i, *values[i].Out());
+    return values;
+}
+
+}  // namespace
+
+void Recordset::ExpectUpdatable() {
+    Rows();
+    if (lock_ == kLockReadOnly) throw AdoError(ErrorNumber::FeatureNotAvailable);
+}
+
+void Recordset::ExpectNoEdit() {
+    if (edit_.IsOpen()) throw AdoError(ErrorNumber::IllegalOperation);
+}
+
+void Recordset::SaveEdit() {
+    if (edit_.IsOpen()) WriteEdit();
+}
+
+std::shared_ptr<Session> Recordset::WritingSession() {
+    if (!open_->connection) throw AdoError(ErrorNumber::InvalidConnection);
+    return open_->connection->OpenedSession(ErrorNumber::InvalidConnection);
+}
+
+std::size_t Recordset::FindField(const Value& index) {
+    const std::vector<Column>& columns = Columns();
+    return ItemIndex(index, columns.size(), [&](std::u16string_view name) { return LookUpColumn(columns, name); });
+}
+
+std::vector<std::size_t> Recordset::FieldList(const Value& fields) {
+    std::vector<std::size_t> list;
+    for (const Value& field : ListItems(fields))
+        list.push_back(FindField(field));
+    return list;
+}
+
+Value Recordset::ReadField(std::size_t column, Version version) {
+    ClientCursor& cursor = Cursor();
+    RowStore& rows = cursor.Store();
+    Value value;
+    if (edit_.Mode() == EditMode::Add) {
+        if (version != Version::Current) return Value::Null();
+        const Value* const put = edit_.Find(column);
+        return put == nullptr ? Value::Null() : *put;
+    }
+    const std::size_t row = cursor.Row();
+    switch (version) {
+        case Version::Original:
+            rows.ReadOriginal(row, column, *value.Out());
+            return value;
+        case Version::Underlying:
+            rows.ReadUnderlying(row, column, *value.Out());
+            return value;
+        case Version::Current:
+            break;
+    }
+    if (const Value* const put = edit_.Find(column)) return *put;
+    if (cursor.IsOnDeletedRow()) throw ProviderFailure(kDeletedRow, kTextDeletedRow, kCursorSource);
+    rows.Read(row, column, *value.Out());
+    return value;
+}
+
+void Recordset::WriteField(std::size_t column, const Value& value) {
+    ExpectUpdatable();
+    ClientCursor& cursor = Cursor();
+    Value converted = ConvertForColumn(value.Get(), cursor.Store().Columns()[column]);
+    if (!edit_.IsOpen()) {
+        const std::size_t row = cursor.Row();
+        if (cursor.IsOnDeletedRow()) throw ProviderFailure(kDeletedRow, kTextDeletedRow, kCursorSource);
+        edit_.BeginChange(row, cursor.Store().Columns().size());
+        appended_.clear();
+    }
+    edit_.Set(column, std::move(converted));
+}
+
+LONG Recordset::ActualSize(std::size_t column) {
+    ClientCursor& cursor = Cursor();
+    const Value* const put = edit_.Find(column);
+    if (put == nullptr && edit_.Mode() != EditMode::Add) {
+        if (cursor.IsOnDeletedRow()) throw ProviderFailure(kDeletedRow, kTextDeletedRow, kCursorSource);
+        return cursor.Store().ActualSize(cursor.Row(), column);
+    }
+    if (put == nullptr || put->IsNull()) return 0;
+    // A row of its own tells the size by the same rules as one that was read.
+    const auto scratch = RowSet::Build({cursor.Store().Columns()[column]});
+    const VARIANT only[] = {put->Get()};
+    scratch->Append(only);
+    return scratch->ActualSize(0, 0);
+}
+
+void Recordset::GetCollect(Call& call) {
+    call.Return(ReadField(FindField(call.PlainValue(0)), Version::Current));
+}
+
+void Recordset::PutCollect(Call& call) {
+    WriteField(FindField(call.PlainValue(0)), call.PlainValue(1));
+}
+
+void Recordset::SetFields(const Value& fields, const Value& values) {
+    const std::vector<std::size_t> list = FieldList(fields);
+    // One field may take an array as its value; several fields take one value each.
+    const bool isList = (fields.Type() & VT_ARRAY) != 0;
+    const std::vector<Value> given = isList ? ListItems(values) : std::vector<Value>{values};
+    if (list.size() != given.size()) throw AdoError(ErrorNumber::InvalidArgument);
+    for (std::size_t i = 0; i < list.size(); ++i)
+        WriteField(list[i], given[i]);
+}
+
+void Recordset::AddNew(Call& call) {
+    const bool hasFields = !call.IsNothing(0);
+    if (hasFields != !call.IsOmitted(1)) throw AdoError(ErrorNumber::InvalidArgument);
+    ExpectUpdatable();
+    SaveEdit();
+    ClientCursor& cursor = Cursor();
+    edit_.BeginAdd(cursor.LiveRow(), cursor.Store().Columns().size());
+    appended_.clear();
+    if (!hasFields) return;
+    try {
+        SetFields(call.Variant(0), call.Variant(1));
+    } catch (...) {
+        edit_.Discard();
+        throw;
+    }
+    if (!IsBatch()) WriteEdit();
+}
+
+void Recordset::Update(Call& call) {
+    const bool hasFields = !call.IsNothing(0);
+    if (hasFields != !call.IsOmitted(1) && !call.IsNothing(1)) throw AdoError(ErrorNumber::InvalidArgument);
+    ExpectUpdatable();
+    if (hasFields) SetFields(call.Variant(0), call.Variant(1));
+    if (!edit_.IsOpen() && Cursor().IsOnDeletedRow()) throw AdoError(ErrorNumber::NoCurrentRecord);
+    SaveEdit();
+}
+
+void Recordset::WriteEdit() {
+    if (edit_.Mode() == EditMode::Add) {
+        WriteNewRow();
+    } else {
+        WriteChangedRow();
+    }
+    edit_.Discard();
+    appended_.clear();
+}
+
+void Recordset::WriteNewRow() {
+    RowStore& rows = *open_->store;
+    std::vector<Value> values(rows.Columns().size(), Value::Null());
+    RowWriter::Values known = edit_.Values();
+    const bool writesNow = !IsBatch() && !open_->isFabricated;
+    if (writesNow) {
+        // A fetch still running would use the session first anyway; the new row comes behind all of it.
+        rows.CountRows();
+        RowWriter writer(WritingSession(), rows, rules_);
+        known = writer.Insert(edit_.Values());
+        if ((rules_.updateResync & kResyncInserts) != 0) {
+            if (auto read = writer.Reread(known)) {
+                for (std::size_t i = 0; i < values.size(); ++i)
+                    known[i] = std::move((*read)[i]);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (known[i]) values[i] = *known[i];
+    }
+    const LONG status = writesNow || !IsBatch() ? static_cast<LONG>(kStatusOk) : kStatusPending | kStatusNew;
+    cursor_->StandOnAdded(rows.Add(Borrowed(values), status));
+}
+
+void Recordset::WriteChangedRow() {
+    RowStore& rows = *open_->store;
+    const std::size_t row = *edit_.Row();
+    std::vector<Value> values = RowValues(rows, row);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (const Value* const put = edit_.Find(i)) values[i] = *put;
+    }
+    if (IsBatch()) {
+        const LONG isNew = rows.Status(row) & kStatusNew;
+        rows.Change(row, Borrowed(values),
+                    kStatusPending | (isNew != 0 ? static_cast<LONG>(kStatusNew) : static_cast<LONG>(kStatusModified)));
+        return;
+    }
+    if (!open_->isFabricated) {
+        RowWriter writer(WritingSession(), rows, rules_);
+        try {
+            writer.Update(row, edit_.Values());
+        } catch (const AdoError& error) {
+            if (const LONG failure = FailureStatus(error); failure != 0) rows.SetStatus(row, failure);
+            throw;
+        }
+    }
+    rows.Change(row, Borrowed(values), kStatusOk);
+    rows.Accept(row, kStatusOk);
+    if (!open_->isFabricated && (rules_.updateResync & kResyncUpdates) != 0) {
+        if (const auto read = RowWriter(WritingSession(), rows, rules_).Reread(row)) {
+            rows.Refresh(row, Borrowed(*read), false);
+        }
+    }
+}
+
+void Recordset::CancelUpdate(Call&) {
+    ClientCursor& cursor = Cursor();
+    if (edit_.IsOpen()) {
+        edit_.Discard();
+        appended_.clear();
+        return;
+    }
+    if (!IsBatch() || lock_ == kLockReadOnly) return;
+    // In a batch the pending change of the current row goes too.
+    const auto row = cursor.IsOnDeletedRow() ? std::optional(cursor.Row()) : cursor.LiveRow();
+    if (row) DropPending(*row);
+}
+
+void Recordset::DeleteRow(std::size_t row) {
+    RowStore& rows = *open_->store;
+    rows.CountRows();
+    if (IsBatch()) {
+        // A new row that nobody has sent is simply gone.
+        const bool isNew = (rows.Status(row) & kStatusNew) != 0;
+        rows.Delete(row, isNew ? static_cast<LONG>(kStatusDeleted) : kStatusPending | kStatusDeleted);
+        return;
+    }
+    if (!open_->isFabricated) {
+        try {
+            RowWriter(WritingSession(), rows, rules_).Delete(row);
+        } catch (const AdoError& error) {
+            if (const LONG failure = FailureStatus(error); failure != 0) rows.SetStatus(row, failure);
+            throw;
+        }
+    }
+    rows.Delete(row, kStatusDeleted);
+}
+
+void Recordset::Delete(Call& call) {
+    enum : LONG { kCurrent = 1, kGroup = 2 };
+    const LONG affect = call.Long(0, kCurrent);
+    ClientCursor& cursor = Cursor();
+    ExpectUpdatable();
+    if (affect != kCurrent && affect != kGroup) throw AdoError(ErrorNumber::InvalidArgument, NumberText(affect));
+    if (affect == kGroup && (filter_.IsEmpty() || filter_.Type() == VT_BSTR)) {
+        throw AdoError(ErrorNumber::InvalidArgument);
+    }
+    if (edit_.Mode() == EditMode::Add) throw AdoError(ErrorNumber::IllegalOperation);
+    edit_.Discard();
+    std::vector<std::size_t> list;
+    if (affect == kCurrent) {
+        const auto row = cursor.LiveRow();
+        if (!row) throw AdoError(ErrorNumber::NoCurrentRecord);
+        list.push_back(*row);
+    } else {
+        const std::size_t count = cursor.Count();
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!open_->store->IsDeleted(cursor.RowAtIndex(i))) list.push_back(cursor.RowAtIndex(i));
+        }
+    }
+    for (const std::size_t row : list)
+        DeleteRow(row);
+    open_->store->SetAffected(std::move(list));
+}
+
+void Recordset::GetEditMode(Call& call) {
+    ClientCursor& cursor = Cursor();
+    if (!edit_.IsOpen() && cursor.IsOnDeletedRow()) {
+        if (!IsBatch()) throw AdoError(ErrorNumber::NoCurrentRecord);
+        return call.ReturnLong(static_cast<LONG>(EditMode::Delete));
+    }
+    call.ReturnLong(static_cast<LONG>(edit_.Mode()));
+}
+
+void Recordset::GetStatus(Call& call) {
+    ClientCursor& cursor = Cursor();
+    if (edit_.Mode() == EditMode::Add) return call.ReturnLong(kStatusNew);
+    call.ReturnLong(cursor.Store().Status(cursor.Row()));
+}
+
+}  // namespace tk::ado

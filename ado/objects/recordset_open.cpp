@@ -1,0 +1,370 @@
+// Recordset: opening, closing and what is settled by it.
+#include "ado/cursor/messages.h"
+#include "ado/cursor/text.h"
+#include "ado/objects/recordset.h"
+
+namespace tk::ado {
+namespace {
+
+/// Names the session for the time of a call, so that Cancel finds it.
+class Running {
+public:
+    Running(std::mutex& guard, std::shared_ptr<Session>& place, std::shared_ptr<Session> session)
+        : guard_(guard), place_(place) {
+        const std::lock_guard lock(guard_);
+        place_ = std::move(session);
+    }
+    ~Running() {
+        const std::lock_guard lock(guard_);
+        place_.reset();
+    }
+
+private:
+    std::mutex& guard_;
+    std::shared_ptr<Session>& place_;
+};
+
+/// The object of this server behind an interface, or none.
+template <class T>
+Ref<T> Known(IUnknown* object, REFIID kind) {
+    void* known = nullptr;
+    if (object == nullptr || FAILED(object->QueryInterface(kind, &known))) return {};
+    return Ref<T>::Adopt(static_cast<T*>(known));
+}
+
+/// The same command once more; it keeps neither the recordset nor the connection alive.
+RunCommand Repetition(const Command& command, LONG timeout, LONG limit) {
+    return [command, timeout, limit](const Connection& connection) -> std::shared_ptr<RowSet> {
+        const auto session = connection.OpenedSession(ErrorNumber::InvalidConnection);
+        Statement statement = session->Execute(command.sql, ExecuteOptions{timeout, limit});
+        if (!statement.HasRows()) return nullptr;
+        return RowSet::Fetch(std::move(statement), session, FetchOptions{command.asynchronousFetch, limit});
+    };
+}
+
+}  // namespace
+
+HRESULT Recordset::QueryInterface(REFIID iid, void** object) {
+    if (object == nullptr) return E_POINTER;
+    if (iid == IID_IRowAccess) {
+        *object = static_cast<IRowAccess*>(&access_);
+    } else if (iid == kRecordsetObject) {
+        *object = this;
+    } else {
+        return AutomationObject::QueryInterface(iid, object);
+    }
+    AddRef();
+    return S_OK;
+}
+
+Recordset::~Recordset() {
+    LetGo();
+}
+
+std::shared_ptr<ErrorList> Recordset::Errors() const {
+    if (open_ && open_->connection) return open_->connection->ErrorRecords();
+    return connection_ ? connection_->ErrorRecords() : nullptr;
+}
+
+OpenRows& Recordset::Rows() {
+    if (open_ && open_->closed.load(std::memory_order_acquire)) LetGo();
+    if (!open_) throw AdoError(ErrorNumber::ObjectClosed);
+    return *open_;
+}
+
+ClientCursor& Recordset::Cursor() {
+    Rows();
+    return *cursor_;
+}
+
+void Recordset::ExpectClosed() {
+    if (IsOpen()) throw AdoError(ErrorNumber::ObjectOpen);
+}
+
+void Recordset::LetGo() {
+    cursor_.reset();
+    edit_.Discard();
+    appended_.clear();
+    waiting_.reset();
+    waitingConnection_ = nullptr;
+    std::shared_ptr<OpenRows> rows;
+    {
+        const std::lock_guard lock(guard_);
+        rows.swap(open_);
+    }
+    if (!rows) return;
+    ++generation_;
+    // The last one to leave ends a fetch that nobody waits for any more.
+    if (rows.use_count() == 1) rows->store->Fetched().Cancel();
+}
+
+void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
+    auto cursor = std::make_unique<ClientCursor>(rows->store);
+    if (rows->connection) rows->connection->Register(rows);
+    LetGo();
+    {
+        const std::lock_guard guard(guard_);
+        open_ = std::move(rows);
+    }
+    cursor_ = std::move(cursor);
+    lock_ = lock == kLockPessimistic ? kLockOptimistic : lock;
+    ++generation_;
+}
+
+std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connection, const Command& command, LONG timeout,
+                                                LONG& affected) {
+    const auto session = connection->OpenedSession(ErrorNumber::InvalidConnection);
+    const Running running(guard_, running_, session);
+    Statement statement = session->Execute(command.sql, ExecuteOptions{timeout, maxRecords_});
+    affected = statement.RowsAffected();
+    if (command.noRecords) return nullptr;
+    if (statement.HasRows()) {
+        return RowSet::Fetch(std::move(statement), session, FetchOptions{command.asynchronousFetch, maxRecords_});
+    }
+    if (session->Profile().hasBatches) {
+        waiting_ = std::make_unique<Statement>(std::move(statement));
+        waitingConnection_ = connection;
+    }
+    return nullptr;
+}
+
+Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::u16string& source, const Command& command,
+                                      LONG& affected) {
+    auto result = Make<Recordset>();
+    const LONG timeout = connection->CommandTimeout();
+    auto fetched = result->RunStatement(connection, command, timeout, affected);
+    if (command.noRecords) return {};
+    result->connection_ = connection;
+    result->source_ = source;
+    result->cursorLocation_ = connection->CursorLocation();
+    if (!fetched) return result;
+    auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
+    rows->asynchronous = command.asynchronousFetch;
+    rows->runAgain = Repetition(command, timeout, 0);
+    result->Settle(std::move(rows), kLockReadOnly);
+    return result;
+}
+
+Ref<Recordset> Recordset::FromRows(Ref<Connection> connection, RunCommand run) {
+    auto result = Make<Recordset>();
+    result->connection_ = connection;
+    result->cursorLocation_ = connection->CursorLocation();
+    auto rows = std::make_shared<OpenRows>(run(*connection), connection);
+    rows->runAgain = std::move(run);
+    result->Settle(std::move(rows), kLockReadOnly);
+    return result;
+}
+
+Ref<Connection> Recordset::ConnectionOf(const Value& given) const {
+    if (given.Type() == VT_DISPATCH || given.Type() == VT_UNKNOWN) {
+        auto connection = Known<Connection>(given.Get().punkVal, kConnectionObject);
+        if (!connection) throw AdoError(ErrorNumber::InvalidArgument);
+        return connection;
+    }
+    // Contract: a number where the connection belongs is a wrong argument, not a text.
+    if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+    auto connection = Make<Connection>();
+    connection->Open(ViewOf(given.Get().bstrVal), {}, {});
+    return connection;
+}
+
+void Recordset::Open(Call& call) {
+    ExpectClosed();
+    const LONG cursorType = call.Long(2, -1);
+    const LONG lock = call.Long(3, -1);
+    const LONG options = call.Long(4, -1);
+    if (cursorType < -1 || cursorType > kCursorStatic || lock < -1 || lock == 0 || lock > kLockBatchOptimistic) {
+        throw AdoError(ErrorNumber::InvalidArgument);
+    }
+    std::u16string source = source_;
+    if (!call.IsNothing(0)) {
+        const Value given = call.Variant(0);
+        if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+        source = ViewOf(given.Get().bstrVal);
+    }
+    LetGo();
+    Ref<Connection> connection = connection_;
+    if (!call.IsNothing(1)) {
+        connection = ConnectionOf(call.Variant(1));
+    } else if (!connection && !connectionText_.empty()) {
+        connection = ConnectionOf(Value::Text(connectionText_));
+    }
+    if (!connection) {
+        if (defined_.empty() || !source.empty()) throw AdoError(ErrorNumber::InvalidConnection);
+        if (cursorType != -1) cursorType_ = cursorType;
+        if (lock != -1) wantedLock_ = lock;
+        return OpenFabricated(lock);
+    }
+    connection->OpenedSession(ErrorNumber::InvalidConnection);
+    if (source.empty()) throw AdoError(ErrorNumber::InvalidArgument);
+
+    const Command command = MakeCommand(source, options);
+    connection_ = connection;
+    connectionText_.clear();
+    source_ = source;
+    if (cursorType != -1) cursorType_ = cursorType;
+    if (lock != -1) wantedLock_ = lock;
+    const LONG timeout = connection->CommandTimeout();
+    LONG affected = -1;
+    auto fetched = RunStatement(connection, command, timeout, affected);
+    if (!fetched) return;
+    auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
+    rows->asynchronous = command.asynchronousFetch;
+    rules_.timeoutSeconds = timeout;
+    rows->runAgain = Repetition(command, timeout, maxRecords_);
+    Settle(std::move(rows), wantedLock_);
+    filter_ = Value();
+    if (!sort_.empty()) ApplyView();
+}
+
+void Recordset::OpenFabricated(LONG lock) {
+    auto rows = std::make_shared<OpenRows>(RowSet::Build(defined_), nullptr);
+    rows->isFabricated = true;
+    Settle(std::move(rows),
+           lock == -1 && wantedLock_ == kLockReadOnly ? static_cast<LONG>(kLockBatchOptimistic) : wantedLock_);
+    filter_ = Value();
+}
+
+void Recordset::ApplyView() {
+    cursor_->SetSort(ParseSort(sort_, open_->store->Columns()));
+    bool showDeleted = false;
+    auto visible = FilterOf(filter_, showDeleted);
+    if (visible || showDeleted) cursor_->SetFilter(std::move(visible), showDeleted);
+}
+
+void Recordset::Close(Call&) {
+    Rows();
+    // Contract: pending changes of a batch are lost without a word, an open edit of a single row is not.
+    if (edit_.IsOpen() && !IsBatch()) throw AdoError(ErrorNumber::IllegalOperation);
+    LetGo();
+    dataSource_ = nullptr;
+}
+
+void Recordset::Requery(Call& call) {
+    call.Long(0, -1);
+    OpenRows& rows = Rows();
+    ExpectNoEdit();
+    if (!rows.runAgain) throw AdoError(ErrorNumber::IllegalOperation);
+    if (!rows.connection) throw AdoError(ErrorNumber::InvalidConnection);
+    const RunCommand run = rows.runAgain;
+    const bool asynchronous = rows.asynchronous;
+    const Ref<Connection> connection = rows.connection;
+    std::shared_ptr<RowSet> fetched;
+    {
+        const Running running(guard_, running_, connection->OpenedSession(ErrorNumber::InvalidConnection));
+        fetched = run(*connection);
+    }
+    if (!fetched) return LetGo();
+    auto fresh = std::make_shared<OpenRows>(std::move(fetched), connection);
+    fresh->runAgain = run;
+    fresh->asynchronous = asynchronous;
+    const unsigned generation = generation_;
+    Settle(std::move(fresh), lock_);
+    // Fields of a recordset that was only asked again are still its fields.
+    generation_ = generation;
+    ApplyView();
+}
+
+void Recordset::NextRecordset(Call& call) {
+    Ref<Connection> connection;
+    std::unique_ptr<Statement> next;
+    if (IsOpen()) {
+        ExpectNoEdit();
+        if (!open_->connection) throw AdoError(ErrorNumber::IllegalOperation);
+        connection = open_->connection;
+        open_->store->CountRows();
+        next = open_->store->Fetched().TakeNextResult();
+    } else if (waiting_) {
+        connection = waitingConnection_;
+        if (waiting_->MoreResults()) next = std::move(waiting_);
+    } else if (!connection_) {
+        throw AdoError(ErrorNumber::ObjectClosed);
+    }
+    const LONG lock = IsOpen() ? lock_ : static_cast<LONG>(kLockReadOnly);
+    LetGo();
+    if (!next) return call.ReturnObject(static_cast<IDispatch*>(nullptr));
+    call.Store(0, Value(next->RowsAffected()));
+    auto result = Make<Recordset>();
+    result->connection_ = connection;
+    result->source_ = source_;
+    result->cursorLocation_ = cursorLocation_;
+    if (next->HasRows()) {
+        auto fetched = RowSet::Fetch(std::move(*next), connection->OpenedSession(ErrorNumber::InvalidConnection), {});
+        result->Settle(std::make_shared<OpenRows>(std::move(fetched), connection), lock);
+    } else {
+        result->waiting_ = std::move(next);
+        result->waitingConnection_ = connection;
+    }
+    call.ReturnObject(std::move(result));
+}
+
+void Recordset::GetState(Call& call) {
+    std::shared_ptr<OpenRows> rows;
+    bool executing = false;
+    {
+        const std::lock_guard lock(guard_);
+        rows = open_;
+        executing = running_ != nullptr;
+    }
+    LONG state = executing ? kStateExecuting : kStateClosed;
+    if (rows && !rows->closed.load(std::memory_order_acquire)) {
+        state |= kStateOpen;
+        if (rows->asynchronous && !rows->store->Fetched().IsComplete()) state |= kStateFetching;
+    }
+    call.ReturnLong(state);
+}
+
+void Recordset::Cancel(Call&) {
+    std::shared_ptr<OpenRows> rows;
+    std::shared_ptr<Session> session;
+    {
+        const std::lock_guard lock(guard_);
+        rows = open_;
+        session = running_;
+    }
+    if (session) session->Cancel();
+    if (rows && rows->asynchronous) rows->store->Fetched().Cancel();
+}
+
+void Recordset::Clone(Call& call) {
+    const LONG lock = call.Long(0, -1);
+    OpenRows& rows = Rows();
+    if (lock != -1 && lock != kLockReadOnly) throw AdoError(ErrorNumber::InvalidArgument, NumberText(lock));
+    static_cast<void>(rows);
+    auto clone = Make<Recordset>();
+    clone->connection_ = connection_;
+    clone->source_ = source_;
+    clone->cursorType_ = cursorType_;
+    clone->cursorLocation_ = cursorLocation_;
+    clone->rules_ = rules_;
+    clone->Settle(open_, lock == -1 ? lock_ : lock);
+    clone->wantedLock_ = clone->lock_;
+    call.ReturnObject(std::move(clone));
+}
+
+void Recordset::PutRefDataSource(Call& call) {
+    IUnknown* const given = call.Object(0);
+    if (given == nullptr) {
+        LetGo();
+        dataSource_ = nullptr;
+        return;
+    }
+    auto source = Known<Recordset>(given, kRecordsetObject);
+    if (!source || source.Get() == this) throw AdoError(ErrorNumber::InvalidArgument);
+    source->Rows();
+    Settle(source->open_, source->lock_);
+    connection_ = source->connection_;
+    source_ = source->source_;
+    cursorLocation_ = source->cursorLocation_;
+    rules_ = source->rules_;
+    filter_ = Value();
+    sort_.clear();
+    dataSource_ = Ref<AutomationObject>(source.Get());
+}
+
+void Recordset::GetDataSource(Call& call) {
+    if (dataSource_) dataSource_->AddRef();
+    call.ReturnUnknown(dataSource_.Get());
+}
+
+}  // namespace tk::ado

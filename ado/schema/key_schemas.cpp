@@ -1,0 +1,243 @@
+// Primary keys, foreign keys and indexes. Each needs the table restriction: without it the answer is empty.
+#include "ado/cursor/text.h"
+#include "ado/schema/file_catalog.h"
+#include "ado/schema/schema_table.h"
+
+namespace tk::ado {
+namespace {
+
+using Type = SchemaType;
+
+bool AsksFiles(const Session& session) {
+    return session.Profile().keySource == KeySource::Pragma;
+}
+
+std::string CatalogOf(Session& session, std::string given) {
+    return given.empty() ? session.CurrentCatalog() : given;
+}
+
+// --- primary keys ---
+
+constexpr SchemaColumn kPrimaryColumns[] = {
+    {u"TABLE_CATALOG", Type::Text, 1},   {u"TABLE_SCHEMA", Type::Text, 2}, {u"TABLE_NAME", Type::Text, 3},
+    {u"COLUMN_NAME", Type::Text, 4},     {u"COLUMN_GUID", Type::Guid},     {u"COLUMN_PROPID", Type::UnsignedLong},
+    {u"ORDINAL", Type::UnsignedLong, 5}, {u"PK_NAME", Type::Text, 6},
+};
+constexpr unsigned char kPrimaryRestrictions[] = {0, 1, 2};
+constexpr unsigned char kPrimaryOrder[] = {0, 1, 2, 6};
+
+CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
+                           const std::string& schema, const std::string& table) {
+    if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
+    CatalogCall call;
+    call.function = CatalogCall::Function::PrimaryKeys;
+    call.catalog = CatalogOf(*session, catalog);
+    call.schema = schema;
+    call.table = table;
+    return CallCatalog(session, call);
+}
+
+CatalogRows ReadPrimaryKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    if (restrictions.Text(2).empty()) return {};
+    return PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), restrictions.Text(2));
+}
+
+// --- foreign keys ---
+
+Value Rule(const CatalogRow& row, std::size_t column) {
+    // By ODBC's numbers; "restrict" is reported as no action.
+    static constexpr const char16_t* kRules[] = {u"CASCADE", u"NO ACTION", u"SET NULL", u"NO ACTION", u"SET DEFAULT"};
+    const auto number = row.Number(column);
+    if (!number || *number < 0 || *number >= static_cast<long long>(std::size(kRules))) return Value::Null();
+    return Value::Text(kRules[*number]);
+}
+Value UpdateRule(const CatalogRow& row) {
+    return Rule(row, 10);
+}
+Value DeleteRule(const CatalogRow& row) {
+    return Rule(row, 11);
+}
+Value Deferrability(const CatalogRow& row) {
+    const auto number = row.Number(14);
+    return number && *number >= 5 && *number <= 7 ? Value(static_cast<LONG>(*number - 4)) : Value::Null();
+}
+
+constexpr SchemaColumn kForeignColumns[] = {
+    {u"PK_TABLE_CATALOG", Type::Text, 1},
+    {u"PK_TABLE_SCHEMA", Type::Text, 2},
+    {u"PK_TABLE_NAME", Type::Text, 3},
+    {u"PK_COLUMN_NAME", Type::Text, 4},
+    {u"PK_COLUMN_GUID", Type::Guid},
+    {u"PK_COLUMN_PROPID", Type::UnsignedLong},
+    {u"FK_TABLE_CATALOG", Type::Text, 5},
+    {u"FK_TABLE_SCHEMA", Type::Text, 6},
+    {u"FK_TABLE_NAME", Type::Text, 7},
+    {u"FK_COLUMN_NAME", Type::Text, 8},
+    {u"FK_COLUMN_GUID", Type::Guid},
+    {u"FK_COLUMN_PROPID", Type::UnsignedLong},
+    {u"ORDINAL", Type::UnsignedLong, 9},
+    {u"UPDATE_RULE", Type::Text, 0, &UpdateRule},
+    {u"DELETE_RULE", Type::Text, 0, &DeleteRule},
+    {u"PK_NAME", Type::Text, 13},
+    {u"FK_NAME", Type::Text, 12},
+    {u"DEFERRABILITY", Type::Small, 0, &Deferrability},
+};
+constexpr unsigned char kForeignRestrictions[] = {0, 1, 2, 6, 7, 8};
+// Columns of one key stay together and in order.
+constexpr unsigned char kForeignOrder[] = {6, 7, 8, 16, 12};
+
+CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    if (restrictions.Text(2).empty() && restrictions.Text(5).empty()) return {};
+    if (AsksFiles(*session)) return FileForeignKeys(session, restrictions.Text(5));
+    CatalogCall call;
+    call.function = CatalogCall::Function::ForeignKeys;
+    if (!restrictions.Text(2).empty()) {
+        call.catalog = CatalogOf(*session, restrictions.Text(0));
+        call.schema = restrictions.Text(1);
+        call.table = restrictions.Text(2);
+    }
+    if (!restrictions.Text(5).empty()) {
+        call.foreignCatalog = CatalogOf(*session, restrictions.Text(3));
+        call.foreignSchema = restrictions.Text(4);
+        call.foreignTable = restrictions.Text(5);
+    }
+    return CallCatalog(session, call);
+}
+
+// --- indexes ---
+
+// What stands where in the answer of SQLStatistics, and behind it what is found out here.
+enum StatisticsColumn : std::size_t {
+    kNonUnique = 4,
+    kQualifier = 5,
+    kIndexName = 6,
+    kIndexType = 7,
+    kColumnName = 9,
+    kSortSequence = 10,
+    kIsPrimary = 20,
+};
+
+Value IndexSchema(const CatalogRow& row) {
+    const auto qualifier = row.Text(kQualifier);
+    return TextValue(qualifier && !qualifier->empty() ? qualifier : row.Text(2));
+}
+Value PrimaryKey(const CatalogRow& row) {
+    return Value::Boolean(row.Number(kIsPrimary).value_or(0) != 0);
+}
+Value Unique(const CatalogRow& row) {
+    return Value::Boolean(row.Number(kNonUnique).value_or(1) == 0);
+}
+Value Clustered(const CatalogRow& row) {
+    return Value::Boolean(row.Number(kIndexType).value_or(0) == 1);
+}
+Value IndexType(const CatalogRow& row) {
+    switch (row.Number(kIndexType).value_or(0)) {
+        case 2:
+            return Value(LONG{2});
+        case 3:
+            return Value(LONG{4});
+        default:
+            return Value(LONG{1});
+    }
+}
+Value False(const CatalogRow&) {
+    return Value::Boolean(false);
+}
+Value True(const CatalogRow&) {
+    return Value::Boolean(true);
+}
+Value Collation(const CatalogRow& row) {
+    const auto sequence = row.Text(kSortSequence);
+    if (sequence == u"A") return Value(LONG{1});
+    return sequence == u"D" ? Value(LONG{2}) : Value::Null();
+}
+
+constexpr SchemaColumn kIndexColumns[] = {
+    {u"TABLE_CATALOG", Type::Text, 1},
+    {u"TABLE_SCHEMA", Type::Text, 2},
+    {u"TABLE_NAME", Type::Text, 3},
+    {u"INDEX_CATALOG", Type::Text, 1},
+    {u"INDEX_SCHEMA", Type::Text, 0, &IndexSchema},
+    {u"INDEX_NAME", Type::Text, 6},
+    {u"PRIMARY_KEY", Type::Flag, 0, &PrimaryKey},
+    {u"UNIQUE", Type::Flag, 0, &Unique},
+    {u"CLUSTERED", Type::Flag, 0, &Clustered},
+    {u"TYPE", Type::UnsignedSmall, 0, &IndexType},
+    {u"FILL_FACTOR", Type::Long},
+    {u"INITIAL_SIZE", Type::Long},
+    {u"NULLS", Type::Long},
+    {u"SORT_BOOKMARKS", Type::Flag, 0, &False},
+    {u"AUTO_UPDATE", Type::Flag, 0, &True},
+    {u"NULL_COLLATION", Type::Long},
+    {u"ORDINAL_POSITION", Type::UnsignedLong, 8},
+    {u"COLUMN_NAME", Type::Text, 9},
+    {u"COLUMN_GUID", Type::Guid},
+    {u"COLUMN_PROPID", Type::UnsignedLong},
+    {u"COLLATION", Type::Small, 0, &Collation},
+    {u"CARDINALITY", Type::UnsignedHuge, 11},
+    {u"PAGES", Type::Long, 12},
+    {u"FILTER_CONDITION", Type::Text, 13},
+};
+constexpr unsigned char kIndexRestrictions[] = {0, 1, 5, 9, 2};
+constexpr unsigned char kIndexOrder[] = {7, 9, 3, 4, 5, 16};
+
+/// The columns of each index and of the key, to tell which index is the key's.
+bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key) {
+    if (key.empty() || row.Number(kNonUnique).value_or(1) != 0) return false;
+    const auto name = row.Text(kIndexName);
+    constexpr std::size_t kKeyName = 6;
+    if (const auto keyName = key.front().Text(kKeyName); keyName && name) {
+        if (*keyName == *name) return true;
+    }
+    std::vector<std::u16string> columns;
+    for (const CatalogRow& other : all) {
+        if (other.Text(kIndexName) == name) columns.push_back(other.Text(kColumnName).value_or(u""));
+    }
+    if (columns.size() != key.size()) return false;
+    constexpr std::size_t kKeyColumn = 4;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i] != key[i].Text(kKeyColumn)) return false;
+    }
+    return true;
+}
+
+CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    const std::string table = restrictions.Text(4);
+    if (table.empty()) return {};
+    CatalogRows rows;
+    if (AsksFiles(*session)) {
+        rows = FileIndexes(session, table);
+    } else {
+        CatalogCall call;
+        call.function = CatalogCall::Function::Statistics;
+        call.catalog = CatalogOf(*session, restrictions.Text(0));
+        call.schema = restrictions.Text(1);
+        call.table = table;
+        rows = CallCatalog(session, call);
+    }
+    // The first kind of row tells of the table itself.
+    std::erase_if(rows, [](const CatalogRow& row) { return row.Number(kIndexType).value_or(0) == 0; });
+    const CatalogRows key = PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), table);
+    std::vector<bool> isKey;
+    for (const CatalogRow& row : rows)
+        isKey.push_back(IsKey(rows, row, key));
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i].Set(kIsPrimary, Value(isKey[i] ? LONG{1} : LONG{0}));
+    return rows;
+}
+
+enum : LONG { kIndexes = 12, kForeignKeys = 27, kPrimaryKeys = 28 };
+
+constexpr SchemaTable kTablesOfSchemas[] = {
+    {kIndexes, kIndexColumns, kIndexRestrictions, kIndexOrder, &ReadIndexes},
+    {kForeignKeys, kForeignColumns, kForeignRestrictions, kForeignOrder, &ReadForeignKeys},
+    {kPrimaryKeys, kPrimaryColumns, kPrimaryRestrictions, kPrimaryOrder, &ReadPrimaryKeys},
+};
+
+}  // namespace
+
+std::span<const SchemaTable> KeySchemas() {
+    return kTablesOfSchemas;
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,105 @@
+// Catalogs, schemata, tables and procedures.
+#include "ado/cursor/text.h"
+#include "ado/schema/schema_table.h"
+
+namespace tk::ado {
+namespace {
+
+using Type = SchemaType;
+
+// --- catalogs ---
+
+constexpr SchemaColumn kCatalogColumns[] = {{u"CATALOG_NAME", Type::Text, 1}, {u"DESCRIPTION", Type::Text}};
+constexpr unsigned char kCatalogRestrictions[] = {0};
+
+CatalogRows ReadCatalogs(const std::shared_ptr<Session>& session, const Restrictions&) {
+    CatalogCall call;
+    call.function = CatalogCall::Function::Catalogs;
+    CatalogRows rows = CallCatalog(session, call);
+    // A driver that cannot list catalogs lists tables, which have none.
+    std::erase_if(rows, [](const CatalogRow& row) { return row.Text(1).value_or(u"").empty(); });
+    return rows;
+}
+
+// --- schemata ---
+
+constexpr SchemaColumn kSchemaColumns[] = {
+    {u"CATALOG_NAME", Type::Text, 1},   {u"SCHEMA_NAME", Type::Text, 2},   {u"SCHEMA_OWNER"},
+    {u"DEFAULT_CHARACTER_SET_CATALOG"}, {u"DEFAULT_CHARACTER_SET_SCHEMA"}, {u"DEFAULT_CHARACTER_SET_NAME"},
+};
+constexpr unsigned char kSchemaRestrictions[] = {0, 1, 2};
+
+CatalogRows ReadSchemata(const std::shared_ptr<Session>& session, const Restrictions&) {
+    CatalogCall call;
+    call.function = CatalogCall::Function::Schemas;
+    CatalogRows rows = CallCatalog(session, call);
+    std::erase_if(rows, [](const CatalogRow& row) { return row.Text(2).value_or(u"").empty(); });
+    return rows;
+}
+
+// --- tables ---
+
+constexpr SchemaColumn kTableColumns[] = {
+    {u"TABLE_CATALOG", Type::Text, 1},     {u"TABLE_SCHEMA", Type::Text, 2}, {u"TABLE_NAME", Type::Text, 3},
+    {u"TABLE_TYPE", Type::Text, 4},        {u"TABLE_GUID", Type::Guid},      {u"DESCRIPTION", Type::Text, 5},
+    {u"TABLE_PROPID", Type::UnsignedLong}, {u"DATE_CREATED", Type::Date},    {u"DATE_MODIFIED", Type::Date},
+};
+constexpr unsigned char kTableRestrictions[] = {0, 1, 2, 3};
+constexpr unsigned char kTableOrder[] = {3, 0, 1, 2};
+
+CatalogRows ReadTables(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    CatalogCall call;
+    call.function = CatalogCall::Function::Tables;
+    // Without a catalog some servers list those of everybody; names are patterns to the driver and meet themselves.
+    call.catalog = restrictions.Text(0);
+    if (call.catalog.empty()) call.catalog = session->CurrentCatalog();
+    call.schema = restrictions.Text(1);
+    call.table = restrictions.Text(2);
+    return CallCatalog(session, call);
+}
+
+// --- procedures ---
+
+Value ProcedureType(const CatalogRow& row) {
+    const auto type = row.Number(8);
+    return Value(static_cast<LONG>(type && *type >= 0 && *type <= 2 ? *type + 1 : 1));
+}
+
+constexpr SchemaColumn kProcedureColumns[] = {
+    {u"PROCEDURE_CATALOG", Type::Text, 1},
+    {u"PROCEDURE_SCHEMA", Type::Text, 2},
+    {u"PROCEDURE_NAME", Type::Text, 3},
+    {u"PROCEDURE_TYPE", Type::Small, 0, &ProcedureType},
+    {u"PROCEDURE_DEFINITION"},
+    {u"DESCRIPTION", Type::Text, 7},
+    {u"DATE_CREATED", Type::Date},
+    {u"DATE_MODIFIED", Type::Date},
+};
+constexpr unsigned char kProcedureRestrictions[] = {0, 1, 2, 3};
+constexpr unsigned char kProcedureOrder[] = {0, 1, 2};
+
+CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    CatalogCall call;
+    call.function = CatalogCall::Function::Procedures;
+    call.catalog = restrictions.Text(0);
+    call.schema = restrictions.Text(1);
+    call.table = restrictions.Text(2);
+    return CallCatalog(session, call);
+}
+
+enum : LONG { kCatalogs = 1, kProcedures = 16, kSchemata = 17, kTables = 20 };
+
+constexpr SchemaTable kTablesOfSchemas[] = {
+    {kCatalogs, kCatalogColumns, kCatalogRestrictions, kCatalogRestrictions, &ReadCatalogs},
+    {kProcedures, kProcedureColumns, kProcedureRestrictions, kProcedureOrder, &ReadProcedures},
+    {kSchemata, kSchemaColumns, kSchemaRestrictions, kSchemaRestrictions, &ReadSchemata},
+    {kTables, kTableColumns, kTableRestrictions, kTableOrder, &ReadTables},
+};
+
+}  // namespace
+
+std::span<const SchemaTable> ObjectSchemas() {
+    return kTablesOfSchemas;
+}
+
+}  // namespace tk::ado

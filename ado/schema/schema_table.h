@@ -1,0 +1,63 @@
+// ado/schema/schema_table.h - a schema rowset as data: its columns, restrictions and order, and where its rows come
+// from.
+#pragma once
+
+#include <span>
+
+#include "ado/schema/catalog_rows.h"
+
+namespace tk::ado {
+
+/// The types that columns of schema rowsets have.
+enum class SchemaType : unsigned char {
+    Text,
+    Guid,
+    Flag,
+    Small,  // 16 bits
+    UnsignedSmall,
+    Long,  // 32 bits
+    UnsignedLong,
+    UnsignedHuge,  // 64 bits
+    Date,
+};
+
+struct SchemaColumn {
+    const char16_t* name;
+    SchemaType type = SchemaType::Text;
+    unsigned char source = 0;                        // column of the catalog function; 0: always NULL
+    Value (*make)(const CatalogRow& row) = nullptr;  // instead of the plain value
+};
+
+/// Restrictions as given by the caller, by number.
+class Restrictions {
+public:
+    explicit Restrictions(const std::vector<Value>& given) : given_(given) {}
+
+    /// The text asked for, UTF-8; empty when this one does not restrict.
+    std::string Text(std::size_t number) const;
+
+    /// Whether a value passes: texts exactly, NULL only where NULL is asked for.
+    bool Allows(std::size_t number, const Value& value) const;
+
+private:
+    const std::vector<Value>& given_;
+};
+
+struct SchemaTable {
+    LONG schema;
+    std::span<const SchemaColumn> columns;
+    std::span<const unsigned char> restrictions;  // columns, from 0, in the order of the restrictions
+    std::span<const unsigned char> order;         // columns, from 0; empty: as the driver gives them
+    CatalogRows (*read)(const std::shared_ptr<Session>& session, const Restrictions& restrictions);
+};
+
+/// The tables by subject.
+std::span<const SchemaTable> ObjectSchemas();  // catalogs, schemata, tables, procedures
+std::span<const SchemaTable> ColumnSchemas();  // columns, provider types
+std::span<const SchemaTable> KeySchemas();     // primary keys, foreign keys, indexes
+
+// Values that several tables make.
+Value TextValue(const std::optional<std::u16string>& text);
+Value NumberValue(const std::optional<long long>& number);
+
+}  // namespace tk::ado

@@ -44,8 +44,10 @@ CString Quoted(const CString& text) {
     return "'" + result + "'";
 }
 
-/// The platform's text of a value in single quotes; "" when it has none.
+/// The platform's text of a value in single quotes; "" when it has none. Arrays have none, whatever the platform makes
+/// of their bytes.
 CString CoercedText(const VARIANT& value) {
+    if ((value.vt & VT_ARRAY) != 0) return {};
     VARIANT text;
     VariantInit(&text);
     // The platform's function takes a source it could write to, but does not.

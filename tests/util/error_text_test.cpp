@@ -34,8 +34,15 @@ TEST(LookupErrorText, PutsTheCodeBeforeTheSystemsText) {
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.head);
-        ASSERT_NE(SystemText(row.code), "");
-        EXPECT_EQ(Std(LookupErrorText(row.code)), row.head + SystemText(row.code));
+        const std::string system = SystemText(row.code);
+        EXPECT_EQ(Std(LookupErrorText(row.code)), system.empty() ? "" : row.head + system);
+    }
+}
+
+TEST(LookupErrorText, HasTextsForTheUsualCodes) {
+    for (const DWORD code : {2U, 3U, 5U, 6U, 183U}) {
+        ASSERT_NE(SystemText(code), "") << code;
+        EXPECT_GT(LookupErrorText(code).GetLength(), 17) << code;
     }
 }
 

@@ -196,18 +196,18 @@ TEST_F(EventLog, OnWarningMessageSweepsInTheBackground) {
         sweep.push_back("beep " + std::to_string(hertz) + " 10");
     ASSERT_EQ(sweep.size(), 30U);
     OnWarningMessage(2);
-    ASSERT_TRUE(calls_.WaitForSteps(60));
-    const auto steps = calls_.Steps();
-    EXPECT_EQ(std::vector<std::string>(steps.begin(), steps.begin() + 30), sweep);
-    EXPECT_EQ(std::vector<std::string>(steps.begin() + 30, steps.end()), sweep);
+    ASSERT_TRUE(calls_.WaitForTones(60));
+    const auto tones = calls_.Tones();
+    EXPECT_EQ(std::vector<std::string>(tones.begin(), tones.begin() + 30), sweep);
+    EXPECT_EQ(std::vector<std::string>(tones.begin() + 30, tones.end()), sweep);
 }
 
 TEST_F(EventLog, OnWarningMessagePlaysNothingForACountBelowOne) {
     OnWarningMessage(0);
     OnWarningMessage(-5);
     OnWarningMessage(1);  // the only one that plays; were there others, they would have begun before it
-    ASSERT_TRUE(calls_.WaitForSteps(30));
-    EXPECT_EQ(calls_.Steps().size(), 30U);
+    ASSERT_TRUE(calls_.WaitForTones(30));
+    EXPECT_EQ(calls_.Tones().size(), 30U);
 }
 
 TEST_F(EventLog, WritersMayRunOnManyThreads) {

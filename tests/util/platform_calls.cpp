@@ -36,13 +36,19 @@ std::vector<std::string> PlatformCalls::Steps() {
     return steps_;
 }
 
-bool PlatformCalls::WaitForSteps(std::size_t count) {
+std::vector<std::string> PlatformCalls::Tones() {
+    const std::lock_guard guard(lock_);
+    return tones_;
+}
+
+bool PlatformCalls::WaitForTones(std::size_t count) {
     std::unique_lock guard(lock_);
-    return changed_.wait_for(guard, std::chrono::seconds(10), [&] { return steps_.size() >= count; });
+    return changed_.wait_for(guard, std::chrono::seconds(10), [&] { return tones_.size() >= count; });
 }
 
 void PlatformCalls::OnStep(std::string step) {
     const std::lock_guard guard(lock_);
+    if (step.starts_with("beep")) tones_.push_back(step);
     steps_.push_back(std::move(step));
     changed_.notify_all();
 }

@@ -47,8 +47,10 @@ public:
     std::vector<LogRecord> Records();
     /// "beep 2300 50", "sleep 100", "open", "report", "close", in order, from all threads.
     std::vector<std::string> Steps();
-    /// Waits until there are that many steps, for ten seconds at most. @return whether there are
-    bool WaitForSteps(std::size_t count);
+    /// The beeps among the steps; starting a thread may sleep as well.
+    std::vector<std::string> Tones();
+    /// Waits until there are that many beeps, for ten seconds at most. @return whether there are
+    bool WaitForTones(std::size_t count);
 
     // The library's calls arrive here.
     static PlatformCalls* Listening();
@@ -63,6 +65,7 @@ private:
     std::condition_variable changed_;
     std::vector<LogRecord> records_;
     std::vector<std::string> steps_;
+    std::vector<std::string> tones_;
     std::string source_;
 };
 

@@ -281,7 +281,7 @@ TEST(VariantToSqlText, DiffersFromTheDisplayTextInThreeWays) {
         {"text in quotes", Text("abc"), "'abc'"},
         {"empty text", Text(""), "''"},
         {"a quote is doubled", Text("O'Brien"), "'O''Brien'"},
-        {"quotes alone", Text("''"), ""},
+        {"quotes alone", Text("''"), "''''''"},
         {"Chinese text", Text("库'存"), "'库''存'"},
         {"a coerced number", Unsigned2(7), "'7'"},
         {"a coerced I1", SmallInt1(-7), "'-7'"},

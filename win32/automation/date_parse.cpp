@@ -13,10 +13,15 @@ using Kind = DateTokenKind;
 
 // ---- Time of day
 
+bool IsClockTime(const DateTokens& tokens, int at) {
+    return tokens.Is(at, Kind::Number) &&
+           (tokens.Is(at + 1, Kind::Separator, u':') || tokens.IsMark(at + 1, DateMark::Hour));
+}
+
 bool StartsTime(const DateTokens& tokens, int at) {
-    if (tokens.Is(at, Kind::HalfDay)) return true;
-    return tokens.Is(at, Kind::Number) && (tokens.Is(at + 1, Kind::Separator, u':') ||
-                                           tokens.Is(at + 1, Kind::HalfDay) || tokens.IsMark(at + 1, DateMark::Hour));
+    if (tokens.Is(at, Kind::HalfDay) || IsClockTime(tokens, at)) return true;
+    // In 7-4 PM 1:05 the half of the day belongs to what follows it.
+    return tokens.Is(at, Kind::Number) && tokens.Is(at + 1, Kind::HalfDay) && !IsClockTime(tokens, at + 2);
 }
 
 // Takes a number and the mark behind it.

@@ -64,10 +64,24 @@ HRESULT IntegerOf(const Number& number, Int128& integer) {
     }
 }
 
+// A half is a half of the product as a double, as it is on the platform.
+HRESULT CurrencyOfReal(double value, Int128& units) {
+    constexpr double kExactIntegers = 0x1p53;
+    const double product = value * static_cast<double>(kCurrencyUnits);
+    if (!(std::fabs(product) > kExactIntegers)) return RoundReal(product, units);
+    // Beyond that the product would lose units; the integer part is multiplied by itself.
+    const double whole = std::trunc(value);
+    Int128 wholeUnits = 0;
+    HRESULT result = RoundReal(whole, wholeUnits);
+    if (SUCCEEDED(result)) result = RoundReal((value - whole) * static_cast<double>(kCurrencyUnits), units);
+    if (SUCCEEDED(result)) units += wholeUnits * kCurrencyUnits;
+    return result;
+}
+
 HRESULT CurrencyOf(const Number& number, Int128& units) {
     switch (number.form) {
         case Form::Real:
-            return RoundReal(number.real * static_cast<double>(kCurrencyUnits), units);
+            return CurrencyOfReal(number.real, units);
         case Form::Currency:
             units = number.integer;
             return S_OK;

@@ -50,7 +50,7 @@ public:
     /// Text() without the password's value; everything else as given.
     std::string WithoutPassword() const;
 
-    /// The provider named by the string without a version tail (".1"), or "MSDASQL".
+    /// The provider as the string names it; "MSDASQL" when it names none, or that one with a version tail.
     std::string Provider() const;
 
 private:
@@ -88,5 +88,8 @@ ConnectionProperties ReadProperties(const ConnectionString& text);
 /// the user and password where given.
 /// @throws AdoError ProviderNotFound when the provider is unknown or no driver for it is installed
 ResolvedConnection Resolve(const ConnectionString& text, std::string_view user, std::string_view password);
+
+/// For the drivers that ignore the login time-out of ODBC and have a keyword for it.
+void AddLoginTimeout(ConnectionString& odbc, int seconds);
 
 }  // namespace tk::ado

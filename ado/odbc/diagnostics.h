@@ -39,6 +39,13 @@ std::string_view StripPrefixes(std::string_view message);
 /// holds the word group and all messages.
 AdoError MakeError(const std::vector<DiagnosticRecord>& records);
 
+/// As above; what the records do not tell is taken from the fallback.
+AdoError MakeError(const std::vector<DiagnosticRecord>& records, const FailureClass& fallback);
+
+/// As above, for a statement with a time limit that nobody has cancelled: where the driver says "cancelled" this says
+/// that the time is over; with isCertain also where the driver tells no cause at all.
+AdoError MakeTimeoutError(const std::vector<DiagnosticRecord>& records, bool isCertain);
+
 /// Reads the diagnostics of the handle and throws; a handle without records gives a text of its own.
 [[noreturn]] void ThrowDiagnostics(SQLSMALLINT kind, SQLHANDLE handle, SQLRETURN result);
 

@@ -25,9 +25,9 @@ enum class TimeLimit : unsigned char {
 
 /// How a large result is kept from being held twice, here and in the driver.
 enum class Streaming : unsigned char {
-    None,       // the driver cannot
-    Always,     // set up in the connection string, costs nothing for small results
-    Attribute,  // a connection attribute, switched on for texts that are likely to give many rows
+    None,            // the driver cannot
+    Attribute,       // a connection attribute, switched on for texts that are likely to give many rows
+    SideConnection,  // a keyword of the connection string: such texts run on a second connection that has it
 };
 
 /// Where keys and the true columns behind a result come from.
@@ -46,24 +46,30 @@ struct DefaultKeyword {
 struct DriverProfile {
     const char* name;                           // ours, for logs and tests
     std::span<const char* const> libraryWords;  // any of them inside SQL_DRIVER_NAME or the registered driver's name
-    std::span<const DefaultKeyword> defaults;
+    std::span<const DefaultKeyword> defaults = {};
     FetchMode fetchMode = FetchMode::GetOnly;
     unsigned firstBlockRows = 1;
     unsigned fullBlockRows = 1;
     TimeLimit timeLimit = TimeLimit::Attribute;
-    const char* timeLimitStatement = nullptr;  // with one %d
+    const char* timeLimitStatement = nullptr;   // for TimeLimit::Variable: in front of the seconds
+    const char* loginTimeoutKeyword = nullptr;  // where SQL_ATTR_LOGIN_TIMEOUT is ignored
     Streaming streaming = Streaming::None;
-    int streamingAttribute = 0;
+    const char* streamingKeywords = nullptr;  // for Streaming::SideConnection
+    int streamingAttribute = 0;               // for Streaming::Attribute: on or off
+    int streamingRowsAttribute = 0;           // ... and the rows that come at a time
+    const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
-    bool hasBatches = false;                // SQLMoreResults is worth asking
-    bool hasManyActiveStatements = false;   // several open results on one connection
-    bool describesBase = false;             // base table names of result columns can be trusted
-    bool baseColumnIsAlias = false;         // the base column name is the result's alias: check against the table
-    bool hasConnectionDead = true;          // SQL_ATTR_CONNECTION_DEAD exists
-    bool isFileDatabase = false;            // the database is a local file: its identity tells a replaced one
-    bool hasWideParameters = false;         // texts are sent as national characters
-    bool decimalsAsTextParameters = false;  // decimal parameters are sent as plain text
-    bool hasProcedureCalls = true;          // {call ...}
+    bool hasBatches = false;               // SQLMoreResults is worth asking
+    bool hasManyActiveStatements = false;  // several open results on one connection
+    bool describesBase = false;            // base table names of result columns can be trusted
+    bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
+    bool hasConnectionDead = true;         // SQL_ATTR_CONNECTION_DEAD exists
+    bool isFileDatabase = false;           // the database is a local file: its identity tells a replaced one
+    bool hasWideParameters = false;        // texts are sent as national characters
+    bool hasPlainDecimals = false;         // decimal parameters are sent as plain text
+    bool hasOnlyLongBinary = false;        // every binary column is without limit, whatever size is described
+    bool hasTypedParameters = true;        // a NULL or text needs the type of the column it goes to
+    const char* identityQuery = nullptr;   // asks for the number that the last INSERT of the session was given
 };
 
 /// The profile of a driver by what SQLGetInfo(SQL_DRIVER_NAME) or the driver list calls it; the safe one if unknown.

@@ -1,0 +1,389 @@
+#include "ado/odbc/session.h"
+
+#include <algorithm>
+#include <bit>
+#include <mutex>
+
+#include "ado/messages.h"
+#include "ado/odbc/catalog_call.h"
+#include "ado/odbc/parameter_binding.h"
+#include "ado/odbc/physical_connection.h"
+#include "ado/odbc/result_sizes.h"
+#include "ado/odbc/session_cache.h"
+#include "ado/odbc/statement_impl.h"
+#include "ado/odbc/statement_kind.h"
+#include "ado/odbc/watchdog.h"
+#include "ado/rowset/describe.h"
+
+namespace tk::ado {
+
+/// Worked out once for a connection string and kept with its connections.
+struct SessionFacts {
+    std::string key;
+    PhysicalConnection::Request request;
+    ConnectionProperties properties;
+    std::string display;
+    bool isKept = true;  // in the cache, after the session
+};
+
+namespace {
+
+constexpr HRESULT kNoTransactionCode = static_cast<HRESULT>(0x8004D00E);
+constexpr HRESULT kTransactionExistsCode = static_cast<HRESULT>(0x8004D013);
+constexpr int kServicesOff = -2;  // the connection string's way to say: no pooling
+
+std::string CacheKey(const SessionSettings& settings) {
+    std::string key = settings.connection.Text();
+    key.push_back('\0');
+    key.append(settings.user).push_back('\0');
+    key.append(settings.password).push_back('\0');
+    key.push_back(settings.readOnly ? 'r' : 'w');
+    return key;
+}
+
+std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std::string key) {
+    ResolvedConnection resolved = Resolve(settings.connection, settings.user, settings.password);
+    if (resolved.isPersistedFile) throw AdoError(ErrorNumber::ProviderNotFound, u"MSPersist");
+    auto facts = std::make_shared<SessionFacts>();
+    facts->key = std::move(key);
+    facts->properties = std::move(resolved.properties);
+    facts->request.loginTimeoutSeconds = facts->properties.connectTimeoutSeconds.value_or(settings.loginTimeoutSeconds);
+    facts->request.readOnly = settings.readOnly;
+    AddLoginTimeout(resolved.odbc, facts->request.loginTimeoutSeconds);
+    facts->request.odbcString = resolved.odbc.ToOdbc();
+    facts->display =
+        facts->properties.persistSecurityInfo ? settings.connection.Text() : settings.connection.WithoutPassword();
+    facts->isKept = facts->properties.oleDbServices != kServicesOff;
+    return facts;
+}
+
+std::shared_ptr<Lease> OpenLease(const std::shared_ptr<const SessionFacts>& facts) {
+    auto connection = std::make_unique<PhysicalConnection>(facts->request);
+    connection->facts = facts;
+    return std::make_shared<Lease>(std::move(connection), facts->isKept ? facts->key : std::string(), false);
+}
+
+/// The second connection of a session, whose driver steps through large results instead of holding them.
+std::shared_ptr<Lease> OpenSideLease(const SessionFacts& facts, const char* keywords) {
+    const std::string key = facts.key + '\0' + keywords;
+    if (auto idle = SessionCache::Instance().Take(key)) return std::make_shared<Lease>(std::move(idle), key, true);
+    PhysicalConnection::Request request = facts.request;
+    request.odbcString.append(keywords).append(";");
+    auto connection = std::make_unique<PhysicalConnection>(request);
+    return std::make_shared<Lease>(std::move(connection), facts.isKept ? key : std::string(), false);
+}
+
+AdoError TransactionError(HRESULT code, const char16_t* text) {
+    return AdoError(std::vector<ErrorRecord>{{code, text, kProviderSource, "25000", 0}});
+}
+
+/// The object model's isolation level as ODBC's bit; the next higher one when the driver does not offer it.
+SQLUINTEGER OdbcIsolation(LONG isolation, unsigned offered) {
+    constexpr LONG kChaos = 0x10;
+    constexpr LONG kReadUncommitted = 0x100;
+    constexpr LONG kReadCommitted = 0x1000;
+    constexpr LONG kRepeatableRead = 0x10000;
+    constexpr LONG kSerializable = 0x100000;
+    static constexpr struct {
+        LONG level;
+        SQLUINTEGER odbc;
+    } kLevels[] = {
+        {kChaos, SQL_TXN_READ_UNCOMMITTED},       {kReadUncommitted, SQL_TXN_READ_UNCOMMITTED},
+        {kReadCommitted, SQL_TXN_READ_COMMITTED}, {kRepeatableRead, SQL_TXN_REPEATABLE_READ},
+        {kSerializable, SQL_TXN_SERIALIZABLE},
+    };
+    for (const auto& each : kLevels) {
+        if (each.level != isolation) continue;
+        for (SQLUINTEGER bit = each.odbc; bit <= SQL_TXN_SERIALIZABLE; bit <<= 1) {
+            if ((offered & bit) != 0) return bit;
+        }
+    }
+    return 0;  // leave it as it is
+}
+
+}  // namespace
+
+struct Session::Impl {
+    struct Work {
+        std::function<void()> finish;
+        bool onSideConnection = false;
+    };
+
+    std::shared_ptr<const SessionFacts> facts;
+    std::shared_ptr<Lease> lease;
+    std::vector<Work> work;
+    bool isInTransaction = false;
+    std::mutex gate;                     // for Cancel
+    StatementHandle* running = nullptr;  // while a call of ours runs
+
+    PhysicalConnection& Physical() const noexcept { return **lease; }
+
+    /// Ends what workers still do on this session's connection; with them done its statements may run.
+    void FinishWork(bool alsoOnSide) {
+        std::vector<Work> finishing;
+        std::vector<Work> staying;
+        for (Work& each : work)
+            (each.onSideConnection && !alsoOnSide ? staying : finishing).push_back(std::move(each));
+        work = std::move(staying);
+        for (Work& each : finishing)
+            each.finish();
+    }
+
+    void SetRunning(StatementHandle* handle) noexcept {
+        const std::lock_guard lock(gate);
+        running = handle;
+    }
+
+    bool CanUseSide(const StatementKind& kind) const noexcept {
+        const PhysicalConnection& main = **lease;
+        return main.Profile().streaming == Streaming::SideConnection && kind.isReading && !isInTransaction &&
+               !main.IsChanged() && main.IsPlainFile();
+    }
+
+    bool IsLikelyLarge(std::string_view sql, const StatementKind& kind) const noexcept {
+        if (!kind.isReading || Physical().Profile().streaming == Streaming::None) return false;
+        const auto remembered = RememberedRows(facts->key, sql);
+        return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
+    }
+
+    /// Runs one call on a handle of the lease and makes the statement of it.
+    template <class Call>
+    Statement Run(const std::shared_ptr<Lease>& on, std::string_view sql, const ExecuteOptions& options, Call&& call) {
+        auto statement = std::make_unique<Statement::Impl>();
+        statement->lease = on;
+        statement->text = sql;
+        statement->timeoutSeconds = options.timeoutSeconds;
+        statement->maxRows = options.maxRows;
+        try {
+            (*on)->SetTimeLimitVariable(options.timeoutSeconds);
+            statement->handle = (*on)->TakeHandle();
+        } catch (const AdoError&) {
+            // Some drivers notice a lost connection only here.
+            (*on)->MarkBroken();
+            throw;
+        }
+        StatementHandle& handle = *statement->handle;
+        handle.SetTimeout(options.timeoutSeconds);
+        handle.SetMaxRows(options.maxRows);
+        handle.Start();
+        SetRunning(&handle);
+        struct Ended {
+            Impl& impl;
+            ~Ended() { impl.SetRunning(nullptr); }
+        } ended{*this};
+        const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
+        WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
+        const SQLRETURN result = call(handle);
+        guard.Finish();
+        on->MarkUsed();
+        if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) statement->Fail(result);
+        if (result == SQL_SUCCESS_WITH_INFO) {
+            statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
+        }
+        statement->ReadResultShape();
+        return Statement(std::move(statement));
+    }
+
+    /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
+    /// once, when the call does no harm by being made twice.
+    template <class Call>
+    Statement RunOnOwn(std::string_view sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
+        if (!lease->IsFreshFromCache() || !isRepeatable || isInTransaction) return Run(lease, sql, options, call);
+        try {
+            return Run(lease, sql, options, call);
+        } catch (const AdoError&) {
+            if (!Physical().IsBroken()) throw;
+        }
+        lease = OpenLease(facts);
+        return Run(lease, sql, options, call);
+    }
+
+    Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+        const StatementKind kind = Inspect(sql);
+        FinishWork(!kind.isReading);
+        if (kind.changesSession) Physical().MarkChanged();
+        const auto call = [&](StatementHandle& handle) {
+            const ParameterBinding binding(handle, parameters);
+            // Drivers take the text as writable; none writes.
+            auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
+            return Odbc().ExecDirect(handle.Get(), text, static_cast<SQLINTEGER>(sql.size()));
+        };
+        const bool isLarge = IsLikelyLarge(sql, kind);
+        if (isLarge && CanUseSide(kind)) {
+            if (auto streamed = TryOnSide(sql, options, call)) return std::move(*streamed);
+        }
+        Physical().SetStreaming(isLarge);
+        return RunOnOwn(sql, kind.isReading, options, call);
+    }
+
+    /// On the side connection; nothing where that cannot tell the types of all columns, or does not open.
+    template <class Call>
+    std::optional<Statement> TryOnSide(std::string_view sql, const ExecuteOptions& options, Call&& call) {
+        try {
+            auto side = OpenSideLease(*facts, Physical().Profile().streamingKeywords);
+            Statement statement = Run(side, sql, options, call);
+            Statement::Impl& inside = statement.Internals();
+            if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
+            inside.isOnSideConnection = true;
+            return statement;
+        } catch (const AdoError&) {
+            return std::nullopt;  // the session's own connection says what is wrong
+        }
+    }
+
+    void RequireTransaction() const {
+        if (!isInTransaction) throw TransactionError(kNoTransactionCode, kNoTransaction);
+    }
+
+    void EndTransaction(SQLSMALLINT completion) {
+        RequireTransaction();
+        FinishWork(true);
+        PhysicalConnection& connection = Physical();
+        try {
+            connection.EndTransaction(completion);
+            // One driver reports success on a connection that is gone: nothing has been committed then.
+            if (connection.IsDead()) {
+                throw MakeError({}, FailureClass{E_FAIL, kCauseConnection, true});
+            }
+        } catch (const AdoError&) {
+            if (connection.IsDead()) {
+                connection.MarkBroken();
+                isInTransaction = false;
+            }
+            throw;  // otherwise the transaction is still open: it can be tried again or rolled back
+        }
+        isInTransaction = false;
+        connection.SetAutoCommit(true);
+    }
+};
+
+Session::Session(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+
+Session::~Session() {
+    try {
+        impl_->FinishWork(true);
+    } catch (...) {
+        impl_->Physical().MarkBroken();  // an unfinished fetch: nobody else may get this connection
+    }
+}
+
+std::shared_ptr<Session> Session::Open(const SessionSettings& settings) {
+    auto impl = std::make_unique<Impl>();
+    std::string key = CacheKey(settings);
+    if (auto idle = SessionCache::Instance().Take(key)) {
+        impl->facts = idle->facts;
+        impl->lease = std::make_shared<Lease>(std::move(idle), std::move(key), true);
+    } else {
+        impl->facts = WorkOut(settings, std::move(key));
+        impl->lease = OpenLease(impl->facts);
+    }
+    return std::shared_ptr<Session>(new Session(std::move(impl)));
+}
+
+const DriverProfile& Session::Profile() const noexcept {
+    return impl_->Physical().Profile();
+}
+
+const ConnectionProperties& Session::Properties() const noexcept {
+    return impl_->facts->properties;
+}
+
+const std::string& Session::Quote() const noexcept {
+    return impl_->Physical().Quote();
+}
+
+Statement Session::Execute(std::string_view sql, const ExecuteOptions& options) {
+    return impl_->Execute(sql, {}, options);
+}
+
+Statement Session::Execute(std::string_view sql, const std::vector<VARIANT>& values, const ExecuteOptions& options) {
+    std::vector<Parameter> parameters(values.size());
+    for (std::size_t i = 0; i < values.size(); ++i)
+        parameters[i].value = &values[i];
+    return impl_->Execute(sql, parameters, options);
+}
+
+Statement Session::Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+    return impl_->Execute(sql, parameters, options);
+}
+
+Statement Session::Catalog(const CatalogCall& call, const ExecuteOptions& options) {
+    impl_->FinishWork(false);
+    return impl_->RunOnOwn({}, true, options,
+                           [&](StatementHandle& handle) { return RunCatalogCall(handle.Get(), call); });
+}
+
+void Session::Cancel() noexcept {
+    const std::lock_guard lock(impl_->gate);
+    if (impl_->running != nullptr) impl_->running->CancelRunning();
+}
+
+void Session::Begin(LONG isolation) {
+    if (impl_->isInTransaction) throw TransactionError(kTransactionExistsCode, kTransactionExists);
+    impl_->FinishWork(true);
+    PhysicalConnection& connection = impl_->Physical();
+    const SQLUINTEGER wanted = OdbcIsolation(isolation, connection.InfoNumber(SQL_TXN_ISOLATION_OPTION));
+    connection.SetStreaming(false);
+    connection.SetIsolation(wanted);
+    connection.SetAutoCommit(false);
+    impl_->isInTransaction = true;
+}
+
+void Session::Commit() {
+    impl_->EndTransaction(SQL_COMMIT);
+}
+
+void Session::Rollback() {
+    impl_->EndTransaction(SQL_ROLLBACK);
+}
+
+bool Session::InTransaction() const noexcept {
+    return impl_->isInTransaction;
+}
+
+std::string Session::InfoText(unsigned short item) {
+    return impl_->Physical().InfoText(item);
+}
+
+unsigned Session::InfoNumber(unsigned short item) {
+    return impl_->Physical().InfoNumber(item);
+}
+
+std::string Session::CurrentCatalog() {
+    return impl_->Physical().CurrentCatalog();
+}
+
+void Session::SetCurrentCatalog(std::string_view name) {
+    impl_->FinishWork(true);
+    impl_->Physical().SetCurrentCatalog(name);
+}
+
+bool Session::IsDead() {
+    if (!impl_->Physical().IsDead()) return impl_->Physical().IsBroken();
+    impl_->Physical().MarkBroken();
+    return true;
+}
+
+void Session::SetBackgroundWork(std::function<void()> finish, bool onSideConnection) {
+    constexpr std::size_t kMostWork = 8;  // what has ended long ago is still in the list
+    if (impl_->work.size() >= kMostWork) impl_->FinishWork(true);
+    impl_->work.push_back({std::move(finish), onSideConnection});
+}
+
+void Session::FinishBackgroundWork() {
+    impl_->FinishWork(true);
+}
+
+void Session::RememberResult(std::string_view sql, std::size_t rows) const noexcept {
+    if (Profile().streaming != Streaming::None) RememberRows(impl_->facts->key, sql, rows);
+}
+
+PhysicalConnection& Session::Physical() const noexcept {
+    return impl_->Physical();
+}
+
+const std::string& Session::DisplayString() const noexcept {
+    return impl_->facts->display;
+}
+
+}  // namespace tk::ado

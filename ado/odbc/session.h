@@ -22,6 +22,8 @@
 
 namespace tk::ado {
 
+class PhysicalConnection;
+
 /// What opening a session needs, all texts UTF-8.
 struct SessionSettings {
     ConnectionString connection;    // as given, parsed; Open itself maps provider names to drivers
@@ -56,7 +58,7 @@ public:
     const std::string& Quote() const noexcept;
 
     /// Runs one statement text (UTF-8). A statement without rows is executed when this returns.
-    /// @throws AdoError with the driver's diagnostics, HRESULT by section 2.5 of the error table
+    /// @throws AdoError with the driver's diagnostics, its HRESULT and word group by the cause
     Statement Execute(std::string_view sql, const ExecuteOptions& options);
 
     /// Runs a statement with parameters, each sent by its VARIANT type; texts travel as UTF-8.
@@ -86,9 +88,19 @@ public:
     /// True when the driver says that the connection is lost; asks, does not guess from the state alone.
     bool IsDead();
 
-    /// The worker that still uses this session's statement; the next Execute, Catalog, Begin, Commit or Rollback
+    /// A worker that still uses this session's statement; the next Execute, Catalog, Begin, Commit or Rollback
     /// calls finish first, so that drivers with one active statement work too.
-    void SetBackgroundWork(std::function<void()> finish);
+    /// @param onSideConnection  the worker reads on a connection of its own; statements that only read need not wait
+    void SetBackgroundWork(std::function<void()> finish, bool onSideConnection = false);
+
+    /// Waits for the workers.
+    void FinishBackgroundWork();
+
+    /// For the row set: what a text gave decides how it is run the next time.
+    void RememberResult(std::string_view sql, std::size_t rows) const noexcept;
+
+    /// The physical connection, for the row set's own questions.
+    PhysicalConnection& Physical() const noexcept;
 
     /// The completed connection string as ADO shows it: text as given, password removed.
     const std::string& DisplayString() const noexcept;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/error.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
@@ -20,6 +21,7 @@ struct CatalogCall {
         ForeignKeys,
         Statistics,
         Procedures,
+        ProcedureColumns,
         TypeInfo,
         Catalogs,
         Schemas
@@ -27,9 +29,12 @@ struct CatalogCall {
     Function function = Function::Tables;
     std::string catalog;
     std::string schema;
-    std::string table;    // or procedure
-    std::string column;   // Columns
-    std::string types;    // Tables: 'TABLE','VIEW'
+    std::string table;           // or procedure; for ForeignKeys the table with the primary key
+    std::string column;          // Columns, ProcedureColumns
+    std::string types;           // Tables: 'TABLE','VIEW'
+    std::string foreignCatalog;  // ForeignKeys: the table that refers
+    std::string foreignSchema;
+    std::string foreignTable;
     bool unique = false;  // Statistics
 };
 
@@ -45,6 +50,9 @@ public:
 
     /// Rows changed, or -1 where the statement returns rows or the driver does not say.
     LONG RowsAffected() const noexcept;
+
+    /// What the driver said although the statement succeeded, for the Errors collection.
+    const std::vector<ErrorRecord>& Warnings() const noexcept;
 
     /// The columns of the current result, described once.
     const std::vector<Column>& Columns();

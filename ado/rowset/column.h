@@ -36,7 +36,8 @@ struct Column {
     bool isUnsigned = false;
     bool isAutoIncrement = false;  // known after RowSet::DescribeOrigins
     bool isCaseSensitive = false;
-    bool isExpression = false;  // no base table: a computed value
+    bool isExpression = false;  // no base table: a computed value; always known for 64-bit integers, for others after
+                                // RowSet::DescribeOrigins
     int searchable = 4;         // 1 no, 2 like only, 3 all but like, 4 all
     int sqlType = 0;            // as the driver describes it
 

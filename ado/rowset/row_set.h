@@ -89,8 +89,8 @@ public:
 
 private:
     struct Impl;
-    explicit RowSet(std::unique_ptr<Impl> impl);
-    std::unique_ptr<Impl> impl_;
+    explicit RowSet(std::shared_ptr<Impl> impl);
+    std::shared_ptr<Impl> impl_;  // shared with the worker
 };
 
 }  // namespace tk::ado

@@ -1,0 +1,32 @@
+// ado/odbc/ascii.h - comparisons of keywords without case; bytes above 127 compare as they are.
+#pragma once
+
+#include <algorithm>
+#include <string_view>
+
+namespace tk::ado {
+
+constexpr char LowerAscii(char letter) noexcept {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+}
+
+constexpr bool EqualsNoCase(std::string_view first, std::string_view second) noexcept {
+    return std::ranges::equal(first, second, {}, LowerAscii, LowerAscii);
+}
+
+constexpr bool StartsWithNoCase(std::string_view text, std::string_view start) noexcept {
+    return text.size() >= start.size() && EqualsNoCase(text.substr(0, start.size()), start);
+}
+
+constexpr bool ContainsNoCase(std::string_view text, std::string_view part) noexcept {
+    return !std::ranges::search(text, part, {}, LowerAscii, LowerAscii).empty() || part.empty();
+}
+
+constexpr std::string_view Trim(std::string_view text) noexcept {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,138 @@
+#include "ado/odbc/driver_profile.h"
+
+#include "ado/odbc/ascii.h"
+
+namespace tk::ado {
+namespace {
+
+constexpr const char* kSqliteWords[] = {"sqlite3odbc", "sqlite3", "sqliteodbc", "sqlite"};
+constexpr DefaultKeyword kSqliteDefaults[] = {
+    // The driver's own 100 s of lock waiting is longer than any user's patience.
+    {"Timeout", "5000", false},
+    // BigInt stays off: integer columns are 32-bit in name, and as values are read as text a larger one is seen whole.
+    // With it every count and every key would become a decimal.
+};
+
+constexpr const char* kPostgresWords[] = {"psqlodbc", "postgres"};
+constexpr DefaultKeyword kPostgresDefaults[] = {
+    {"BoolsAsChar", "0", false},
+    {"MaxVarcharSize", "4000", false},
+    {"ByteaAsLongVarBinary", "1", false},
+    // Debian registers the driver with a log that is written to /tmp.
+    {"CommLog", "0", false},
+    {"Debug", "0", false},
+};
+
+constexpr const char* kMariaWords[] = {"maodbc", "mariadb", "myodbc", "mysql"};
+constexpr DefaultKeyword kMariaDefaults[] = {
+    // 2: an UPDATE counts the rows it found, changed or not, else an unchanged row looks like a lost one;
+    // 67108864: several statements in one text.
+    {"OPTION", "67108866", false},
+};
+
+constexpr const char* kTdsWords[] = {"tdsodbc", "freetds"};
+constexpr DefaultKeyword kTdsDefaults[] = {
+    {"TDS_Version", "7.4", false},
+    {"ClientCharset", "UTF-8", true},
+};
+
+constexpr const char* kMdbWords[] = {"mdbodbc", "mdbtools"};
+
+constexpr DriverProfile kProfiles[] = {
+    {
+        .name = "sqlite",
+        .libraryWords = kSqliteWords,
+        .defaults = kSqliteDefaults,
+        // Everything is text inside the driver; blocks of rows gain nothing there, and a cut cell in a block is lost.
+        .fetchMode = FetchMode::TextRows,
+        .timeLimit = TimeLimit::Watchdog,
+        .streaming = Streaming::SideConnection,
+        .streamingKeywords = "StepAPI=1",
+        .keySource = KeySource::Pragma,
+        .hasManyActiveStatements = true,
+        .describesBase = true,
+        .baseColumnIsAlias = true,
+        .isFileDatabase = true,
+        .hasPlainDecimals = true,
+        .hasOnlyLongBinary = true,
+        .hasTypedParameters = false,
+        .identityQuery = "select last_insert_rowid()",
+    },
+    {
+        .name = "postgresql",
+        .libraryWords = kPostgresWords,
+        .defaults = kPostgresDefaults,
+        .fetchMode = FetchMode::NativeBlocks,
+        .firstBlockRows = 16,
+        .fullBlockRows = 1024,
+        .streaming = Streaming::Attribute,
+        .streamingAttribute = 65539,      // the driver's own: use declare/fetch
+        .streamingRowsAttribute = 65541,  // the driver's own: rows of one fetch
+        .pingStatement = "SELECT 1",
+        .hasBatches = true,
+        .hasManyActiveStatements = true,
+        .describesBase = true,
+        .identityQuery = "select lastval()",
+    },
+    {
+        .name = "mariadb",
+        .libraryWords = kMariaWords,
+        .defaults = kMariaDefaults,
+        .fetchMode = FetchMode::NativeBlocks,
+        .firstBlockRows = 16,
+        .fullBlockRows = 1024,
+        .timeLimit = TimeLimit::Variable,
+        .timeLimitStatement = "SET SESSION max_statement_time=",
+        .loginTimeoutKeyword = "CONN_TIMEOUT",
+        .hasBatches = true,
+        .hasManyActiveStatements = true,
+        .describesBase = true,
+        .identityQuery = "select last_insert_id()",
+    },
+    {
+        .name = "freetds",
+        .libraryWords = kTdsWords,
+        .defaults = kTdsDefaults,
+        .fetchMode = FetchMode::BoundThenGet,
+        .firstBlockRows = 16,
+        .fullBlockRows = 256,
+        .pingStatement = "SELECT 1",
+        .hasBatches = true,
+        .describesBase = true,
+        .hasWideParameters = true,
+    },
+    {
+        .name = "mdbtools",
+        .libraryWords = kMdbWords,
+        .fetchMode = FetchMode::GetOnly,
+        .timeLimit = TimeLimit::Watchdog,
+        .hasConnectionDead = false,
+        .isFileDatabase = true,
+    },
+};
+
+// What every driver can do: one row at a time, columns from left to right, keys from the catalog functions.
+constexpr DriverProfile kUnknown = {
+    .name = "unknown",
+    .libraryWords = {},
+    .fetchMode = FetchMode::GetOnly,
+    .hasBatches = true,
+    .describesBase = true,
+};
+
+}  // namespace
+
+const DriverProfile& FindProfile(std::string_view driverName) noexcept {
+    for (const DriverProfile& profile : kProfiles) {
+        for (const char* word : profile.libraryWords) {
+            if (ContainsNoCase(driverName, word)) return profile;
+        }
+    }
+    return kUnknown;
+}
+
+std::span<const DriverProfile> AllProfiles() noexcept {
+    return kProfiles;
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,46 @@
+// ado/odbc/parameter_binding.h - parameters of one execution in the form the driver reads them.
+#pragma once
+
+#include <deque>
+#include <span>
+#include <string>
+
+#include "ado/odbc/parameter.h"
+#include "ado/odbc/statement_handle.h"
+
+namespace tk::ado {
+
+/// Binds on construction; outlives the execution; takes the bindings off again when it ends.
+class ParameterBinding {
+public:
+    /// @throws AdoError DataConversion for a VARIANT that no database can take, or the driver's diagnostics
+    ParameterBinding(StatementHandle& handle, std::span<const Parameter> parameters);
+    ~ParameterBinding();
+    ParameterBinding(const ParameterBinding&) = delete;
+    ParameterBinding& operator=(const ParameterBinding&) = delete;
+
+private:
+    /// One value and how the driver is told about it.
+    struct Slot {
+        std::string bytes;  // texts and binaries; the others too, as the C type lays them out
+        SQLLEN indicator = 0;
+        SQLSMALLINT cType = SQL_C_CHAR;
+        SQLSMALLINT sqlType = SQL_VARCHAR;
+        SQLULEN size = 0;
+        SQLSMALLINT digits = 0;
+    };
+
+    void Read(const Parameter& parameter, Slot& slot) const;
+    void ReadVariant(const VARIANT& value, const Column* column, Slot& slot) const;
+    void ReadCell(const Cell& cell, const Column* column, Slot& slot) const;
+    void SetText(std::string text, Slot& slot) const;
+    void SetDecimal(std::string digits, Slot& slot) const;
+    void SetDate(DATE date, long nanoseconds, const Column* column, Slot& slot) const;
+    template <class Value>
+    static void SetFixed(Value value, SQLSMALLINT cType, SQLSMALLINT sqlType, SQLULEN size, Slot& slot);
+
+    StatementHandle& handle_;
+    std::deque<Slot> slots_;  // never moves: the driver keeps the addresses
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,210 @@
+#include "ado/odbc/physical_connection.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "ado/messages.h"
+#include "ado/odbc/connection_string.h"
+#include "ado/odbc/environment.h"
+
+namespace tk::ado {
+namespace {
+
+constexpr std::size_t kKeptHandles = 4;
+
+// A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
+constexpr auto kTrustedIdle = std::chrono::seconds(1);
+
+SQLPOINTER Number(SQLULEN value) {
+    return reinterpret_cast<SQLPOINTER>(value);
+}
+
+std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
+    char buffer[1024] = {};
+    SQLSMALLINT length = 0;
+    if (!SQL_SUCCEEDED(Odbc().GetInfo(dbc, item, buffer, sizeof buffer - 1, &length))) return {};
+    return std::string(buffer);
+}
+
+}  // namespace
+
+PhysicalConnection::PhysicalConnection(const Request& request) : dbc_(SharedEnvironment()) {
+    const OdbcApi& odbc = Odbc();
+    if (request.loginTimeoutSeconds > 0) {
+        odbc.SetConnectAttr(Get(), SQL_ATTR_LOGIN_TIMEOUT, Number(static_cast<SQLULEN>(request.loginTimeoutSeconds)),
+                            SQL_IS_UINTEGER);
+    }
+    if (request.readOnly) {
+        odbc.SetConnectAttr(Get(), SQL_ATTR_ACCESS_MODE, Number(SQL_MODE_READ_ONLY), SQL_IS_UINTEGER);
+    }
+    std::string text = request.odbcString;
+    std::string completed(4096, '\0');
+    SQLSMALLINT length = 0;
+    const SQLRETURN result =
+        odbc.DriverConnect(Get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
+                           static_cast<SQLSMALLINT>(text.size()), reinterpret_cast<SQLCHAR*>(completed.data()),
+                           static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
+    if (!SQL_SUCCEEDED(result)) {
+        throw MakeError(ReadDiagnostics(SQL_HANDLE_DBC, Get()), FailureClass{E_FAIL, kCauseConnection, true});
+    }
+    try {
+        const std::string driver = TextInfo(Get(), SQL_DRIVER_NAME);
+        profile_ = &FindProfile(driver.empty() ? TextInfo(Get(), SQL_DBMS_NAME) : driver);
+        quote_ = TextInfo(Get(), SQL_IDENTIFIER_QUOTE_CHAR);
+        if (quote_ == " ") quote_.clear();
+        SQLUINTEGER isolation = 0;
+        odbc.GetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, &isolation, SQL_IS_UINTEGER, nullptr);
+        firstIsolation_ = isolation_ = isolation;
+        ReadFileIdentity();
+    } catch (...) {
+        odbc.Disconnect(Get());
+        throw;
+    }
+}
+
+PhysicalConnection::~PhysicalConnection() {
+    handles_.clear();
+    if (!isAutoCommit_) Odbc().EndTran(SQL_HANDLE_DBC, Get(), SQL_ROLLBACK);
+    Odbc().Disconnect(Get());
+}
+
+void PhysicalConnection::ReadFileIdentity() {
+    if (!profile_->isFileDatabase) return;
+    file_ = TextInfo(Get(), SQL_DATABASE_NAME);
+    struct stat status = {};
+    if (file_.empty() || stat(file_.c_str(), &status) != 0) {
+        file_.clear();
+        return;
+    }
+    fileIdentity_ = {status.st_dev, status.st_ino};
+}
+
+std::string PhysicalConnection::InfoText(SQLUSMALLINT item) const {
+    return TextInfo(Get(), item);
+}
+
+unsigned PhysicalConnection::InfoNumber(SQLUSMALLINT item) const {
+    // Some items are 16 bits wide, some 32; little-endian and zeroed, both read right.
+    SQLUINTEGER value = 0;
+    SQLSMALLINT length = 0;
+    if (!SQL_SUCCEEDED(Odbc().GetInfo(Get(), item, &value, sizeof value, &length))) return 0;
+    return value;
+}
+
+bool PhysicalConnection::IsDead() const noexcept {
+    if (!profile_->hasConnectionDead) return false;
+    SQLUINTEGER dead = SQL_CD_FALSE;
+    Odbc().GetConnectAttr(Get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
+    return dead == SQL_CD_TRUE;
+}
+
+std::string PhysicalConnection::CurrentCatalog() const {
+    char buffer[512] = {};
+    SQLINTEGER length = 0;
+    Odbc().GetConnectAttr(Get(), SQL_ATTR_CURRENT_CATALOG, buffer, sizeof buffer - 1, &length);
+    return buffer[0] != '\0' ? std::string(buffer) : InfoText(SQL_DATABASE_NAME);
+}
+
+void PhysicalConnection::SetCurrentCatalog(std::string_view name) {
+    std::string text(name);
+    MarkChanged();
+    const SQLRETURN result =
+        Odbc().SetConnectAttr(Get(), SQL_ATTR_CURRENT_CATALOG, text.data(), static_cast<SQLINTEGER>(text.size()));
+    if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
+}
+
+std::unique_ptr<StatementHandle> PhysicalConnection::TakeHandle() {
+    {
+        const std::lock_guard lock(handlesMutex_);
+        if (!handles_.empty()) {
+            auto handle = std::move(handles_.back());
+            handles_.pop_back();
+            return handle;
+        }
+    }
+    return std::make_unique<StatementHandle>(Get(), *profile_);
+}
+
+void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) noexcept {
+    if (handle->WasCancelled() || handle->WasExpired()) {
+        MarkChanged();
+        return;
+    }  // drivers differ in what a cancelled handle is good for
+    const std::lock_guard lock(handlesMutex_);
+    if (handles_.size() < kKeptHandles) handles_.push_back(std::move(handle));
+}
+
+void PhysicalConnection::SetAutoCommit(bool on) {
+    if (on == isAutoCommit_) return;
+    const SQLRETURN result = Odbc().SetConnectAttr(
+        Get(), SQL_ATTR_AUTOCOMMIT, Number(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), SQL_IS_UINTEGER);
+    if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
+    isAutoCommit_ = on;
+}
+
+void PhysicalConnection::SetIsolation(SQLUINTEGER isolation) {
+    if (isolation == isolation_ || isolation == 0) return;
+    const SQLRETURN result = Odbc().SetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, Number(isolation), SQL_IS_UINTEGER);
+    if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
+    isolation_ = isolation;
+}
+
+void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
+    const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
+    if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
+}
+
+void PhysicalConnection::SetStreaming(bool on) noexcept {
+    if (profile_->streaming != Streaming::Attribute || on == isStreaming_) return;
+    constexpr SQLULEN kRowsAtATime = 1000;
+    const OdbcApi& odbc = Odbc();
+    if (!SQL_SUCCEEDED(odbc.SetConnectAttr(Get(), profile_->streamingAttribute, Number(on ? 1 : 0), SQL_IS_INTEGER))) {
+        return;
+    }
+    if (on) odbc.SetConnectAttr(Get(), profile_->streamingRowsAttribute, Number(kRowsAtATime), SQL_IS_INTEGER);
+    isStreaming_ = on;
+}
+
+void PhysicalConnection::RunSimple(const std::string& sql) {
+    OdbcStatement statement(Get());
+    std::string text = sql;
+    const SQLRETURN result = Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);
+    if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) ThrowDiagnostics(SQL_HANDLE_STMT, statement.Get(), result);
+}
+
+void PhysicalConnection::SetTimeLimitVariable(LONG seconds) {
+    if (profile_->timeLimit != TimeLimit::Variable || seconds == timeLimit_) return;
+    RunSimple(profile_->timeLimitStatement + std::to_string(seconds));
+    timeLimit_ = seconds;
+}
+
+bool PhysicalConnection::Reset() noexcept try {
+    if (isBroken_ || isChanged_) return false;
+    if (profile_->isFileDatabase && file_.empty()) return false;  // in memory: it belongs to one session alone
+    if (!isAutoCommit_) {
+        EndTransaction(SQL_ROLLBACK);
+        SetAutoCommit(true);
+    }
+    SetStreaming(false);
+    SetIsolation(firstIsolation_);
+    return true;
+} catch (const AdoError&) {
+    return false;
+}
+
+bool PhysicalConnection::IsUsable(std::chrono::steady_clock::duration idle) noexcept try {
+    if (profile_->isFileDatabase) {
+        // A file put in the place of the former one is another database.
+        struct stat status = {};
+        return stat(file_.c_str(), &status) == 0 && fileIdentity_ == std::pair{status.st_dev, status.st_ino};
+    }
+    if (idle < kTrustedIdle) return true;
+    if (IsDead()) return false;
+    if (profile_->pingStatement != nullptr) RunSimple(profile_->pingStatement);
+    return true;
+} catch (const AdoError&) {
+    return false;
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,106 @@
+// ado/odbc/physical_connection.h - one connection of the driver manager, with what is known about its state, so that
+// the session cache can tell whether it may be used again.
+#pragma once
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "ado/odbc/driver_profile.h"
+#include "ado/odbc/odbc_handle.h"
+#include "ado/odbc/statement_handle.h"
+
+namespace tk::ado {
+
+struct SessionFacts;
+
+class PhysicalConnection {
+public:
+    /// What its first session has worked out from the connection string, for the sessions after it.
+    std::shared_ptr<const SessionFacts> facts;
+
+    struct Request {
+        std::string odbcString;
+        LONG loginTimeoutSeconds = 15;
+        bool readOnly = false;
+    };
+
+    /// @throws AdoError with the driver's diagnostics
+    explicit PhysicalConnection(const Request& request);
+
+    /// Rolls back and disconnects.
+    ~PhysicalConnection();
+    PhysicalConnection(const PhysicalConnection&) = delete;
+    PhysicalConnection& operator=(const PhysicalConnection&) = delete;
+
+    SQLHDBC Get() const noexcept { return dbc_.Get(); }
+    const DriverProfile& Profile() const noexcept { return *profile_; }
+    const std::string& Quote() const noexcept { return quote_; }
+
+    std::string InfoText(SQLUSMALLINT item) const;
+    unsigned InfoNumber(SQLUSMALLINT item) const;
+
+    /// Asks the driver whether the connection is lost.
+    bool IsDead() const noexcept;
+
+    /// A file database whose file is known: another connection to it sees the same.
+    bool IsPlainFile() const noexcept { return !file_.empty(); }
+
+    std::string CurrentCatalog() const;
+    void SetCurrentCatalog(std::string_view name);
+
+    /// A statement handle, a used one when there is one.
+    std::unique_ptr<StatementHandle> TakeHandle();
+    void ReturnHandle(std::unique_ptr<StatementHandle> handle) noexcept;
+
+    /// What the session leaves behind decides whether the connection may be used again.
+    void MarkChanged() noexcept { isChanged_ = true; }
+    void MarkBroken() noexcept { isBroken_ = true; }
+    bool IsChanged() const noexcept { return isChanged_; }
+    bool IsBroken() const noexcept { return isBroken_; }
+
+    /// Rolls back, sets auto-commit and isolation back. False when the connection is not fit for another session.
+    bool Reset() noexcept;
+
+    /// Before another session gets it: still connected, and to the same database.
+    bool IsUsable(std::chrono::steady_clock::duration idle) noexcept;
+
+    bool IsAutoCommit() const noexcept { return isAutoCommit_; }
+    void SetAutoCommit(bool on);
+    void SetIsolation(SQLUINTEGER isolation);
+    void EndTransaction(SQLSMALLINT completion);
+
+    /// Switches the driver's way of streaming results, where it is a connection attribute.
+    void SetStreaming(bool on) noexcept;
+
+    /// For TimeLimit::Variable.
+    void SetTimeLimitVariable(LONG seconds);
+
+private:
+    void ReadFileIdentity();
+    void RunSimple(const std::string& sql);
+
+    OdbcConnection dbc_;
+    const DriverProfile* profile_ = nullptr;
+    std::string quote_;
+    std::string file_;  // of a file database; empty when it is in memory
+    std::pair<dev_t, ino_t> fileIdentity_{};
+    SQLUINTEGER firstIsolation_ = 0;
+    SQLUINTEGER isolation_ = 0;
+    LONG timeLimit_ = 0;
+    bool isAutoCommit_ = true;
+    std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
+    std::atomic<bool> isBroken_ = false;
+    bool isStreaming_ = false;
+    std::mutex handlesMutex_;  // a fetch thread returns its handle while the session takes another
+    std::vector<std::unique_ptr<StatementHandle>> handles_;
+};
+
+}  // namespace tk::ado

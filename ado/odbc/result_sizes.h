@@ -1,0 +1,21 @@
+// ado/odbc/result_sizes.h - how many rows statement texts gave when they were last run.
+//
+// Streaming a result saves holding it twice, and costs a small result more than it brings. The text alone tells which
+// it will be only the first time.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace tk::ado {
+
+/// Rows that make streaming worth its cost.
+inline constexpr std::uint32_t kManyRows = 5'000;
+
+/// What the text gave the last time; nullopt when it is not remembered.
+std::optional<std::uint32_t> RememberedRows(std::string_view connectionKey, std::string_view sql) noexcept;
+
+void RememberRows(std::string_view connectionKey, std::string_view sql, std::size_t rows) noexcept;
+
+}  // namespace tk::ado

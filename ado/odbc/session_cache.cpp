@@ -1,0 +1,153 @@
+#include "ado/odbc/session_cache.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <thread>
+#include <vector>
+
+namespace tk::ado {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::size_t kMostIdle = 16;
+
+}  // namespace
+
+Lease::~Lease() {
+    if (key_.empty()) return;
+    SessionCache::Instance().Return(key_, std::move(connection_));
+}
+
+struct SessionCache::Impl {
+    struct Idle {
+        std::string key;
+        std::unique_ptr<PhysicalConnection> connection;
+        Clock::time_point since;
+    };
+
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<Idle> idle;  // the longest idle first
+    std::chrono::milliseconds limit = std::chrono::seconds(60);
+    bool stop = false;
+    bool isAsleep = false;  // the janitor waits without a limit
+    pid_t owner = getpid();
+    std::thread janitor;
+
+    /// In a child process: the parent's connections and thread are left alone, not closed - closing would tell the
+    /// server that the parent is done with them.
+    void ForgetParent() {
+        if (owner == getpid()) return;
+        for (Idle& each : idle)
+            static_cast<void>(each.connection.release());
+        idle.clear();
+        if (janitor.joinable()) janitor.detach();
+        owner = getpid();
+    }
+
+    /// Closes what has been idle too long; ends when nothing is left to watch.
+    void RunJanitor() {
+        std::unique_lock lock(mutex);
+        while (!stop) {
+            if (idle.empty()) {
+                isAsleep = true;
+                changed.wait(lock, [this] { return stop || !idle.empty(); });
+                isAsleep = false;
+                continue;
+            }
+            const auto due = idle.front().since + limit;
+            if (Clock::now() < due) {
+                changed.wait_until(lock, due);
+                continue;
+            }
+            auto expired = std::move(idle.front().connection);
+            idle.erase(idle.begin());
+            lock.unlock();
+            expired.reset();  // talks to the server
+            lock.lock();
+        }
+    }
+};
+
+SessionCache::SessionCache() : impl_(std::make_unique<Impl>()) {}
+
+void SessionCache::ShutDown() noexcept {
+    impl_->ForgetParent();
+    {
+        const std::lock_guard lock(impl_->mutex);
+        impl_->stop = true;
+    }
+    impl_->changed.notify_all();
+    if (impl_->janitor.joinable()) impl_->janitor.join();
+    Clear();
+}
+
+SessionCache& SessionCache::Instance() {
+    // Never destroyed: sessions of static objects may end after it. At exit it is emptied and keeps nothing any more.
+    static SessionCache& instance = *new SessionCache;
+    static const struct AtExit {
+        ~AtExit() { instance.ShutDown(); }
+    } atExit;
+    return instance;
+}
+
+std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
+    for (;;) {
+        std::unique_ptr<PhysicalConnection> found;
+        Clock::duration idleTime{};
+        {
+            const std::lock_guard lock(impl_->mutex);
+            impl_->ForgetParent();
+            // The most recently used one: the most likely to be alive.
+            const auto last = std::find_if(impl_->idle.rbegin(), impl_->idle.rend(),
+                                           [&](const Impl::Idle& each) { return each.key == key; });
+            if (last == impl_->idle.rend()) return nullptr;
+            found = std::move(last->connection);
+            idleTime = Clock::now() - last->since;
+            impl_->idle.erase(std::next(last).base());
+        }
+        if (found->IsUsable(idleTime)) return found;
+    }
+}
+
+void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept try {
+    if (connection == nullptr || !connection->Reset()) return;
+    std::unique_ptr<PhysicalConnection> surplus;
+    const std::lock_guard lock(impl_->mutex);
+    impl_->ForgetParent();
+    if (impl_->stop || impl_->limit.count() == 0) return;
+    impl_->idle.reserve(impl_->idle.size() + 1);
+    if (impl_->idle.size() >= kMostIdle) {
+        surplus = std::move(impl_->idle.front().connection);
+        impl_->idle.erase(impl_->idle.begin());
+    }
+    impl_->idle.push_back({key, std::move(connection), Clock::now()});
+    if (!impl_->janitor.joinable()) impl_->janitor = std::thread([impl = impl_.get()] { impl->RunJanitor(); });
+    if (impl_->isAsleep) impl_->changed.notify_one();
+} catch (...) {
+    // No memory or no thread for keeping it: it is closed.
+}
+
+void SessionCache::Clear() noexcept {
+    std::vector<Impl::Idle> closing;
+    const std::lock_guard lock(impl_->mutex);
+    impl_->ForgetParent();
+    closing.swap(impl_->idle);
+}
+
+std::size_t SessionCache::IdleCount() const {
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->idle.size();
+}
+
+void SessionCache::SetIdleLimit(std::chrono::milliseconds limit) {
+    {
+        const std::lock_guard lock(impl_->mutex);
+        impl_->limit = limit;
+    }
+    impl_->changed.notify_all();
+}
+
+}  // namespace tk::ado

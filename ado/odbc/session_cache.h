@@ -1,0 +1,67 @@
+// ado/odbc/session_cache.h - idle connections, kept for the next session that asks for the same one.
+//
+// Every recordset that is opened with a connection string makes its own session; keeping connections makes that cheap.
+// A connection is kept for 60 s, at most 16 of them in all, and only when nothing that a session may have changed can
+// be on it. A child process never touches the connections of its parent.
+//
+// Threads: any.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "ado/odbc/physical_connection.h"
+
+namespace tk::ado {
+
+/// A connection on loan; goes back to the cache, or is closed, when the last user lets go of it.
+class Lease {
+public:
+    Lease(std::unique_ptr<PhysicalConnection> connection, std::string key, bool isReused)
+        : connection_(std::move(connection)), key_(std::move(key)), isReused_(isReused) {}
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+
+    PhysicalConnection& operator*() const noexcept { return *connection_; }
+    PhysicalConnection* operator->() const noexcept { return connection_.get(); }
+
+    /// True until the first statement: a failure then may only mean that the connection was lost while it was idle.
+    bool IsFreshFromCache() const noexcept { return isReused_; }
+    void MarkUsed() noexcept { isReused_ = false; }
+
+private:
+    std::unique_ptr<PhysicalConnection> connection_;
+    std::string key_;  // empty: not to be kept
+    bool isReused_ = false;
+};
+
+class SessionCache {
+public:
+    static SessionCache& Instance();
+
+    /// An idle connection of that key that is still usable, or null.
+    std::unique_ptr<PhysicalConnection> Take(const std::string& key);
+
+    /// Keeps the connection if it can be used again; closes it otherwise.
+    void Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept;
+
+    /// Closes the idle connections.
+    void Clear() noexcept;
+
+    std::size_t IdleCount() const;
+
+    /// For tests: how long an idle connection is kept.
+    void SetIdleLimit(std::chrono::milliseconds limit);
+
+private:
+    SessionCache();
+    ~SessionCache() = delete;
+    void ShutDown() noexcept;
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tk::ado

@@ -1,0 +1,84 @@
+#include "ado/odbc/statement.h"
+
+#include "ado/odbc/statement_impl.h"
+#include "ado/rowset/describe.h"
+
+namespace tk::ado {
+
+Statement::Impl::~Impl() {
+    if (handle == nullptr) return;
+    handle->Finish();
+    handle->Close();
+    (*lease)->ReturnHandle(std::move(handle));
+}
+
+void Statement::Impl::ReadResultShape() {
+    isDescribed = false;
+    columns.clear();
+    SQLSMALLINT count = 0;
+    const SQLRETURN result = Odbc().NumResultCols(handle->Get(), &count);
+    if (!SQL_SUCCEEDED(result)) Fail(result);
+    columnCount = count;
+    rowsAffected = -1;
+    if (count == 0) {
+        SQLLEN rows = -1;  // some drivers succeed without writing
+        if (SQL_SUCCEEDED(Odbc().RowCount(handle->Get(), &rows)) && rows >= 0) rowsAffected = static_cast<LONG>(rows);
+    }
+}
+
+void Statement::Impl::Fail(SQLRETURN result) {
+    std::vector<DiagnosticRecord> records;
+    if (result != SQL_INVALID_HANDLE) records = ReadDiagnostics(SQL_HANDLE_STMT, handle->Get());
+    bool isLost = false;
+    for (const DiagnosticRecord& record : records)
+        isLost = isLost || Classify(record).connectionLost;
+    if (isLost || (*lease)->IsDead()) (*lease)->MarkBroken();
+    // A server's own time limit reads like a cancellation; nobody has asked for one.
+    const bool isExpired = handle->WasExpired();
+    if (isExpired || (timeoutSeconds > 0 && !handle->WasCancelled())) throw MakeTimeoutError(records, isExpired);
+    throw MakeError(records);
+}
+
+Statement::Statement(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+Statement::Statement(Statement&&) noexcept = default;
+Statement& Statement::operator=(Statement&&) noexcept = default;
+Statement::~Statement() = default;
+
+bool Statement::HasRows() const noexcept {
+    return impl_->columnCount > 0;
+}
+
+LONG Statement::RowsAffected() const noexcept {
+    return impl_->rowsAffected;
+}
+
+const std::vector<ErrorRecord>& Statement::Warnings() const noexcept {
+    return impl_->warnings;
+}
+
+const std::vector<Column>& Statement::Columns() {
+    if (!impl_->isDescribed) {
+        impl_->columns = DescribeColumns(*impl_->handle, impl_->columnCount);
+        impl_->isDescribed = true;
+    }
+    return impl_->columns;
+}
+
+bool Statement::MoreResults() {
+    if (!impl_->handle->Profile().hasBatches) return false;
+    const bool isWatched = impl_->handle->Profile().timeLimit == TimeLimit::Watchdog;
+    WatchdogGuard guard(isWatched ? impl_->timeoutSeconds : 0, *impl_->handle);
+    const SQLRETURN result = Odbc().MoreResults(impl_->handle->Get());
+    guard.Finish();
+    if (result == SQL_NO_DATA) return false;
+    if (!SQL_SUCCEEDED(result)) impl_->Fail(result);
+    impl_->isFirstResult = false;
+    impl_->ReadResultShape();
+    return true;
+}
+
+void Statement::Cancel() noexcept {
+    impl_->handle->CancelRunning();
+}
+
+}  // namespace tk::ado

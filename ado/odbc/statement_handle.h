@@ -1,0 +1,81 @@
+// ado/odbc/statement_handle.h - one statement handle of a connection with what is set on it, kept for the next
+// statement.
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "ado/odbc/driver_profile.h"
+#include "ado/odbc/odbc_handle.h"
+#include "ado/odbc/watchdog.h"
+
+namespace tk::ado {
+
+/// Something that lives with a handle: the buffers that are bound to its columns.
+class BoundState {
+public:
+    virtual ~BoundState() = default;
+};
+
+class StatementHandle final : public Expiring {
+public:
+    StatementHandle(SQLHDBC connection, const DriverProfile& profile) : handle_(connection), profile_(profile) {}
+
+    SQLHSTMT Get() const noexcept { return handle_.Get(); }
+    const DriverProfile& Profile() const noexcept { return profile_; }
+
+    /// Between Start and Finish, CancelRunning reaches the driver; at other times it does nothing.
+    void Start() noexcept;
+    void Finish() noexcept;
+
+    /// From any thread. The call that runs now ends with "cancelled"; a fetch that is between two calls is up to its
+    /// loop, which asks WasCancelled.
+    void CancelRunning() noexcept;
+    bool WasCancelled() const noexcept;
+
+    /// As CancelRunning, because the time is over.
+    void Expire() noexcept override;
+    bool WasExpired() const noexcept;
+
+    /// Attributes are sent only when they change.
+    void SetTimeout(LONG seconds);
+    void SetMaxRows(LONG rows);
+
+    /// Rows of one fetch; with more than one, RowsFetched and RowStatus tell about each block.
+    void SetRowArraySize(SQLULEN rows);
+    SQLULEN RowsFetched() const noexcept { return rowsFetched_; }
+    SQLUSMALLINT RowStatus(std::size_t row) const noexcept { return rowStatus_[row]; }
+
+    /// Takes the bindings of the columns off.
+    void Unbind() noexcept;
+
+    /// Closes the cursor, if there is one; bindings stay.
+    void Close() noexcept;
+
+    /// The buffers bound to the columns; set by the row set's fetcher.
+    std::unique_ptr<BoundState> bound;
+
+    /// Throws the handle's diagnostics as a failure of the given result.
+    [[noreturn]] void Throw(SQLRETURN result) { ThrowDiagnostics(SQL_HANDLE_STMT, Get(), result); }
+
+private:
+    bool SetAttribute(SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER kind) noexcept;
+    bool SetNumber(SQLINTEGER attribute, SQLULEN value) noexcept {
+        return SetAttribute(attribute, reinterpret_cast<SQLPOINTER>(value), SQL_IS_UINTEGER);
+    }
+
+    OdbcStatement handle_;
+    const DriverProfile& profile_;
+    mutable std::mutex gate_;
+    bool running_ = false;
+    bool cancelled_ = false;
+    bool expired_ = false;
+    LONG timeout_ = 0;
+    LONG maxRows_ = 0;
+    SQLULEN rowArraySize_ = 1;
+    SQLULEN rowsFetched_ = 0;
+    std::unique_ptr<SQLUSMALLINT[]> rowStatus_;  // the driver writes into it
+    SQLULEN rowStatusSize_ = 0;
+};
+
+}  // namespace tk::ado

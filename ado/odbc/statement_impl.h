@@ -1,0 +1,37 @@
+// ado/odbc/statement_impl.h - what is behind a Statement; for the session and the row set.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ado/odbc/session_cache.h"
+#include "ado/odbc/statement.h"
+#include "ado/odbc/statement_handle.h"
+
+namespace tk::ado {
+
+struct Statement::Impl {
+    std::shared_ptr<Lease> lease;
+    std::unique_ptr<StatementHandle> handle;
+    std::string text;  // to describe its origins later; empty for catalog calls
+    LONG timeoutSeconds = 0;
+    LONG maxRows = 0;
+    LONG rowsAffected = -1;
+    int columnCount = 0;
+    bool isDescribed = false;
+    bool isFirstResult = true;
+    bool isOnSideConnection = false;
+    std::vector<Column> columns;
+    std::vector<ErrorRecord> warnings;
+
+    ~Impl();
+
+    /// Reads column and row counts after an execution or a step to the next result.
+    void ReadResultShape();
+
+    /// A failure of the handle: diagnostics first, then the question whether the connection still lives.
+    [[noreturn]] void Fail(SQLRETURN result);
+};
+
+}  // namespace tk::ado

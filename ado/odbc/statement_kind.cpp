@@ -1,0 +1,119 @@
+#include "ado/odbc/statement_kind.h"
+
+#include <array>
+#include <cstdint>
+
+#include "ado/odbc/ascii.h"
+
+namespace tk::ado {
+namespace {
+
+enum WordFlags : std::uint16_t {
+    kReads = 1,        // as the first word: a result and no change
+    kWrites = 2,       // as the first word: changes rows; anywhere in a statement that reads: no reading statement
+    kDefines = 4,      // as the first word: changes tables, not the session
+    kLimits = 8,       // the rows are few, or cost much before the first one comes
+    kTouches = 16,     // leaves something behind on the connection
+    kLimitsCall = 32,  // as kLimits when a parenthesis follows
+    kFrom = 64,
+};
+
+struct Word {
+    std::string_view text;
+    std::uint16_t flags;
+};
+
+constexpr Word kWords[] = {
+    {"advisory", kTouches}, {"alter", kDefines},      {"analyze", kDefines}, {"avg", kLimitsCall},
+    {"comment", kDefines},  {"count", kLimitsCall},   {"create", kDefines},  {"delete", kWrites},
+    {"drop", kDefines},     {"explain", kReads},      {"fetch", kLimits},    {"for", kLimits},
+    {"from", kFrom},        {"get_lock", kTouches},   {"global", kTouches},  {"grant", kDefines},
+    {"group", kLimits},     {"having", kLimits},      {"insert", kWrites},   {"into", kTouches | kLimits},
+    {"limit", kLimits},     {"max", kLimitsCall},     {"merge", kWrites},    {"min", kLimitsCall},
+    {"replace", kWrites},   {"returning", kLimits},   {"revoke", kDefines},  {"select", kReads},
+    {"session", kTouches},  {"set_config", kTouches}, {"sum", kLimitsCall},  {"system", kTouches},
+    {"temp", kTouches},     {"temporary", kTouches},  {"top", kLimits},      {"truncate", kDefines},
+    {"update", kWrites},    {"values", kReads},       {"where", kLimits},    {"with", kReads},
+};
+static_assert(std::ranges::is_sorted(kWords, {}, &Word::text));
+
+constexpr std::size_t kLongestWord = 12;
+
+std::uint16_t FlagsOf(std::string_view word) noexcept {
+    if (word.size() > kLongestWord)
+        return ContainsNoCase(word, "advisory") ? std::uint16_t{kTouches} : std::uint16_t{0};
+    std::array<char, kLongestWord> lower{};
+    std::ranges::transform(word, lower.begin(), LowerAscii);
+    const std::string_view key(lower.data(), word.size());
+    const auto* found = std::ranges::lower_bound(kWords, key, {}, &Word::text);
+    return found != std::end(kWords) && found->text == key ? found->flags : std::uint16_t{0};
+}
+
+constexpr bool IsWordLetter(char letter) noexcept {
+    return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || (letter >= '0' && letter <= '9') ||
+           letter == '_' || static_cast<unsigned char>(letter) >= 0x80;
+}
+
+/// The place after a quoted part, a comment or the single character at `at`.
+std::size_t SkipToken(std::string_view sql, std::size_t at) noexcept {
+    const auto after = [&](std::string_view end, std::size_t from) {
+        const std::size_t found = sql.find(end, from);
+        return found == std::string_view::npos ? sql.size() : found + end.size();
+    };
+    switch (sql[at]) {
+        case '\'':
+        case '"':
+        case '`':
+            return after(sql.substr(at, 1), at + 1);  // a doubled quote is two texts in a row: the same to us
+        case '[':
+            return after("]", at + 1);
+        case '-':
+            return sql.substr(at, 2) == "--" ? after("\n", at) : at + 1;
+        case '/':
+            return sql.substr(at, 2) == "/*" ? after("*/", at + 2) : at + 1;
+        default:
+            return at + 1;
+    }
+}
+
+}  // namespace
+
+StatementKind Inspect(std::string_view sql) noexcept {
+    StatementKind kind;
+    bool limited = false;
+    bool hasFrom = false;
+    bool ended = false;
+    bool isFirst = true;
+    std::uint16_t first = 0;
+    for (std::size_t at = 0; at < sql.size();) {
+        const char letter = sql[at];
+        if (!IsWordLetter(letter)) {
+            if (letter == ';') ended = true;
+            // Variables, temporary tables of some systems, assignments inside a SELECT.
+            if (letter == '@' || letter == '#') kind.changesSession = true;
+            at = SkipToken(sql, at);
+            continue;
+        }
+        std::size_t end = at;
+        while (end < sql.size() && IsWordLetter(sql[end]))
+            ++end;
+        const std::uint16_t flags = FlagsOf(sql.substr(at, end - at));
+        if (ended) kind.changesSession = true;  // a second statement: anything can be in it
+        if (isFirst) {
+            first = flags;
+            isFirst = false;
+        } else if (flags != 0) {
+            if ((flags & kTouches) != 0 && (first & kWrites) == 0) kind.changesSession = true;
+            if ((flags & kWrites) != 0 && sql.substr(end, 1) != "(") first &= static_cast<std::uint16_t>(~kReads);
+            if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && sql.substr(end, 1) == "(")) limited = true;
+            if ((flags & kFrom) != 0) hasFrom = true;
+        }
+        at = end;
+    }
+    if ((first & (kReads | kWrites | kDefines)) == 0) kind.changesSession = true;
+    kind.isReading = (first & kReads) != 0 && !kind.changesSession && !ended;
+    kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
+    return kind;
+}
+
+}  // namespace tk::ado

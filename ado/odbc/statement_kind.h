@@ -1,0 +1,18 @@
+// ado/odbc/statement_kind.h - what can be told of a statement from its text: enough to decide how to run it.
+//
+// A guess, taken where a wrong one costs time but never a wrong result.
+#pragma once
+
+#include <string_view>
+
+namespace tk::ado {
+
+struct StatementKind {
+    bool isReading = false;       // one SELECT or its like: running it twice does no harm
+    bool isLikelyLarge = false;   // reads from a table and names nothing that would limit the rows
+    bool changesSession = false;  // may leave settings, temporary tables or locks behind on the connection
+};
+
+StatementKind Inspect(std::string_view sql) noexcept;
+
+}  // namespace tk::ado

@@ -1,0 +1,111 @@
+#include "ado/rowset/fetch_pool.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace tk::ado {
+namespace {
+
+constexpr std::size_t kMostThreads = 8;
+constexpr auto kIdleTime = std::chrono::seconds(30);
+constexpr auto kExitPatience = std::chrono::seconds(2);
+
+}  // namespace
+
+struct FetchPool::Impl {
+    std::mutex mutex;
+    std::condition_variable wake;
+    std::condition_variable ended;
+    std::deque<std::shared_ptr<FetchJob>> waiting;
+    std::vector<std::shared_ptr<FetchJob>> running;
+    std::size_t threads = 0;
+    std::size_t idle = 0;
+    bool stop = false;
+    pid_t owner = getpid();
+
+    /// A child process has none of the threads.
+    void ForgetParent() {
+        if (owner == getpid()) return;
+        owner = getpid();
+        threads = idle = 0;
+        waiting.clear();
+        running.clear();
+    }
+
+    void Work() {
+        std::unique_lock lock(mutex);
+        for (;;) {
+            ++idle;
+            const bool hasWork = wake.wait_for(lock, kIdleTime, [this] { return stop || !waiting.empty(); });
+            --idle;
+            if (stop || !hasWork) break;
+            auto job = std::move(waiting.front());
+            waiting.pop_front();
+            const bool isMine = job->Claim();
+            if (isMine) running.push_back(job);
+            lock.unlock();
+            if (isMine) job->RunJob();
+            lock.lock();
+            if (isMine) std::erase(running, job);
+            lock.unlock();
+            job.reset();  // its last owner may close a connection
+            lock.lock();
+        }
+        --threads;
+        // Notified under the lock: after it the pool counts on this thread no more.
+        ended.notify_all();
+    }
+};
+
+FetchPool::FetchPool() : impl_(std::make_unique<Impl>()) {}
+
+FetchPool& FetchPool::Instance() {
+    // Never destroyed: threads that outlast the patience at exit still use it.
+    static FetchPool& instance = *new FetchPool;
+    static const struct AtExit {
+        ~AtExit() { instance.ShutDown(); }
+    } atExit;
+    return instance;
+}
+
+void FetchPool::Submit(std::shared_ptr<FetchJob> job) {
+    job->isWaiting_.store(true, std::memory_order_release);
+    const std::lock_guard lock(impl_->mutex);
+    impl_->ForgetParent();
+    if (impl_->stop) return;
+    impl_->waiting.push_back(std::move(job));
+    if (impl_->idle >= impl_->waiting.size()) {
+        impl_->wake.notify_one();
+        return;
+    }
+    if (impl_->threads >= kMostThreads) return;
+    try {
+        std::thread([impl = impl_.get()] { impl->Work(); }).detach();
+        ++impl_->threads;
+    } catch (const std::system_error&) {
+        // The waiting reader does the work.
+    }
+}
+
+void FetchPool::ShutDown() noexcept {
+    std::unique_lock lock(impl_->mutex);
+    impl_->ForgetParent();
+    impl_->stop = true;
+    const auto running = impl_->running;
+    lock.unlock();
+    impl_->wake.notify_all();
+    for (const auto& job : running)
+        job->AbortJob();
+    lock.lock();
+    impl_->ended.wait_for(lock, kExitPatience, [this] { return impl_->threads == 0; });
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,46 @@
+// ado/rowset/fetch_pool.h - the threads that fetch ahead of the readers; few, kept for the next result, ended when
+// idle.
+//
+// A job that no thread has begun yet can be taken back by whoever waits for it, so a full pool delays nobody for good.
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+namespace tk::ado {
+
+class FetchJob {
+public:
+    virtual ~FetchJob() = default;
+
+    /// On a thread of the pool; never throws.
+    virtual void RunJob() noexcept = 0;
+
+    /// From any thread, at the end of the process: RunJob returns soon.
+    virtual void AbortJob() noexcept = 0;
+
+    /// Claims a waiting job; the one who gets true runs it, or hands it in again.
+    bool Claim() noexcept { return isWaiting_.exchange(false, std::memory_order_acq_rel); }
+
+private:
+    friend class FetchPool;
+    std::atomic<bool> isWaiting_ = false;
+};
+
+class FetchPool {
+public:
+    static FetchPool& Instance();
+
+    /// Hands the job in; a thread claims it soon, unless somebody else does.
+    /// When no thread can be made the job stays waiting for whoever claims it.
+    void Submit(std::shared_ptr<FetchJob> job);
+
+private:
+    FetchPool();
+    ~FetchPool() = delete;
+    void ShutDown() noexcept;
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace tk::ado

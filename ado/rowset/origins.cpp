@@ -1,0 +1,256 @@
+#include "ado/rowset/origins.h"
+
+#include <tkwin32/text.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "ado/odbc/ascii.h"
+#include "ado/odbc/physical_connection.h"
+#include "ado/rowset/row_set.h"
+#include "ado/rowset/type_map.h"
+
+namespace tk::ado {
+namespace {
+
+std::string TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute) {
+    char buffer[512] = {};
+    SQLSMALLINT length = 0;
+    const SQLRETURN result = Odbc().ColAttribute(statement, static_cast<SQLUSMALLINT>(number), attribute, buffer,
+                                                 sizeof buffer - 1, &length, nullptr);
+    return SQL_SUCCEEDED(result) ? std::string(buffer) : std::string();
+}
+
+SQLLEN NumberAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute, SQLLEN otherwise) {
+    SQLLEN value = otherwise;
+    const SQLRETURN result =
+        Odbc().ColAttribute(statement, static_cast<SQLUSMALLINT>(number), attribute, nullptr, 0, nullptr, &value);
+    return SQL_SUCCEEDED(result) ? value : otherwise;
+}
+
+int Searchable(SQLLEN odbc) {
+    switch (odbc) {
+        case SQL_PRED_NONE:
+            return 1;
+        case SQL_PRED_CHAR:
+            return 2;
+        case SQL_PRED_BASIC:
+            return 3;
+        default:
+            return 4;
+    }
+}
+
+/// What the driver tells of a prepared statement.
+void DescribePrepared(Session& session, std::string_view sql, std::span<Column> columns) {
+    PhysicalConnection& connection = session.Physical();
+    OdbcStatement statement(connection.Get());
+    std::string text(sql);
+    SQLSMALLINT count = 0;
+    if (!SQL_SUCCEEDED(Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) ||
+        !SQL_SUCCEEDED(Odbc().NumResultCols(statement.Get(), &count)) ||
+        static_cast<std::size_t>(count) != columns.size()) {
+        return;
+    }
+    int number = 0;
+    for (Column& column : columns) {
+        ++number;
+        column.isCaseSensitive = NumberAttribute(statement.Get(), number, SQL_DESC_CASE_SENSITIVE, 0) != 0;
+        column.searchable =
+            Searchable(NumberAttribute(statement.Get(), number, SQL_DESC_SEARCHABLE, SQL_PRED_SEARCHABLE));
+        column.isAutoIncrement = NumberAttribute(statement.Get(), number, SQL_DESC_AUTO_UNIQUE_VALUE, 0) == SQL_TRUE;
+        if (!connection.Profile().describesBase) continue;
+        column.baseTable = TextAttribute(statement.Get(), number, SQL_DESC_BASE_TABLE_NAME);
+        column.isExpression = column.baseTable.empty();
+        if (column.isExpression) continue;
+        column.baseCatalog = TextAttribute(statement.Get(), number, SQL_DESC_CATALOG_NAME);
+        column.baseSchema = TextAttribute(statement.Get(), number, SQL_DESC_SCHEMA_NAME);
+        column.baseColumn = TextAttribute(statement.Get(), number, SQL_DESC_BASE_COLUMN_NAME);
+    }
+}
+
+/// For a driver that gives the alias for the base column: the names as the text has them.
+void TakeColumnsFromText(std::string_view sql, std::span<Column> columns) {
+    const std::vector<std::string> list = ReadSelectList(sql);
+    const auto stars = static_cast<std::size_t>(std::ranges::count(list, "*"));
+    // Several stars cannot be told apart; without any the list is the columns one by one.
+    const bool isPlain = !list.empty() && stars <= 1 && list.size() - stars <= columns.size() &&
+                         (stars == 1 || list.size() == columns.size());
+    const std::size_t starColumns = isPlain ? columns.size() - (list.size() - stars) : 0;
+    std::size_t at = 0;
+    for (const std::string& name : list) {
+        if (!isPlain) break;
+        if (name != "*") {
+            columns[at++].baseColumn = name;
+            continue;
+        }
+        for (std::size_t i = 0; i < starColumns; ++i, ++at) {
+            columns[at].baseColumn = text::Utf16ToUtf8(columns[at].name);
+        }
+    }
+    for (Column& column : columns) {
+        if (!isPlain || column.baseTable.empty()) column.baseColumn.clear();
+    }
+}
+
+/// One column of a table.
+struct TableColumn {
+    std::string name;
+    bool isKey = false;
+    bool isAutoIncrement = false;
+    bool isNullable = true;
+};
+
+std::string QuotedText(std::string_view text) {
+    std::string quoted = "'";
+    for (const char letter : text) {
+        if (letter == '\'') quoted.push_back('\'');
+        quoted.push_back(letter);
+    }
+    return quoted.append("'");
+}
+
+/// The rows of a small query, every cell as text.
+std::vector<std::vector<std::string>> Ask(Session& session, Statement statement) {
+    std::vector<std::vector<std::string>> table;
+    if (!statement.HasRows()) return table;
+    // The session is borrowed: the rows are read to the end here.
+    const std::shared_ptr<Session> borrowed(&session, [](Session*) {});
+    const auto rows = RowSet::Fetch(std::move(statement), borrowed, {});
+    for (std::size_t row = 0; rows->HasRow(row); ++row) {
+        auto& cells = table.emplace_back();
+        for (std::size_t i = 0; i < rows->Columns().size(); ++i) {
+            const Cell cell = rows->At(row, i);
+            cells.emplace_back(cell.text.data() != nullptr ? std::string(cell.text) : std::to_string(cell.integer));
+        }
+    }
+    return table;
+}
+
+std::vector<std::vector<std::string>> Ask(Session& session, const std::string& sql) {
+    return Ask(session, session.Execute(sql, ExecuteOptions{}));
+}
+
+/// Without a primary key: the columns of the first unique index that no NULL can be in.
+void TakeUniqueIndex(std::vector<TableColumn>& columns,
+                     const std::map<std::string, std::vector<std::string>>& indexes) {
+    for (const auto& [name, members] : indexes) {
+        std::vector<TableColumn*> found;
+        for (const std::string& member : members) {
+            const auto column = std::ranges::find_if(
+                columns, [&](const TableColumn& each) { return !each.isNullable && EqualsNoCase(each.name, member); });
+            if (column != columns.end()) found.push_back(&*column);
+        }
+        if (found.empty() || found.size() != members.size()) continue;
+        for (TableColumn* column : found)
+            column->isKey = true;
+        return;
+    }
+}
+
+bool HasKey(const std::vector<TableColumn>& columns) {
+    return std::ranges::any_of(columns, [](const TableColumn& each) { return each.isKey; });
+}
+
+std::vector<TableColumn> AskPragma(Session& session, const std::string& table) {
+    std::vector<TableColumn> columns;
+    std::size_t keys = 0;
+    bool isRowId = false;
+    for (const auto& row :
+         Ask(session, "select name, type, \"notnull\", pk from pragma_table_xinfo(" + QuotedText(table) + ")")) {
+        TableColumn column;
+        column.name = row[0];
+        column.isKey = row[3] != "0";
+        // Contract: only the exact type INTEGER makes the key the row's own number.
+        if (column.isKey) isRowId = EqualsNoCase(row[1], "INTEGER");
+        keys += column.isKey ? 1 : 0;
+        column.isNullable = row[2] == "0";
+        columns.push_back(std::move(column));
+    }
+    for (TableColumn& column : columns) {
+        if (!column.isKey || keys != 1 || !isRowId) continue;
+        column.isAutoIncrement = true;
+        column.isNullable = false;
+    }
+    if (HasKey(columns)) return columns;
+    std::map<std::string, std::vector<std::string>> indexes;
+    for (const auto& row : Ask(session, "select l.name, i.name from pragma_index_list(" + QuotedText(table) +
+                                            ") l, pragma_index_info(l.name) i where l.\"unique\" = 1 and "
+                                            "l.partial = 0 order by l.name, i.seqno")) {
+        indexes[row[0]].push_back(row[1]);
+    }
+    TakeUniqueIndex(columns, indexes);
+    return columns;
+}
+
+/// By the catalog functions; the columns are those of the result, which is all that an update can use.
+std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> result, const Column& of) {
+    std::vector<TableColumn> columns;
+    for (const Column& column : result) {
+        if (column.baseTable != of.baseTable || column.baseSchema != of.baseSchema) continue;
+        columns.push_back(
+            {column.baseColumn, false, column.isAutoIncrement, (column.attributes & kFieldMayBeNull) != 0});
+    }
+    CatalogCall call;
+    call.function = CatalogCall::Function::PrimaryKeys;
+    call.catalog = of.baseCatalog;
+    call.schema = of.baseSchema;
+    call.table = of.baseTable;
+    std::size_t keys = 0;
+    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+        ++keys;
+        for (TableColumn& column : columns) {
+            if (row.size() > 3 && column.name == row[3]) column.isKey = true;
+        }
+    }
+    if (keys != 0) return columns;
+    call.function = CatalogCall::Function::Statistics;
+    call.unique = true;
+    std::map<std::string, std::vector<std::string>> indexes;
+    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+        if (row.size() > 8 && !row[5].empty() && !row[8].empty()) indexes[row[5]].push_back(row[8]);
+    }
+    TakeUniqueIndex(columns, indexes);
+    return columns;
+}
+
+void DescribeTable(Session& session, std::span<Column> columns, const Column& of) {
+    const bool byPragma = session.Profile().keySource == KeySource::Pragma;
+    const auto table = byPragma ? AskPragma(session, of.baseTable) : AskCatalog(session, columns, of);
+    const std::string name = of.baseTable;  // `of` is one of the columns changed below
+    const std::string schema = of.baseSchema;
+    for (Column& column : columns) {
+        if (column.baseTable != name || column.baseSchema != schema) continue;
+        const auto found = std::ranges::find_if(
+            table, [&](const TableColumn& each) { return EqualsNoCase(each.name, column.baseColumn); });
+        if (found == table.end()) {
+            column.baseColumn.clear();  // no such column: better none than a wrong one
+            continue;
+        }
+        if (byPragma) column.baseColumn = found->name;
+        column.isKey = found->isKey;
+        column.isAutoIncrement = column.isAutoIncrement || found->isAutoIncrement;
+        column.attributes &= ~kFieldUnknownUpdatable;
+        column.attributes |= kFieldUpdatable;
+        if (column.isKey) column.attributes |= kFieldKeyColumn;
+        if (byPragma && !found->isNullable) column.attributes &= ~(kFieldIsNullable | kFieldMayBeNull);
+    }
+}
+
+}  // namespace
+
+void DescribeOrigins(Session& session, std::string_view sql, std::span<Column> columns) noexcept try {
+    session.FinishBackgroundWork();
+    DescribePrepared(session, sql, columns);
+    if (session.Profile().baseColumnIsAlias) TakeColumnsFromText(sql, columns);
+    std::set<std::pair<std::string, std::string>> done;
+    for (const Column& column : columns) {
+        if (column.baseTable.empty() || !done.emplace(column.baseSchema, column.baseTable).second) continue;
+        DescribeTable(session, columns, column);
+    }
+} catch (...) {
+    // What is not known stays empty; a row without a key cannot be written, and says so when it is tried.
+}
+
+}  // namespace tk::ado

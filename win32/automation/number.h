@@ -10,7 +10,7 @@ namespace tk::automation {
 inline constexpr int kCurrencyPlaces = 4;
 inline constexpr LONGLONG kCurrencyUnits = 10000;
 
-enum class Form : unsigned char { Integer, Real, Currency, Decimal, None };
+enum class Form : unsigned char { None, Integer, Real, Currency, Decimal };
 
 /// How a type code holds its number.
 struct NumberType {

@@ -67,6 +67,7 @@ TEST_F(DatabaseMembers, HandBackWhatTheConnectionAnswers) {
     connection_->On(Get(16)).Returns(Short(3));
     connection_->On(Call(7)).Returns(Long(2));
     connection_->On(Get(12)).Returns(Text(nullptr));
+    connection_->On(Get(11)).Returns(Object(nullptr));
     EXPECT_STREQ(database.GetConnectionString(), "DSN=库");
     EXPECT_STREQ(database.GetVersion(), "2.8");
     EXPECT_EQ(database.GetIsolationLevel(), -1);

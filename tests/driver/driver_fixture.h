@@ -51,9 +51,10 @@ protected:
         records_ = {};
         connections_.reset();
         recordsets_.reset();
-        EXPECT_EQ(ScriptedObject::Alive(), 0) << "an object is left over";
+        EXPECT_EQ(ScriptedObject::Alive(), aliveBefore_) << "an object is left over";
     }
 
+    int aliveBefore_ = ScriptedObject::Alive();
     Journal journal_;
     Apartment apartment_;
     Held<ScriptedObject> connection_ = Make("connection");

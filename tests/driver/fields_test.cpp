@@ -11,6 +11,10 @@ struct Row {
     const char* line;
 };
 
+void Clear(VARIANT value) {
+    VariantClear(&value);
+}
+
 class Wrappers : public DriverTest {
 protected:
     /// Calls each row's member on a new object, and compares the one line it writes.
@@ -41,7 +45,7 @@ TEST_F(Wrappers, FieldMembersAreOneCallEach) {
         {"GetName", [](CTField& f) { f.GetName(); }, "o.get 1100"},
         {"GetType", [](CTField& f) { f.GetType(); }, "o.get 1102"},
         {"SetType", [](CTField& f) { f.SetType(200); }, "o.put 1102 (I4 200)"},
-        {"GetValue", [](CTField& f) { f.GetValue(); }, "o.get 0"},
+        {"GetValue", [](CTField& f) { Clear(f.GetValue()); }, "o.get 0"},
         {"SetValue", [](CTField& f) { f.SetValue(Text("值")); }, "o.put 0 (BSTR \"值\")"},
         {"SetValue of an integer", [](CTField& f) { f.SetValue(Short(5)); }, "o.put 0 (I2 5)"},
         {"AppendChunk", [](CTField& f) { f.AppendChunk(Text("x")); }, "o.call 1107 (BSTR \"x\")"},
@@ -81,7 +85,7 @@ TEST_F(Wrappers, FieldsMembersAreOneCallEach) {
 
 TEST_F(Wrappers, PropertyMembersAreOneCallEach) {
     static const Row<CTProperty> kRows[] = {
-        {"GetValue", [](CTProperty& p) { p.GetValue(); }, "o.get 0"},
+        {"GetValue", [](CTProperty& p) { Clear(p.GetValue()); }, "o.get 0"},
         {"SetValue", [](CTProperty& p) { p.SetValue(Flag(true)); }, "o.put 0 (BOOL true)"},
         {"GetName", [](CTProperty& p) { p.GetName(); }, "o.get 1610743810"},
         {"GetType", [](CTProperty& p) { p.GetType(); }, "o.get 1610743811"},

@@ -61,7 +61,7 @@ TEST_F(RecordsetValues, AFailingReadGivesAnEmptyValueAndEveryDefault) {
     EXPECT_EQ(recordset_.GetIntValue("A"), 0);
     EXPECT_EQ(recordset_.GetCharValue("A"), '\0');
     EXPECT_EQ(recordset_.GetDateValue("A"), 0.0);
-    EXPECT_STREQ(recordset_.GetStringValueStr("A"), VARIANTToString(Nothing()));
+    EXPECT_STREQ(recordset_.GetStringValueStr("A"), "");
 }
 
 TEST_F(RecordsetValues, AFailureAtEveryStepOfAReadIsCaught) {
@@ -238,23 +238,25 @@ TEST_F(RecordsetValues, TextsAreDisplayTextsOrLiterals) {
     static const struct {
         const char* label;
         COleVariant value;
-        const char* text;
+        const char* display;
+        const char* literal;
     } kRows[] = {
-        {"text", Text("库'存"), "库'存"},
-        {"integer", Long(5), "5"},
-        {"real", Real(1.5), "         1.5"},
-        {"true", Flag(true), "True"},
-        {"date", Date(2.0), "1900-01-01 00:00:00"},
-        {"null", Null(), ""},
-        {"decimal", Decimal(0), "0"},
+        {"text", Text("库'存"), "库'存", "'库''存'"},
+        {"integer", Long(5), "5", "5"},
+        {"real", Real(1.5), "        1.5", "        1.5"},
+        {"true", Flag(true), "True", "True"},
+        {"date", Date(2.0), "1900-01-01 00:00:00", "'1900-01-01 00:00:00'"},
+        {"null", Null(), "", ""},
+        {"decimal", Decimal(0), "0", "0"},
+        {"I8", Integer(VT_I8, 7), "", "'7'"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
         Show(row.value);
-        EXPECT_STREQ(recordset_.GetStringValue("A"), row.text);
-        EXPECT_STREQ(recordset_.GetStringValue(0L), row.text);
-        EXPECT_STREQ(recordset_.GetStringValueStr("A"), VARIANTToString(row.value));
-        EXPECT_STREQ(recordset_.GetStringValueStr(0L), VARIANTToString(row.value));
+        EXPECT_STREQ(recordset_.GetStringValue("A"), row.display);
+        EXPECT_STREQ(recordset_.GetStringValue(0L), row.display);
+        EXPECT_STREQ(recordset_.GetStringValueStr("A"), row.literal);
+        EXPECT_STREQ(recordset_.GetStringValueStr(0L), row.literal);
     }
 }
 

@@ -106,7 +106,7 @@ TEST_F(RowShortCut, ServesValuesWithoutALateBoundCall) {
     EXPECT_STREQ(recordset_.GetStringValue("TEXT NULL"), "");
     EXPECT_STREQ(recordset_.GetStringValue("EMPTY"), "");
     EXPECT_STREQ(recordset_.GetStringValue(0L), "7");
-    EXPECT_STREQ(recordset_.GetStringValue(6L), "         1.5");
+    EXPECT_STREQ(recordset_.GetStringValue(6L), "        1.5");
     EXPECT_EQ(recordset_.GetCharValue("PLAIN"), 'p');
     EXPECT_EQ(recordset_.GetFieldCount(), 7);
     recordset_.MoveNext();

@@ -72,9 +72,9 @@ TEST_F(Tkdb, KeepsCharactersOutsideGbk) {
 }
 
 TEST_F(Tkdb, TellsTheReasonOnStandardErrorAndExitsWithOne) {
-    const Outcome outcome = Run("query " + connection_ + " 'select * from nothing'", "2>&1 >/dev/null");
+    const Outcome outcome = Run("query " + connection_ + " 'select * from missing'", "2>&1 >/dev/null");
     EXPECT_EQ(outcome.code, 1);
-    EXPECT_THAT(outcome.output, HasSubstr("no such table: nothing"));
+    EXPECT_THAT(outcome.output, HasSubstr("no such table: missing"));
     EXPECT_EQ(Run("exec 'Driver=NoSuchDriver' 'select 1'").code, 1);
 }
 

@@ -48,12 +48,12 @@ int ExecuteStatements(const std::string& connection, const std::vector<std::stri
     try {
         if (inTransaction) database.BeginTrans();
         for (const auto& statement : statements) {
-            VARIANT affected;
-            VariantInit(&affected);
+            // A count of 0 is an answer too: what tells a failure is that it left a text.
+            const CString before = database.GetLastErrorString();
             // "%s" keeps percent signs of the statement out of the format.
             const long rows = database.ExecSQL("%s", TerminalToGbk(statement).c_str());
             const CString error = database.GetLastErrorString();
-            if (rows == 0 && !error.IsEmpty()) {
+            if (rows == 0 && error != before) {
                 if (inTransaction) database.RollbackTrans();
                 return Refuse(error);
             }

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "ado/error.h"
+#include "ado/messages.h"
 
 namespace tk::ado {
 
@@ -18,11 +19,10 @@ inline constexpr HRESULT kNoTable = static_cast<HRESULT>(0x80040E37);
 inline constexpr HRESULT kConcurrencyViolation = static_cast<HRESULT>(0x80040E38);
 inline constexpr HRESULT kPermissionDenied = static_cast<HRESULT>(0x80040E09);
 inline constexpr HRESULT kBadBookmark = static_cast<HRESULT>(0x80040E0E);
-inline constexpr HRESULT kTransactionExists = static_cast<HRESULT>(0x8004D013);
-inline constexpr HRESULT kNoTransaction = static_cast<HRESULT>(0x8004D00E);
+inline constexpr HRESULT kTransactionExistsCode = static_cast<HRESULT>(0x8004D013);
+inline constexpr HRESULT kNoTransactionCode = static_cast<HRESULT>(0x8004D00E);
 
 inline constexpr std::u16string_view kCursorSource = u"Microsoft Cursor Engine";
-inline constexpr std::u16string_view kProviderSource = u"Microsoft OLE DB Provider for ODBC Drivers";
 
 inline constexpr std::u16string_view kTextDeletedRow = u"该行已被删除,不能再读取它的值。";
 inline constexpr std::u16string_view kTextConcurrency =

@@ -132,14 +132,14 @@ void Connection::Execute(Call& call) {
 
 void Connection::BeginTrans(Call& call) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
-    if (session->InTransaction()) throw ProviderFailure(kTransactionExists, kTextTransactionExists, kProviderSource);
+    if (session->InTransaction()) throw ProviderFailure(kTransactionExistsCode, kTextTransactionExists, kProviderSource);
     session->Begin(isolationLevel_);
     call.ReturnLong(1);
 }
 
 void Connection::EndTransaction(bool commit) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
-    if (!session->InTransaction()) throw ProviderFailure(kNoTransaction, kTextNoTransaction, kProviderSource);
+    if (!session->InTransaction()) throw ProviderFailure(kNoTransactionCode, kTextNoTransaction, kProviderSource);
     if (commit) {
         session->Commit();
     } else {

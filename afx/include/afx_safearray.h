@@ -63,6 +63,7 @@ public:
     /// Same type, bounds and elements; elements that are texts, variants or objects never compare as equal.
     BOOL operator==(const SAFEARRAY& saSrc) const noexcept;
     BOOL operator==(const VARIANT& varSrc) const noexcept;
+    BOOL operator==(const COleSafeArray& saSrc) const noexcept { return *this == static_cast<const VARIANT&>(saSrc); }
 
     operator LPVARIANT() noexcept { return this; }
     operator LPCVARIANT() const noexcept { return this; }

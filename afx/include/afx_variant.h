@@ -55,6 +55,7 @@ public:
 
     /// Same type and same value, without a conversion; arrays as COleSafeArray compares them.
     BOOL operator==(const VARIANT& varSrc) const noexcept;
+    BOOL operator==(const COleVariant& varSrc) const noexcept { return *this == static_cast<const VARIANT&>(varSrc); }
     BOOL operator==(LPCVARIANT pSrc) const noexcept { return *this == *pSrc; }
 
     const COleVariant& operator=(const VARIANT& varSrc);

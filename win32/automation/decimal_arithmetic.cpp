@@ -61,28 +61,6 @@ HRESULT CompareDecimals(const DECIMAL& left, const DECIMAL& right) {
     return CompareResult(sign >= 0 ? pair.left <=> pair.right : pair.right <=> pair.left);
 }
 
-// Schoolbook division, bit by bit; the remainder takes the dividend's place.
-Wide DivideWide(Wide& dividend, const Wide& divisor) {
-    Wide quotient;
-    Wide remainder;
-    if (divisor.Bits() <= 64) {
-        quotient = dividend;
-        dividend = Wide(quotient.Divide(static_cast<std::uint64_t>(divisor.Low())));
-        return quotient;
-    }
-    for (int bit = dividend.Bits() - 1; bit >= 0; --bit) {
-        remainder.ShiftLeft();
-        if (dividend.Bit(bit)) remainder.SetLowestBit();
-        quotient.ShiftLeft();
-        if (remainder >= divisor) {
-            remainder -= divisor;
-            quotient.SetLowestBit();
-        }
-    }
-    dividend = remainder;
-    return quotient;
-}
-
 enum class Cut : unsigned char { TowardsZero, Down };
 
 HRESULT CutFraction(const DECIMAL* in, Cut cut, DECIMAL* result) {
@@ -118,18 +96,18 @@ HRESULT VarDecMul(LPDECIMAL pdecLeft, LPDECIMAL pdecRight, LPDECIMAL pdecResult)
 
 HRESULT VarDecDiv(LPDECIMAL pdecLeft, LPDECIMAL pdecRight, LPDECIMAL pdecResult) {
     if (!AreDecimals(pdecLeft, pdecRight, pdecResult)) return E_INVALIDARG;
-    const Wide divisor(MagnitudeOf(*pdecRight));
-    if (divisor.IsZero()) return DISP_E_DIVBYZERO;
-    Wide dividend(MagnitudeOf(*pdecLeft));
+    const UInt128 divisor = MagnitudeOf(*pdecRight);
+    if (divisor == 0) return DISP_E_DIVBYZERO;
+    Wide quotient(MagnitudeOf(*pdecLeft));
     // As many places as 256 bits have room for: the quotient then has over 150 bits, more than can be kept.
-    const int extraPlaces = (255 - dividend.Bits()) * 30102 / 100000;
-    dividend.MultiplyByTenTo(extraPlaces);
+    const int extraPlaces = (255 - quotient.Bits()) * 30102 / 100000;
+    quotient.MultiplyByTenTo(extraPlaces);
+    const bool rest = quotient.DivideBy96Bits(divisor) != 0;
     const int keptScale = pdecLeft->scale > pdecRight->scale ? pdecLeft->scale - pdecRight->scale : 0;
     const bool negative = IsNegative(*pdecLeft) != IsNegative(*pdecRight);
-    const Wide quotient = DivideWide(dividend, divisor);
     const int scale = extraPlaces + pdecLeft->scale - pdecRight->scale;  // 19 at least
     DECIMAL result{};
-    const HRESULT outcome = StoreRounded(quotient, scale, !dividend.IsZero(), negative, result);
+    const HRESULT outcome = StoreRounded(quotient, scale, rest, negative, result);
     if (FAILED(outcome)) return outcome;
     StripZeros(result, keptScale);
     StoreDecimal(MagnitudeOf(result), result.scale, negative, *pdecResult);

@@ -44,7 +44,7 @@ HRESULT StoreRounded(Wide magnitude, int scale, bool sticky, bool negative, DECI
         scale -= places;
         places = 1;
         if (magnitude.Bits() > 96) continue;
-        const UInt128 rounded = magnitude.Low() + (cut.RoundsUp(magnitude.Bit(0)) ? 1 : 0);
+        const UInt128 rounded = magnitude.Low() + (cut.RoundsUp(magnitude.IsOdd()) ? 1 : 0);
         if (rounded > kMaxMagnitude) continue;  // rounds again from the unrounded digits, so never twice
         StoreDecimal(rounded, scale, negative, out);
         return S_OK;
@@ -67,7 +67,7 @@ UInt128 ScaleDownToEven(UInt128 magnitude, int places) noexcept {
     Wide wide(magnitude);
     CutOff cut;
     CutDigits(wide, places, cut);
-    return wide.Low() + (cut.RoundsUp(wide.Bit(0)) ? 1 : 0);
+    return wide.Low() + (cut.RoundsUp(wide.IsOdd()) ? 1 : 0);
 }
 
 double RealFromDecimal(const DECIMAL& value) noexcept {

@@ -69,6 +69,22 @@ constexpr bool IsVariantType(VARTYPE type) {
     return (type & (VT_ARRAY | VT_BYREF)) == 0 ? facts.plain : facts.size != 0;
 }
 
+namespace detail {
+constexpr std::uint64_t kSimpleTypes = [] {
+    std::uint64_t bits = 0;
+    for (const TypeRow& row : kTypeRows) {
+        if (row.facts.plain && row.facts.owns == Owns::Nothing) bits |= std::uint64_t{1} << row.type;
+    }
+    return bits;
+}();
+}  // namespace detail
+
+/// Whether a VARIANT of this type is its bits and nothing more; the quick question before the exact ones.
+constexpr bool IsSimpleType(VARTYPE type) {
+    return type < 64 && ((detail::kSimpleTypes >> type) & 1) != 0;
+}
+
+static_assert(IsSimpleType(VT_EMPTY) && IsSimpleType(VT_DECIMAL) && !IsSimpleType(VT_BSTR) && !IsSimpleType(15));
 static_assert(IsVariantType(VT_EMPTY) && IsVariantType(VT_VARIANT | VT_BYREF) && IsVariantType(VT_VARIANT | VT_ARRAY));
 static_assert(!IsVariantType(VT_VARIANT) && !IsVariantType(VT_NULL | VT_BYREF) && !IsVariantType(15));
 static_assert(!IsVariantType(VT_VECTOR | VT_I4) && !IsVariantType(VT_RESERVED | VT_I4) && !IsVariantType(131));

@@ -7,6 +7,7 @@
 
 using tk::automation::FactsOf;
 using tk::automation::HeaderOf;
+using tk::automation::IsSimpleType;
 using tk::automation::IsVariantType;
 using tk::automation::Owns;
 
@@ -29,6 +30,27 @@ HRESULT ClearOwned(VARIANT& value) {
     } else if (old.punkVal != nullptr) {
         old.punkVal->Release();
     }
+    return S_OK;
+}
+
+// Here and not in VariantClear, so that a copy need not go through the library's symbol table.
+inline HRESULT Clear(VARIANT& value) {
+    const VARTYPE type = value.vt;
+    if (IsSimpleType(type)) {
+        value.vt = VT_EMPTY;
+        return S_OK;
+    }
+    if (type == VT_BSTR) {
+        value.vt = VT_EMPTY;
+        tk::automation::GiveText(value.bstrVal);
+        return S_OK;
+    }
+    if (!IsVariantType(type)) return DISP_E_BADVARTYPE;
+    if ((type & VT_BYREF) == 0) {
+        if ((type & VT_ARRAY) != 0) return ClearArray(value);
+        if (FactsOf(type).owns != Owns::Nothing) return ClearOwned(value);
+    }
+    value.vt = VT_EMPTY;
     return S_OK;
 }
 
@@ -59,11 +81,9 @@ HRESULT CopyRecord(VARIANT& destination, const VARIANT& source) {
 // The destination owns nothing, and stays VT_EMPTY on failure.
 HRESULT CopyInto(VARIANT& destination, const VARIANT& source) {
     if (source.vt == VT_BSTR) return CopyText(destination, source);
-    if ((source.vt & VT_BYREF) != 0 || FactsOf(source.vt & VT_TYPEMASK).owns == Owns::Nothing) {
-        if ((source.vt & (VT_BYREF | VT_ARRAY)) != VT_ARRAY) {
-            destination = source;
-            return S_OK;
-        }
+    if (IsSimpleType(source.vt) || (source.vt & VT_BYREF) != 0) {
+        destination = source;
+        return S_OK;
     }
     if ((source.vt & VT_ARRAY) != 0) {
         SAFEARRAY* copy = nullptr;
@@ -110,27 +130,14 @@ void VariantInit(VARIANTARG* pvarg) {
 }
 
 HRESULT VariantClear(VARIANTARG* pvarg) {
-    if (pvarg == nullptr) return E_INVALIDARG;
-    const VARTYPE type = pvarg->vt;
-    if (type == VT_BSTR) {
-        pvarg->vt = VT_EMPTY;
-        tk::automation::GiveText(pvarg->bstrVal);
-        return S_OK;
-    }
-    if (!IsVariantType(type)) return DISP_E_BADVARTYPE;
-    if ((type & VT_BYREF) == 0) {
-        if ((type & VT_ARRAY) != 0) return ClearArray(*pvarg);
-        if (FactsOf(type).owns != Owns::Nothing) return ClearOwned(*pvarg);
-    }
-    pvarg->vt = VT_EMPTY;
-    return S_OK;
+    return pvarg == nullptr ? E_INVALIDARG : Clear(*pvarg);
 }
 
 HRESULT VariantCopy(VARIANTARG* pvargDest, const VARIANTARG* pvargSrc) {
     if (pvargDest == nullptr || pvargSrc == nullptr) return E_INVALIDARG;
     if (pvargDest == pvargSrc) return S_OK;
-    if (!IsVariantType(pvargSrc->vt)) return DISP_E_BADVARTYPE;
-    const HRESULT result = VariantClear(pvargDest);
+    if (!IsSimpleType(pvargSrc->vt) && !IsVariantType(pvargSrc->vt)) return DISP_E_BADVARTYPE;
+    const HRESULT result = Clear(*pvargDest);
     return FAILED(result) ? result : CopyInto(*pvargDest, *pvargSrc);
 }
 
@@ -146,9 +153,9 @@ HRESULT VariantCopyInd(VARIANT* pvarDest, const VARIANTARG* pvargSrc) {
     copy.vt = VT_EMPTY;
     result = CopyInto(copy, borrowed);
     if (FAILED(result)) return result;
-    result = VariantClear(pvarDest);
+    result = Clear(*pvarDest);
     if (FAILED(result)) {
-        VariantClear(&copy);
+        Clear(copy);
         return result;
     }
     *pvarDest = copy;

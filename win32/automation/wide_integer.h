@@ -79,13 +79,22 @@ public:
         }
         return *this;
     }
-    constexpr void ShiftLeft() {
-        for (int i = kLimbs - 1; i > 0; --i)
-            limbs_[i] = (limbs_[i] << 1) | (limbs_[i - 1] >> 63);
-        limbs_[0] <<= 1;
+    constexpr bool IsOdd() const { return (limbs_[0] & 1) != 0; }
+
+    /// this = this / divisor; the remainder is returned. The divisor has at most 96 bits.
+    constexpr UInt128 DivideBy96Bits(UInt128 divisor) {
+        UInt128 remainder = 0;
+        for (int i = kLimbs - 1; i >= 0; --i) {
+            std::uint64_t quotient = 0;
+            for (const int shift : {32, 0}) {  // 96 bits of remainder leave room for half a limb
+                const UInt128 part = (remainder << 32) | static_cast<std::uint32_t>(limbs_[i] >> shift);
+                quotient = (quotient << 32) | static_cast<std::uint64_t>(part / divisor);
+                remainder = part % divisor;
+            }
+            limbs_[i] = quotient;
+        }
+        return remainder;
     }
-    constexpr bool Bit(int index) const { return ((limbs_[index / 64] >> (index % 64)) & 1) != 0; }
-    constexpr void SetLowestBit() { limbs_[0] |= 1; }
 
     friend constexpr Wide operator*(const Wide& left, const Wide& right) {  // of 128 bits each
         Wide product;

@@ -393,6 +393,40 @@ TEST(VarBstrFromR8, ReadsBackTheSameFifteenDigits) {
     }
 }
 
+TEST(VarFromStr, AnswersAnyTextWithAValueOrACode) {
+    static constexpr char16_t kAlphabet[] =
+        u" \t0123456789.,+-()eE&HhOoFf#TrueFals\u00A5\uFFE5$:/-\u5E74\u6708\u65E5\u65F6\u5206\u79D2\u4E0A\u4E0B"
+        u"\u5348JulyPM\uFF10\uFF19\uD800\uFFFF";
+    constexpr std::size_t kCharacters = std::size(kAlphabet) - 1;
+    const unsigned seed = std::random_device{}();
+    std::mt19937_64 random(seed);
+    int accepted = 0;
+    for (int i = 0; i < 200000; ++i) {
+        char16_t text[40];
+        const std::size_t length = random() % (random() % 16 == 0 ? 40 : 8);
+        for (std::size_t at = 0; at < length; ++at)
+            text[at] = kAlphabet[random() % kCharacters];
+        text[length] = 0;
+        double real = 0;
+        DATE date = 0;
+        LONG64 integer = 0;
+        DECIMAL decimal{};
+        CY currency{};
+        const HRESULT results[] = {VarR8FromStr(text, 0x0804, 0, &real), VarDateFromStr(text, 0x0804, 0, &date),
+                                   VarI8FromStr(text, 0x0409, 0, &integer), VarDecFromStr(text, 0x007F, 0, &decimal),
+                                   VarCyFromStr(text, 0x0804, 0, &currency)};
+        for (const HRESULT result : results) {
+            ASSERT_TRUE(result == S_OK || result == DISP_E_TYPEMISMATCH || result == DISP_E_OVERFLOW)
+                << Show(text) << " seed " << seed;
+            if (result == S_OK) ++accepted;
+        }
+        ASSERT_TRUE(std::isfinite(real)) << Show(text) << " seed " << seed;
+        ASSERT_LE(decimal.scale, 28) << Show(text) << " seed " << seed;
+        ASSERT_TRUE(date > -657435.0 && date < 2958466.0) << Show(text) << " seed " << seed;
+    }
+    EXPECT_GT(accepted, 1000);
+}
+
 TEST(VarFamily, StoresOnlyOnSuccessAndRefusesNull) {
     BYTE byte = 9;
     EXPECT_EQ(VarUI1FromI2(-1, &byte), DISP_E_OVERFLOW);

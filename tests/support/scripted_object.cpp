@@ -91,7 +91,7 @@ HRESULT Script::Run(const Arguments& arguments, VARIANT* result, EXCEPINFO* exce
         if (position >= arguments.size() || V_VT(arguments[position]) != (VT_BYREF | VT_VARIANT)) {
             return DISP_E_TYPEMISMATCH;
         }
-        VariantCopy(V_VARIANTREF(arguments[position]), &value);
+        VariantCopy(V_VARIANTREF(arguments[position]), const_cast<COleVariant*>(&value));
     }
     COleVariant value = answer.action ? answer.action(arguments) : answer.value;
     if (result != nullptr) *result = value.Detach();

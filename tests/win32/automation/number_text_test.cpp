@@ -396,7 +396,7 @@ TEST(VarBstrFromR8, ReadsBackTheSameFifteenDigits) {
 TEST(VarFromStr, AnswersAnyTextWithAValueOrACode) {
     static constexpr char16_t kAlphabet[] =
         u" \t0123456789.,+-()eE&HhOoFf#TrueFals\u00A5\uFFE5$:/-\u5E74\u6708\u65E5\u65F6\u5206\u79D2\u4E0A\u4E0B"
-        u"\u5348JulyPM\uFF10\uFF19\uD800\uFFFF";
+        u"\u5348JulyPM\uFF10\uFF19\xD800\xFFFF";
     constexpr std::size_t kCharacters = std::size(kAlphabet) - 1;
     const unsigned seed = std::random_device{}();
     std::mt19937_64 random(seed);

@@ -5,8 +5,12 @@
 
 #include "windef.h"
 
-inline LONG InterlockedIncrement(volatile LONG* addend) noexcept { return __atomic_add_fetch(addend, 1, __ATOMIC_SEQ_CST); }
-inline LONG InterlockedDecrement(volatile LONG* addend) noexcept { return __atomic_sub_fetch(addend, 1, __ATOMIC_SEQ_CST); }
+inline LONG InterlockedIncrement(volatile LONG* addend) noexcept {
+    return __atomic_add_fetch(addend, 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedDecrement(volatile LONG* addend) noexcept {
+    return __atomic_sub_fetch(addend, 1, __ATOMIC_SEQ_CST);
+}
 inline LONG InterlockedExchange(volatile LONG* target, LONG value) noexcept {
     return __atomic_exchange_n(target, value, __ATOMIC_SEQ_CST);
 }

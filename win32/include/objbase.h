@@ -71,16 +71,12 @@ WINOLEAPI CoDisconnectObject(LPUNKNOWN pUnk, DWORD dwReserved);
 
 // --- Class objects of the program ---
 
-enum REGCLS {
-    REGCLS_SINGLEUSE = 0,
-    REGCLS_MULTIPLEUSE = 1,
-    REGCLS_MULTI_SEPARATE = 2,
-    REGCLS_SUSPENDED = 4
-};
+enum REGCLS { REGCLS_SINGLEUSE = 0, REGCLS_MULTIPLEUSE = 1, REGCLS_MULTI_SEPARATE = 2, REGCLS_SUSPENDED = 4 };
 
 /// Offers a class object to the whole process, before any server of the class registry; the newest of a class is found
 /// first.
-/// @param dwClsContext  CLSCTX_INPROC_SERVER or CLSCTX_LOCAL_SERVER; REGCLS_MULTIPLEUSE as local server is in-process too
+/// @param dwClsContext  CLSCTX_INPROC_SERVER or CLSCTX_LOCAL_SERVER; REGCLS_MULTIPLEUSE as local server is in-process
+/// too
 /// @param flags  REGCLS_SINGLEUSE, only as local server, is given out once
 WINOLEAPI CoRegisterClassObject(REFCLSID rclsid, LPUNKNOWN pUnk, DWORD dwClsContext, DWORD flags, LPDWORD lpdwRegister);
 /// May run while others create: they finish with the object they found. @return CO_E_OBJNOTREG for an unknown number

@@ -92,7 +92,8 @@ WINBASEAPI SIZE_T GlobalSize(HGLOBAL hMem);
 
 /// @return TRUE when some byte of the range cannot be read; a length of 0 is readable everywhere
 WINBASEAPI BOOL IsBadReadPtr(const void* lp, UINT_PTR ucb);
-/// @return TRUE when the range cannot be written; looks at the map of the process, so it is far slower than the read test
+/// @return TRUE when the range cannot be written; looks at the map of the process, so it is far slower than the read
+/// test
 WINBASEAPI BOOL IsBadWritePtr(LPVOID lp, UINT_PTR ucb);
 /// @return TRUE when the text cannot be read up to its terminator or for ucchMax characters
 WINBASEAPI BOOL IsBadStringPtrA(LPCSTR lpsz, UINT_PTR ucchMax);

@@ -94,8 +94,16 @@ HRESULT CoInitializeEx(LPVOID pvReserved, DWORD dwCoInit) {
     return Enter((dwCoInit & COINIT_APARTMENTTHREADED) != 0 ? Kind::SingleThreaded : Kind::MultiThreaded);
 }
 
-HRESULT CoInitialize(LPVOID pvReserved) { return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED); }
-void CoUninitialize() { Leave(); }
+HRESULT CoInitialize(LPVOID pvReserved) {
+    return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED);
+}
+void CoUninitialize() {
+    Leave();
+}
 
-HRESULT OleInitialize(LPVOID pvReserved) { return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED); }
-void OleUninitialize() { Leave(); }
+HRESULT OleInitialize(LPVOID pvReserved) {
+    return CoInitializeEx(pvReserved, COINIT_APARTMENTTHREADED);
+}
+void OleUninitialize() {
+    Leave();
+}

@@ -13,8 +13,10 @@ std::string ToBase64(std::span<const BYTE> bytes) {
     for (std::size_t i = 0; i < bytes.size(); i += 3) {
         const std::size_t count = std::min<std::size_t>(bytes.size() - i, 3);
         unsigned group = 0;
-        for (std::size_t j = 0; j < 3; ++j) group = group << 8 | (j < count ? bytes[i + j] : 0u);
-        for (std::size_t j = 0; j < 4; ++j) text += j <= count ? kCharacters[group >> (18 - 6 * j) & 63] : '=';
+        for (std::size_t j = 0; j < 3; ++j)
+            group = group << 8 | (j < count ? bytes[i + j] : 0u);
+        for (std::size_t j = 0; j < 4; ++j)
+            text += j <= count ? kCharacters[group >> (18 - 6 * j) & 63] : '=';
     }
     return text;
 }
@@ -34,7 +36,8 @@ std::optional<std::vector<BYTE>> FromBase64(std::string_view text) {
             if (place == kCharacters.npos) return std::nullopt;
             group = group << 6 | static_cast<unsigned>(place);
         }
-        for (std::size_t j = 0; j + 1 < used; ++j) bytes.push_back(static_cast<BYTE>(group >> (16 - 8 * j)));
+        for (std::size_t j = 0; j + 1 < used; ++j)
+            bytes.push_back(static_cast<BYTE>(group >> (16 - 8 * j)));
     }
     return bytes;
 }

@@ -12,7 +12,9 @@ namespace {
 constexpr int kFirstYear = 1601;
 constexpr int kLastYear = 30827;
 
-constexpr bool IsLeap(int year) noexcept { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+constexpr bool IsLeap(int year) noexcept {
+    return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+}
 
 constexpr int kDaysBeforeMonth[] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 365};
 
@@ -72,11 +74,14 @@ BOOL FileTimeToSystemTime(const FILETIME* lpFileTime, SYSTEMTIME* lpSystemTime) 
     const std::int64_t rest = ticks % kTicksPerDay;
 
     auto year = static_cast<int>(kFirstYear + days * 400 / 146'097);
-    while (DaysBeforeYear(year) > days) --year;
-    while (DaysBeforeYear(year + 1) <= days) ++year;
+    while (DaysBeforeYear(year) > days)
+        --year;
+    while (DaysBeforeYear(year + 1) <= days)
+        ++year;
     const auto dayOfYear = static_cast<int>(days - DaysBeforeYear(year));
     int month = std::min(dayOfYear / 28 + 1, 12);
-    while (DaysBefore(year, month) > dayOfYear) --month;
+    while (DaysBefore(year, month) > dayOfYear)
+        --month;
 
     lpSystemTime->wYear = static_cast<WORD>(year);
     lpSystemTime->wMonth = static_cast<WORD>(month);

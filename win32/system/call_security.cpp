@@ -25,7 +25,9 @@ HRESULT AskCall(Ask ask) {
 
 }  // namespace
 
-void ForgetProcessSecurity() noexcept { settled.store(false); }
+void ForgetProcessSecurity() noexcept {
+    settled.store(false);
+}
 
 }  // namespace tk::system
 

@@ -106,6 +106,7 @@ HRESULT CoRevokeClassObject(DWORD dwRegister) {
 HRESULT CoResumeClassObjects() {
     Table& table = TheTable();
     const std::lock_guard lock(table.lock);
-    for (RegisteredClassObject& entry : table.entries) entry.suspended = false;
+    for (RegisteredClassObject& entry : table.entries)
+        entry.suspended = false;
     return S_OK;
 }

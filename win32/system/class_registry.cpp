@@ -20,6 +20,10 @@ constexpr GUID AdoClass(ULONG first) noexcept {
     return {first, 0, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x6D, 0x2E, 0xA4}};
 }
 
+constexpr GUID DataLinkClass(ULONG first) noexcept {
+    return {first, 0x19C1, 0x11D1, {0x89, 0xE0, 0x00, 0xC0, 0x4F, 0xD7, 0xA8, 0x29}};
+}
+
 struct BuiltInClass {
     CLSID clsid;
     const char* progId;
@@ -31,6 +35,8 @@ constexpr BuiltInClass kBuiltInClasses[] = {
     {AdoClass(0x00000507), "ADODB.Command", "libtkado.so"},
     {AdoClass(0x00000535), "ADODB.Recordset", "libtkado.so"},
     {AdoClass(0x0000050B), "ADODB.Parameter", "libtkado.so"},
+    {DataLinkClass(0x2206CDB2), "DataLinks", kThisLibrary},
+    {DataLinkClass(0x2206CDB0), "MSDASC.MSDAINITIALIZE", kThisLibrary},
 };
 
 constexpr const char* kSystemFile = "/etc/tkkernel/classes.conf";
@@ -38,7 +44,7 @@ constexpr const char* kSystemFile = "/etc/tkkernel/classes.conf";
 /// One file as it was when it was read.
 struct ClassFile {
     std::string path;
-    struct stat state{};
+    struct stat state {};
     bool found = false;
     std::vector<RegisteredClass> classes;
 };

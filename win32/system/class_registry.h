@@ -12,6 +12,9 @@
 
 namespace tk::system {
 
+/// The server of the classes that this library serves itself; not loaded, it is there.
+inline constexpr char kThisLibrary[] = "libtkwin32.so";
+
 struct RegisteredClass {
     CLSID clsid{};
     std::string progId;  // empty when the class has none

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <shared_mutex>
 
+#include "win32/datalink/data_links.h"
 #include "win32/system/class_registry.h"
 
 namespace tk::system {
@@ -24,6 +25,10 @@ Servers& TheServers() {
 }
 
 HRESULT LoadServer(const RegisteredClass& entry, GetClassObjectFunction& getClassObject) {
+    if (entry.server == kThisLibrary) {
+        getClassObject = &datalink::GetClassObject;
+        return S_OK;
+    }
     const std::string path = ServerPath(entry.server);
     // Not closed: objects and threads of the server may live as long as the process. The loader counts, so that a
     // second loading costs nothing.

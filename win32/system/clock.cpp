@@ -16,8 +16,12 @@ std::uint64_t Nanoseconds(clockid_t clock) noexcept {
 }  // namespace
 
 // The boot clock counts suspended time as the platform's counter does.
-ULONGLONG GetTickCount64() { return Nanoseconds(CLOCK_BOOTTIME) / 1'000'000; }
-DWORD GetTickCount() { return static_cast<DWORD>(Nanoseconds(CLOCK_BOOTTIME) / 1'000'000); }
+ULONGLONG GetTickCount64() {
+    return Nanoseconds(CLOCK_BOOTTIME) / 1'000'000;
+}
+DWORD GetTickCount() {
+    return static_cast<DWORD>(Nanoseconds(CLOCK_BOOTTIME) / 1'000'000);
+}
 
 BOOL QueryPerformanceCounter(LARGE_INTEGER* lpPerformanceCount) {
     lpPerformanceCount->QuadPart = static_cast<LONGLONG>(Nanoseconds(CLOCK_MONOTONIC));

@@ -9,7 +9,8 @@ constexpr std::size_t kFallbackSize = 64;
 
 /// The system's text without its line break; null when there is none.
 TCHAR* SystemMessage(HRESULT code) noexcept {
-    constexpr DWORD kFlags = FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    constexpr DWORD kFlags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     TCHAR* message = nullptr;
     const DWORD length =
         FormatMessageA(kFlags, nullptr, static_cast<DWORD>(code), 0, reinterpret_cast<LPSTR>(&message), 0, nullptr);
@@ -61,9 +62,15 @@ IErrorInfo* _com_error::ErrorInfo() const noexcept {
     return info_;
 }
 
-_bstr_t _com_error::Description() const { return Ask(info_, &IErrorInfo::GetDescription); }
-_bstr_t _com_error::Source() const { return Ask(info_, &IErrorInfo::GetSource); }
-_bstr_t _com_error::HelpFile() const { return Ask(info_, &IErrorInfo::GetHelpFile); }
+_bstr_t _com_error::Description() const {
+    return Ask(info_, &IErrorInfo::GetDescription);
+}
+_bstr_t _com_error::Source() const {
+    return Ask(info_, &IErrorInfo::GetSource);
+}
+_bstr_t _com_error::HelpFile() const {
+    return Ask(info_, &IErrorInfo::GetHelpFile);
+}
 
 DWORD _com_error::HelpContext() const noexcept {
     DWORD context = 0;
@@ -76,5 +83,9 @@ const TCHAR* _com_error::ErrorMessage() const noexcept {
     return message_ != nullptr ? message_ : "";
 }
 
-void _com_issue_error(HRESULT hr) { throw _com_error(hr); }
-void _com_raise_error(HRESULT hr, IErrorInfo* perrinfo) { throw _com_error(hr, perrinfo); }
+void _com_issue_error(HRESULT hr) {
+    throw _com_error(hr);
+}
+void _com_raise_error(HRESULT hr, IErrorInfo* perrinfo) {
+    throw _com_error(hr, perrinfo);
+}

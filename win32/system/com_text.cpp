@@ -11,7 +11,9 @@ BSTR Checked(BSTR text) {
     return text;
 }
 
-std::u16string_view View(BSTR text) noexcept { return {text, SysStringLen(text)}; }
+std::u16string_view View(BSTR text) noexcept {
+    return {text, SysStringLen(text)};
+}
 
 }  // namespace
 
@@ -53,4 +55,6 @@ BSTR _bstr_t::Detach() noexcept {
     return std::exchange(text_, nullptr);
 }
 
-bool _bstr_t::operator==(const _bstr_t& other) const noexcept { return View(text_) == View(other.text_); }
+bool _bstr_t::operator==(const _bstr_t& other) const noexcept {
+    return View(text_) == View(other.text_);
+}

@@ -75,7 +75,8 @@ HRESULT CoCreateInstanceEx(REFCLSID rclsid, IUnknown* punkOuter, DWORD dwClsCtx,
     HRESULT result = IsInitialized() ? CheckMachine(pServerInfo) : CO_E_NOTINITIALIZED;
     if (SUCCEEDED(result)) result = Create(rclsid, punkOuter, dwClsCtx, IID_IUnknown, object.ReceiveVoid());
     if (SUCCEEDED(result)) return QueryAll(*object.Get(), pResults, dwCount);
-    for (DWORD i = 0; i < dwCount; ++i) pResults[i].hr = result;
+    for (DWORD i = 0; i < dwCount; ++i)
+        pResults[i].hr = result;
     return result;
 }
 

@@ -20,7 +20,8 @@ constexpr const char* kJournalSocket = "/run/systemd/journal/socket";
 void AddField(std::string& message, std::string_view name, std::string_view value) {
     message += name;
     message += '\n';
-    for (unsigned shift = 0; shift < 64; shift += 8) message += static_cast<char>(value.size() >> shift & 0xFF);
+    for (unsigned shift = 0; shift < 64; shift += 8)
+        message += static_cast<char>(value.size() >> shift & 0xFF);
     message += value;
     message += '\n';
 }
@@ -40,11 +41,16 @@ const char* PriorityOf(WORD type) noexcept {
     }
 }
 
-/// What the journal shows: the strings one after the other, without the line break at their end.
+/// What the journal shows: the strings one after the other with plain line breaks (it takes a text with others for
+/// bytes), without the one at their end.
 std::string ShownText(const EventRecord& record) {
     std::string all;
-    for (const std::string& text : record.strings) all += text;
-    all.resize(all.find_last_not_of("\r\n") + 1);
+    for (const std::string& text : record.strings) {
+        for (const char character : text) {
+            if (character != '\r') all += character;
+        }
+    }
+    all.resize(all.find_last_not_of('\n') + 1);
     return all;
 }
 

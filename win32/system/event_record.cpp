@@ -209,6 +209,8 @@ std::string FormatEventRecord(const EventRecord& record) {
     return line;
 }
 
-std::optional<EventRecord> ParseEventRecord(std::string_view line) { return LineReader(line).Read(); }
+std::optional<EventRecord> ParseEventRecord(std::string_view line) {
+    return LineReader(line).Read();
+}
 
 }  // namespace tk::system

@@ -9,7 +9,11 @@
 namespace tk::system {
 
 /// @param name  may be null, which is an empty name and finds nothing
-inline std::string ToFileSystem(const char* name) { return name != nullptr ? text::GbkToUtf8(name) : std::string(); }
-inline std::string FromFileSystem(std::string_view name) { return text::Utf8ToGbk(name); }
+inline std::string ToFileSystem(const char* name) {
+    return name != nullptr ? text::GbkToUtf8(name) : std::string();
+}
+inline std::string FromFileSystem(std::string_view name) {
+    return text::Utf8ToGbk(name);
+}
 
 }  // namespace tk::system

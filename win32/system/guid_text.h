@@ -44,7 +44,8 @@ constexpr std::optional<GUID> ParseGuid(std::basic_string_view<Char> text) noexc
                  static_cast<ULONG>(bytes[2]) << 8 | bytes[3];
     guid.Data2 = static_cast<USHORT>(bytes[4] << 8 | bytes[5]);
     guid.Data3 = static_cast<USHORT>(bytes[6] << 8 | bytes[7]);
-    for (std::size_t i = 0; i < 8; ++i) guid.Data4[i] = bytes[8 + i];
+    for (std::size_t i = 0; i < 8; ++i)
+        guid.Data4[i] = bytes[8 + i];
     return guid;
 }
 
@@ -58,16 +59,24 @@ constexpr std::optional<GUID> ParseBracedGuid(std::basic_string_view<Char> text)
 /// Writes the 36 characters without braces and without a terminator.
 template <class Char>
 constexpr void WriteGuid(REFGUID guid, Char* target, const char* digits) noexcept {
-    const unsigned char bytes[16] = {
-        static_cast<unsigned char>(guid.Data1 >> 24), static_cast<unsigned char>(guid.Data1 >> 16),
-        static_cast<unsigned char>(guid.Data1 >> 8),  static_cast<unsigned char>(guid.Data1),
-        static_cast<unsigned char>(guid.Data2 >> 8),  static_cast<unsigned char>(guid.Data2),
-        static_cast<unsigned char>(guid.Data3 >> 8),  static_cast<unsigned char>(guid.Data3),
-        guid.Data4[0],                                guid.Data4[1],
-        guid.Data4[2],                                guid.Data4[3],
-        guid.Data4[4],                                guid.Data4[5],
-        guid.Data4[6],                                guid.Data4[7]};
-    for (const std::size_t place : {8, 13, 18, 23}) target[place] = '-';
+    const unsigned char bytes[16] = {static_cast<unsigned char>(guid.Data1 >> 24),
+                                     static_cast<unsigned char>(guid.Data1 >> 16),
+                                     static_cast<unsigned char>(guid.Data1 >> 8),
+                                     static_cast<unsigned char>(guid.Data1),
+                                     static_cast<unsigned char>(guid.Data2 >> 8),
+                                     static_cast<unsigned char>(guid.Data2),
+                                     static_cast<unsigned char>(guid.Data3 >> 8),
+                                     static_cast<unsigned char>(guid.Data3),
+                                     guid.Data4[0],
+                                     guid.Data4[1],
+                                     guid.Data4[2],
+                                     guid.Data4[3],
+                                     guid.Data4[4],
+                                     guid.Data4[5],
+                                     guid.Data4[6],
+                                     guid.Data4[7]};
+    for (const std::size_t place : {8, 13, 18, 23})
+        target[place] = '-';
     for (std::size_t i = 0; i < 16; ++i) {
         target[detail::kBytePlaces[i]] = static_cast<Char>(digits[bytes[i] >> 4]);
         target[detail::kBytePlaces[i] + 1u] = static_cast<Char>(digits[bytes[i] & 15]);

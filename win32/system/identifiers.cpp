@@ -96,8 +96,12 @@ int StringFromGUID2(REFGUID rguid, LPOLESTR lpsz, int cchMax) {
     return kBracedSize;
 }
 
-HRESULT StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz) { return BracedText(rclsid, lplpsz); }
-HRESULT StringFromIID(REFIID rclsid, LPOLESTR* lplpsz) { return BracedText(rclsid, lplpsz); }
+HRESULT StringFromCLSID(REFCLSID rclsid, LPOLESTR* lplpsz) {
+    return BracedText(rclsid, lplpsz);
+}
+HRESULT StringFromIID(REFIID rclsid, LPOLESTR* lplpsz) {
+    return BracedText(rclsid, lplpsz);
+}
 
 HRESULT CoCreateGuid(GUID* pguid) {
     if (pguid == nullptr) return E_INVALIDARG;
@@ -107,7 +111,9 @@ HRESULT CoCreateGuid(GUID* pguid) {
     return S_OK;
 }
 
-RPC_STATUS UuidCreate(UUID* Uuid) { return CoCreateGuid(Uuid) == S_OK ? RPC_S_OK : RPC_S_INVALID_ARG; }
+RPC_STATUS UuidCreate(UUID* Uuid) {
+    return CoCreateGuid(Uuid) == S_OK ? RPC_S_OK : RPC_S_INVALID_ARG;
+}
 
 RPC_STATUS UuidToStringA(const UUID* Uuid, RPC_CSTR* StringUuid) {
     char buffer[kGuidDigits];

@@ -37,7 +37,8 @@ bool IsPageReadable(std::uintptr_t address) noexcept {
 /// Whether the text can be read up to its end or the limit; each page is asked about once.
 /// Sanitizers would object to reading on behind a block, which is exactly what is asked.
 template <class Char>
-__attribute__((no_sanitize("address", "thread", "undefined"))) bool IsTextReadable(const Char* text, std::size_t limit) noexcept {
+__attribute__((no_sanitize("address", "thread", "undefined"))) bool IsTextReadable(const Char* text,
+                                                                                   std::size_t limit) noexcept {
     std::uintptr_t readableEnd = 0;
     for (std::size_t i = 0; i < limit; ++i) {
         const auto address = reinterpret_cast<std::uintptr_t>(text + i);
@@ -91,7 +92,9 @@ bool IsReadable(const void* address, std::size_t size) noexcept {
 
 using namespace tk::system;
 
-BOOL IsBadReadPtr(const void* lp, UINT_PTR ucb) { return ucb != 0 && !IsReadable(lp, ucb); }
+BOOL IsBadReadPtr(const void* lp, UINT_PTR ucb) {
+    return ucb != 0 && !IsReadable(lp, ucb);
+}
 
 BOOL IsBadWritePtr(LPVOID lp, UINT_PTR ucb) {
     if (ucb == 0) return FALSE;
@@ -100,5 +103,9 @@ BOOL IsBadWritePtr(LPVOID lp, UINT_PTR ucb) {
     return last < first || !IsWritable(first, last);
 }
 
-BOOL IsBadStringPtrA(LPCSTR lpsz, UINT_PTR ucchMax) { return ucchMax != 0 && !IsTextReadable(lpsz, ucchMax); }
-BOOL IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax) { return ucchMax != 0 && !IsTextReadable(lpsz, ucchMax); }
+BOOL IsBadStringPtrA(LPCSTR lpsz, UINT_PTR ucchMax) {
+    return ucchMax != 0 && !IsTextReadable(lpsz, ucchMax);
+}
+BOOL IsBadStringPtrW(LPCWSTR lpsz, UINT_PTR ucchMax) {
+    return ucchMax != 0 && !IsTextReadable(lpsz, ucchMax);
+}

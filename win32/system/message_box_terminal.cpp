@@ -7,7 +7,9 @@
 namespace tk::system {
 namespace {
 
-void Show(const std::string& text) { [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size()); }
+void Show(const std::string& text) {
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+}
 
 /// A line as typed, without its end; nothing at the end of the input. Byte by byte, so that what follows the line stays
 /// for the program.

@@ -47,7 +47,9 @@ Layout LayOut(std::span<const Button> buttons, int safeAnswer) {
     if (buttons.size() == 1) return {&buttons[0]};
     Layout layout{};
     for (const Button& button : buttons) {
-        const Button*& place = button.id == safeAnswer ? layout.cancel : layout.ok == nullptr ? layout.ok : layout.extra;
+        const Button*& place = button.id == safeAnswer ? layout.cancel
+                               : layout.ok == nullptr  ? layout.ok
+                                                       : layout.extra;
         place = &button;
     }
     return layout;
@@ -55,8 +57,12 @@ Layout LayOut(std::span<const Button> buttons, int safeAnswer) {
 
 std::vector<std::string> Arguments(const Question& question, const Layout& layout) {
     const auto label = [](const Button& button) { return text::Utf16ToUtf8(button.label); };
-    std::vector<std::string> arguments = {"zenity", KindOf(question), "--no-markup", "--title=" + question.caption,
-                                          "--text=" + question.text, "--ok-label=" + label(*layout.ok)};
+    std::vector<std::string> arguments = {"zenity",
+                                          KindOf(question),
+                                          "--no-markup",
+                                          "--title=" + question.caption,
+                                          "--text=" + question.text,
+                                          "--ok-label=" + label(*layout.ok)};
     if (layout.cancel != nullptr) arguments.push_back("--cancel-label=" + label(*layout.cancel));
     if (layout.extra != nullptr) arguments.push_back("--extra-button=" + label(*layout.extra));
     if (&question.buttons[question.preselected] == layout.cancel) arguments.emplace_back("--default-cancel");
@@ -75,7 +81,8 @@ std::optional<Outcome> Run(std::vector<std::string> arguments) {
     FileDescriptor writing(ends[1]);
 
     std::vector<char*> pointers;
-    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    for (std::string& argument : arguments)
+        pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -96,8 +103,7 @@ std::optional<Outcome> Run(std::vector<std::string> arguments) {
     }
     int status = 0;
     pid_t ended = 0;
-    while ((ended = waitpid(child, &status, 0)) < 0 && errno == EINTR) {
-    }
+    while ((ended = waitpid(child, &status, 0)) < 0 && errno == EINTR) {}
     // A program that ignores its children leaves no status to read.
     if (ended != child || !WIFEXITED(status)) return std::nullopt;
     outcome.exitCode = WEXITSTATUS(status);

@@ -11,7 +11,9 @@ namespace {
 
 constexpr std::size_t kMaxFieldWidth = 0xFFFF;
 
-bool IsDigit(char16_t character) noexcept { return character >= u'0' && character <= u'9'; }
+bool IsDigit(char16_t character) noexcept {
+    return character >= u'0' && character <= u'9';
+}
 
 /// What stands between the exclamation marks of an insert: flags, width, precision, size and type.
 struct InsertFormat {
@@ -112,7 +114,8 @@ private:
         if (!rest_.empty() && IsDigit(rest_.front())) number = number * 10 + static_cast<std::size_t>(Take() - u'0');
         if (!form_.keepInserts) return Insert(number - 1);
         Add(u'%');
-        for (const char16_t digit : from.substr(0, from.size() - rest_.size())) Add(digit);
+        for (const char16_t digit : from.substr(0, from.size() - rest_.size()))
+            Add(digit);
         return true;
     }
 
@@ -123,7 +126,8 @@ private:
         if (!value) return false;
         const auto text = Print(format, *value);
         if (!text) return false;
-        for (const char16_t character : *text) Add(character);
+        for (const char16_t character : *text)
+            Add(character);
         return true;
     }
 
@@ -190,12 +194,18 @@ private:
         std::size_t length = 0;
         if (wide) {
             const auto* text = reinterpret_cast<const char16_t*>(value);
-            while (length < precision.value_or(SIZE_MAX) && text[length] != 0) ++length;
+            while (length < precision.value_or(SIZE_MAX) && text[length] != 0)
+                ++length;
             return std::u16string(text, length);
         }
         const auto* text = reinterpret_cast<const char*>(value);
-        while (length < precision.value_or(SIZE_MAX) && text[length] != 0) ++length;
-        return text::GbkToUtf16({text, text::WholeGbkPrefix({text, length}, length)});
+        const std::size_t limit = precision.value_or(SIZE_MAX);
+        while (length < limit && text[length] != 0) {
+            const bool isLead = text::IsGbkLead(text[length]);
+            if (isLead && length + 1 == limit) break;
+            length += isLead && text[length + 1] != 0 ? 2 : 1;
+        }
+        return text::GbkToUtf16({text, length});
     }
 
     static std::u16string CharacterOf(DWORD_PTR value, bool wide) {
@@ -248,7 +258,8 @@ private:
 std::optional<DWORD_PTR> MessageValues::At(std::size_t index) {
     if (array_ != nullptr) return array_[index];
     if (list_ == nullptr) return std::nullopt;
-    while (taken_.size() <= index) taken_.push_back(va_arg(*list_, DWORD_PTR));
+    while (taken_.size() <= index)
+        taken_.push_back(va_arg(*list_, DWORD_PTR));
     return taken_[index];
 }
 

@@ -28,7 +28,8 @@ DWORD FindText(const Request& request, std::u16string& text) {
                             : text::GbkToUtf16(static_cast<const char*>(request.source));
         return NO_ERROR;
     }
-    if ((request.flags & (FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_FROM_HMODULE)) == 0) return ERROR_INVALID_PARAMETER;
+    if ((request.flags & (FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_FROM_HMODULE)) == 0)
+        return ERROR_INVALID_PARAMETER;
     // Shared objects carry no message tables.
     if ((request.flags & FORMAT_MESSAGE_FROM_SYSTEM) == 0) return ERROR_RESOURCE_TYPE_NOT_FOUND;
     const char16_t* found = FindSystemText(request.code);
@@ -62,7 +63,8 @@ template <class Char>
 DWORD Store(const std::basic_string<Char>& text, DWORD flags, Char* buffer, DWORD size) {
     const std::size_t needed = text.size() + 1;
     if ((flags & FORMAT_MESSAGE_ALLOCATE_BUFFER) != 0) {
-        auto* allocated = static_cast<Char*>(LocalAlloc(LMEM_FIXED, std::max<std::size_t>(needed, size) * sizeof(Char)));
+        auto* allocated =
+            static_cast<Char*>(LocalAlloc(LMEM_FIXED, std::max<std::size_t>(needed, size) * sizeof(Char)));
         if (allocated == nullptr) return ERROR_NOT_ENOUGH_MEMORY;
         std::memcpy(buffer, &allocated, sizeof allocated);  // the buffer is the address of a pointer
         buffer = allocated;
@@ -86,8 +88,8 @@ DWORD Answer(DWORD error, const std::basic_string<Char>& text) {
 
 using namespace tk::system;
 
-DWORD FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId, LPWSTR lpBuffer, DWORD nSize,
-                     va_list* Arguments) {
+DWORD FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId, LPWSTR lpBuffer,
+                     DWORD nSize, va_list* Arguments) {
     std::u16string text;
     DWORD error = lpBuffer != nullptr ? MakeText({dwFlags, lpSource, dwMessageId, dwLanguageId, Arguments, true}, text)
                                       : ERROR_INVALID_PARAMETER;
@@ -95,8 +97,8 @@ DWORD FormatMessageW(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD d
     return Answer(error, text);
 }
 
-DWORD FormatMessageA(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId, LPSTR lpBuffer, DWORD nSize,
-                     va_list* Arguments) {
+DWORD FormatMessageA(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, DWORD dwLanguageId, LPSTR lpBuffer,
+                     DWORD nSize, va_list* Arguments) {
     std::u16string text;
     DWORD error = lpBuffer != nullptr ? MakeText({dwFlags, lpSource, dwMessageId, dwLanguageId, Arguments, false}, text)
                                       : ERROR_INVALID_PARAMETER;

@@ -109,8 +109,8 @@ FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName) {
 }
 
 HMODULE GetModuleHandleA(LPCSTR lpModuleName) {
-    void* module = lpModuleName == nullptr ? dlopen(nullptr, RTLD_NOW)
-                                           : Open(ToFileSystem(lpModuleName), RTLD_NOW | RTLD_NOLOAD);
+    void* module =
+        lpModuleName == nullptr ? dlopen(nullptr, RTLD_NOW) : Open(ToFileSystem(lpModuleName), RTLD_NOW | RTLD_NOLOAD);
     if (module == nullptr) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;

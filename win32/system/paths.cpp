@@ -66,7 +66,8 @@ int _splitpath_s(const char* path, char* drive, SIZE_T driveSize, char* dir, SIZ
     for (const Target& target : targets) {
         if (result == 0 && target.buffer != nullptr && target.part.size() >= target.size) result = ERANGE;
     }
-    for (const Target& target : targets) StoreCut(result == 0 ? target.part : "", target.buffer, target.size);
+    for (const Target& target : targets)
+        StoreCut(result == 0 ? target.part : "", target.buffer, target.size);
     return result;
 }
 

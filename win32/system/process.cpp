@@ -23,7 +23,9 @@ void* Run(void* data) {
 
 }  // namespace
 
-int _getpid() { return getpid(); }
+int _getpid() {
+    return getpid();
+}
 
 UINT_PTR _beginthread(void (*start_address)(void*), unsigned stack_size, void* arglist) {
     constexpr auto kFailed = static_cast<UINT_PTR>(-1);

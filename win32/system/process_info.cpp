@@ -36,7 +36,9 @@ std::string ComputerName() {
 }  // namespace
 }  // namespace tk::system
 
-DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+DWORD GetCurrentProcessId() {
+    return static_cast<DWORD>(getpid());
+}
 
 DWORD GetCurrentThreadId() {
     // One system call for each thread. The only thread of a forked child is a new one, so its copy is forgotten.
@@ -47,7 +49,9 @@ DWORD GetCurrentThreadId() {
 }
 
 // 10.0, build 19045.
-DWORD GetVersion() { return (19045u << 16) | 10u; }
+DWORD GetVersion() {
+    return (19045u << 16) | 10u;
+}
 
 BOOL GetComputerNameA(LPSTR lpBuffer, LPDWORD nSize) {
     const std::string name = tk::system::ComputerName();

@@ -5,8 +5,8 @@ BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR pSecurityDescriptor, DWOR
         SetLastError(pSecurityDescriptor == nullptr ? ERROR_INVALID_PARAMETER : ERROR_UNKNOWN_REVISION);
         return FALSE;
     }
-    *static_cast<SECURITY_DESCRIPTOR*>(pSecurityDescriptor) = {SECURITY_DESCRIPTOR_REVISION, 0, 0, nullptr, nullptr,
-                                                                nullptr, nullptr};
+    *static_cast<SECURITY_DESCRIPTOR*>(pSecurityDescriptor) = {
+        SECURITY_DESCRIPTOR_REVISION, 0, 0, nullptr, nullptr, nullptr, nullptr};
     return TRUE;
 }
 

@@ -63,8 +63,8 @@ int WSAStartup(WORD wVersionRequested, LPWSADATA lpWSAData) {
     if (lpWSAData == nullptr) return WSAEFAULT;
     if (LOBYTE(wVersionRequested) < 1) return WSAVERNOTSUPPORTED;
     *lpWSAData = {};
-    const bool lower = LOBYTE(wVersionRequested) < 2 || wVersionRequested == MAKEWORD(2, 0) ||
-                       wVersionRequested == MAKEWORD(2, 1);
+    const bool lower =
+        LOBYTE(wVersionRequested) < 2 || wVersionRequested == MAKEWORD(2, 0) || wVersionRequested == MAKEWORD(2, 1);
     lpWSAData->wVersion = lower ? wVersionRequested : kHighestVersion;
     lpWSAData->wHighVersion = kHighestVersion;
     std::strcpy(lpWSAData->szDescription, "POSIX sockets");
@@ -91,9 +91,13 @@ int WSAGetLastError() {
 }
 
 // The platform's numbers start above every errno value, so one variable holds both.
-void WSASetLastError(int iError) { errno = iError; }
+void WSASetLastError(int iError) {
+    errno = iError;
+}
 
-int closesocket(SOCKET s) { return close(s); }
+int closesocket(SOCKET s) {
+    return close(s);
+}
 
 int ioctlsocket(SOCKET s, long cmd, ULONG* argp) {
     if (argp == nullptr) {

@@ -32,15 +32,21 @@ BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection,
     return TRUE;
 }
 
-void EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) { pthread_mutex_lock(Mutex(lpCriticalSection)); }
+void EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    pthread_mutex_lock(Mutex(lpCriticalSection));
+}
 
 BOOL TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
     return pthread_mutex_trylock(Mutex(lpCriticalSection)) == 0 ? TRUE : FALSE;
 }
 
-void LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection) { pthread_mutex_unlock(Mutex(lpCriticalSection)); }
+void LeaveCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    pthread_mutex_unlock(Mutex(lpCriticalSection));
+}
 
-void DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection) { pthread_mutex_destroy(Mutex(lpCriticalSection)); }
+void DeleteCriticalSection(LPCRITICAL_SECTION lpCriticalSection) {
+    pthread_mutex_destroy(Mutex(lpCriticalSection));
+}
 
 void Sleep(DWORD dwMilliseconds) {
     if (dwMilliseconds == 0) {
@@ -57,8 +63,7 @@ void Sleep(DWORD dwMilliseconds) {
     }
     // An absolute moment, so that a signal handler in between does not lengthen the wait.
     do {
-        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
-        }
+        while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {}
         until.tv_sec += dwMilliseconds / 1000;
     } while (dwMilliseconds == INFINITE);
 }

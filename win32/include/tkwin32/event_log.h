@@ -32,9 +32,9 @@ struct EventRecord {
 };
 
 struct EventLogReading {
-    bool opened = false;       // the file could be read
-    std::size_t records = 0;   // handed to the visitor
-    std::size_t damaged = 0;   // lines that are no record
+    bool opened = false;      // the file could be read
+    std::size_t records = 0;  // handed to the visitor
+    std::size_t damaged = 0;  // lines that are no record
 };
 
 /// The file records go to when the journal does not take them: $TKKERNEL_EVENT_LOG, else tkkernel/events.jsonl in the

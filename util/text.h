@@ -8,16 +8,16 @@
 
 namespace tk::util {
 
-/// A null text is an empty one.
+inline const char* OrEmpty(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+/// A null text is an empty one; the view of it points at a terminator like any other.
 inline std::string_view View(const char* text) {
-    return text == nullptr ? std::string_view() : std::string_view(text);
+    return OrEmpty(text);
 }
 inline std::string_view View(const CString& text) {
     return {static_cast<LPCTSTR>(text), static_cast<std::size_t>(text.GetLength())};
-}
-
-inline const char* OrEmpty(const char* text) {
-    return text == nullptr ? "" : text;
 }
 
 inline CString ToText(std::string_view text) {

@@ -37,8 +37,7 @@ Converted Utf16ToGbk(std::u16string_view source, char* buffer, std::size_t capac
         while (at.Left() >= 1 && at.Room() >= 2) {
             const std::uint16_t code = GbkCode(*at.source);
             if (code < 0x100) break;
-            at.target[0] = static_cast<std::uint8_t>(code >> 8);
-            at.target[1] = static_cast<std::uint8_t>(code);
+            StorePair(code, at.target);
             at.Advance(1, 2);
         }
         if (at.Done()) break;

@@ -2,6 +2,7 @@
 #include "win32/text/ascii_run.h"
 #include "win32/text/conversion_cursor.h"
 #include "win32/text/gbk_tables.h"
+#include "win32/text/packed_bytes.h"
 #include "win32/text/unicode_units.h"
 
 namespace tk::text {
@@ -11,12 +12,18 @@ Converted GbkToUtf8(std::string_view source, char* buffer, std::size_t capacity)
     for (;;) {
         const std::size_t ascii = CopyAscii(at.source, at.Both(), at.target);
         at.Advance(ascii, ascii);
+        while (at.Left() >= 8 && at.Room() >= kFourWrite) {
+            const std::uint8_t* s = at.source;
+            const std::uint64_t four = std::uint64_t{GbkPair(s[0], s[1])} | std::uint64_t{GbkPair(s[2], s[3])} << 16 |
+                                       std::uint64_t{GbkPair(s[4], s[5])} << 32 |
+                                       std::uint64_t{GbkPair(s[6], s[7])} << 48;
+            if (StoreFour(four, at.target) != 4) break;
+            at.Advance(8, 12);
+        }
         while (at.Left() >= 2 && at.Room() >= 3) {
             const char16_t unit = GbkPair(at.source[0], at.source[1]);
             if (unit < 0x800) break;
-            at.target[0] = static_cast<std::uint8_t>(0xE0 | unit >> 12);
-            at.target[1] = static_cast<std::uint8_t>(0x80 | (unit >> 6 & 0x3F));
-            at.target[2] = static_cast<std::uint8_t>(0x80 | (unit & 0x3F));
+            StoreThree(unit, at.target, at.Room());
             at.Advance(2, 3);
         }
         if (at.Done()) break;
@@ -40,14 +47,18 @@ Converted Utf8ToGbk(std::string_view source, char* buffer, std::size_t capacity)
     for (;;) {
         const std::size_t ascii = CopyAscii(at.source, at.Both(), at.target);
         at.Advance(ascii, ascii);
+        while (at.Left() >= kFourRead && at.Room() >= 8) {
+            const std::uint64_t four = LoadFour(at.source);
+            if (four == 0) break;
+            const std::uint64_t codes = GbkCodes(four);
+            if (!ArePairs(codes)) break;
+            StorePairs(codes, at.target);
+            at.Advance(12, 8);
+        }
         while (at.Left() >= 3 && at.Room() >= 2) {
-            const std::uint8_t* s = at.source;
-            if ((s[0] & 0xF0) != 0xE0 || (s[1] & 0xC0) != 0x80 || (s[2] & 0xC0) != 0x80) break;
-            const unsigned block = (s[0] & 0x0Fu) << 6 | (s[1] & 0x3Fu);
-            const std::uint16_t code = kUtf16ToGbk.cell[kUtf16ToGbk.block[block]][s[2] & 0x3Fu];
-            if (code < 0x100 || block < 0x20) break;  // below block 0x20 three bytes are too long a form
-            at.target[0] = static_cast<std::uint8_t>(code >> 8);
-            at.target[1] = static_cast<std::uint8_t>(code);
+            const std::uint16_t code = GbkCode(UnitOfThree(LoadThree(at.source, at.Left())));
+            if (code < 0x100) break;
+            StorePair(code, at.target);
             at.Advance(3, 2);
         }
         if (at.Done()) break;
@@ -64,8 +75,7 @@ Converted Utf8ToGbk(std::string_view source, char* buffer, std::size_t capacity)
         const std::uint16_t code = GbkCode(static_cast<char16_t>(one.character));
         if (code >= 0x100) {
             if (at.Room() < 2) break;
-            at.target[0] = static_cast<std::uint8_t>(code >> 8);
-            at.target[1] = static_cast<std::uint8_t>(code);
+            StorePair(code, at.target);
             at.Advance(one.units, 2);
         } else {
             *at.target = code != 0 ? static_cast<std::uint8_t>(code) : std::uint8_t{'?'};

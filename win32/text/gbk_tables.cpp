@@ -6,12 +6,7 @@ namespace {
 // Turned around by the compiler, so that the two directions cannot disagree.
 consteval ReverseTable TurnAround() {
     ReverseTable table;
-    std::uint16_t used = 1;
-    const auto put = [&](char16_t unit, unsigned code) {
-        std::uint16_t& block = table.block[unit >> 6];
-        if (block == 0) block = used++;
-        table.cell[block][unit & 0x3F] = static_cast<std::uint16_t>(code);
-    };
+    const auto put = [&](char16_t unit, unsigned code) { table.code[unit] = static_cast<std::uint16_t>(code); };
     put(kEuroSign, kEuroByte);
     put(kLastByteCharacter, kLastByte);
     for (unsigned lead = kFirstLead; lead <= kLastLead; ++lead) {
@@ -20,7 +15,6 @@ consteval ReverseTable TurnAround() {
             if (unit != 0) put(unit, lead << 8 | trail);
         }
     }
-    if (used != kReverseBlocks) throw "kReverseBlocks is not the number of blocks in use";
     return table;
 }
 

@@ -20,7 +20,6 @@ int DWordInArray(const CDWordArray& array, DWORD nValue) {
 }
 
 void SortArray(CStringArray& array) {
-    // Equal elements are the same bytes, so any sort gives what a stable exchange sort gives.
     CString* elements = array.GetData();
-    std::sort(elements, elements + array.GetSize());
+    std::stable_sort(elements, elements + array.GetSize());
 }

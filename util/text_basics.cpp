@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include "tkkernel/util.h"
@@ -67,7 +68,8 @@ int IsDigit(const char* szText) {
 }
 
 int GetMemoryLength(void* pMemory) {
-    return pMemory == nullptr ? 0 : static_cast<int>(_msize(pMemory));
+    constexpr std::size_t kMost = std::numeric_limits<int>::max();
+    return pMemory == nullptr ? 0 : static_cast<int>(std::min<std::size_t>(_msize(pMemory), kMost));
 }
 
 int StrLen(const char* szText) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <afxdisp.h>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -176,6 +178,22 @@ TEST(VariantToString, RoundsCurrencyAsItsDigitsDo) {
         ASSERT_EQ(VariantToDouble(amount), expected) << units;
         ASSERT_EQ(std::signbit(VariantToDouble(amount)), std::signbit(expected)) << units;
         ASSERT_EQ(Std(VariantToString(amount)), TrimZeros(TwelvePointTwo(expected))) << units;
+    }
+}
+
+TEST(VariantToString, PrintsDatesAsTheFrameworkDoes) {
+    constexpr char kFormat[] = "%Y-%m-%d %H:%M:%S";
+    Random random;
+    SCOPED_TRACE(testing::Message() << "TK_TEST_SEED=" << random.Seed());
+    for (int i = 0; i < 20000; ++i) {
+        const int day = random.Below(3615899) - 657434;  // 0100-01-01 to 9999-12-30
+        const double time = random.Below(864000) / 864000.0;
+        const double date = day < 0 ? day - time : day + time;
+        ASSERT_EQ(Std(VariantToString(Date(date))), Std(COleDateTime(date).Format(kFormat))) << date;
+    }
+    for (const double date : {1e10, -1e10, 2958466.0, -657435.0, std::numeric_limits<double>::quiet_NaN(),
+                              std::numeric_limits<double>::infinity()}) {
+        EXPECT_EQ(Std(VariantToString(Date(date))), Std(COleDateTime(date).Format(kFormat))) << date;
     }
 }
 

@@ -82,8 +82,8 @@ WINBASEAPI unsigned char* _mbstok(unsigned char* text, const unsigned char* sepa
 
 WINBASEAPI unsigned char* _mbscpy(unsigned char* target, const unsigned char* source);
 WINBASEAPI unsigned char* _mbscat(unsigned char* target, const unsigned char* source);
-/// Copy so many characters, or bytes; the rest of the count is filled with zeros. As with strncpy there is no terminator
-/// when the source is not shorter. A character that would be cut is not copied.
+/// Copy so many characters, or bytes; the rest of the count is filled with zeros. As with strncpy there is no
+/// terminator when the source is not shorter. A character that would be cut is not copied.
 WINBASEAPI unsigned char* _mbsncpy(unsigned char* target, const unsigned char* source, std::size_t characters);
 WINBASEAPI unsigned char* _mbsnbcpy(unsigned char* target, const unsigned char* source, std::size_t bytes);
 /// Append up to so many characters, or bytes, and a terminator.

@@ -11,7 +11,8 @@
 #include "windef.h"
 
 /// Turn a text into capitals, or into small letters, in place.
-/// @param text  a text that ends with its terminator, or a single character in place of a pointer (a value up to 0xFFFF)
+/// @param text  a text that ends with its terminator, or a single character in place of a pointer (a value up to
+/// 0xFFFF)
 /// @return the text, or the other case of the character
 WINUSERAPI LPSTR WINAPI CharUpperA(LPSTR text);
 WINUSERAPI LPWSTR WINAPI CharUpperW(LPWSTR text);

@@ -10,6 +10,11 @@
 #include "tkwin32/message_box.h"
 #include "windef.h"
 
+/// The window of this thread that has the attention. @return null: no windows are kept here
+inline HWND GetActiveWindow() noexcept {
+    return nullptr;
+}
+
 /// Turn a text into capitals, or into small letters, in place.
 /// @param text  a text that ends with its terminator, or a single character in place of a pointer (a value up to
 /// 0xFFFF)

@@ -1,5 +1,7 @@
 #include "afx/dispatch_call.h"
 
+#include <iterator>
+
 #include "afx/ole_check.h"
 
 namespace tk::afx {
@@ -14,9 +16,10 @@ struct OwnedExceptionInfo : EXCEPINFO {
     OwnedExceptionInfo(const OwnedExceptionInfo&) = delete;
     OwnedExceptionInfo& operator=(const OwnedExceptionInfo&) = delete;
     ~OwnedExceptionInfo() {
-        SysFreeString(bstrSource);
-        SysFreeString(bstrDescription);
-        SysFreeString(bstrHelpFile);
+        // Most calls succeed and leave no text: not even the calls are made.
+        for (const BSTR text : {bstrSource, bstrDescription, bstrHelpFile}) {
+            if (text != nullptr) SysFreeString(text);
+        }
     }
 };
 
@@ -54,32 +57,36 @@ void CallMember(IDispatch* object, DISPID member, WORD kind, VARIANT* arguments,
 
 namespace {
 
-struct ResultType {
-    VARTYPE vt;
-    void (*store)(const VARIANT& value, void* target);  // moves what the value owns
-};
+using Store = void (*)(const VARIANT& value, void* target);  // moves what the value owns
 
-// What InvokeHelper hands out for each type it can be asked for.
-constexpr ResultType kResultTypes[] = {
-    {VT_I2, [](const VARIANT& value, void* target) { *static_cast<short*>(target) = value.iVal; }},
-    {VT_I4, [](const VARIANT& value, void* target) { *static_cast<long*>(target) = value.lVal; }},
-    {VT_R4, [](const VARIANT& value, void* target) { *static_cast<float*>(target) = value.fltVal; }},
-    {VT_R8, [](const VARIANT& value, void* target) { *static_cast<double*>(target) = value.dblVal; }},
-    {VT_CY, [](const VARIANT& value, void* target) { *static_cast<CY*>(target) = value.cyVal; }},
-    {VT_DATE, [](const VARIANT& value, void* target) { *static_cast<DATE*>(target) = value.date; }},
-    {VT_DISPATCH, [](const VARIANT& value, void* target) { *static_cast<IDispatch**>(target) = value.pdispVal; }},
-    {VT_ERROR, [](const VARIANT& value, void* target) { *static_cast<SCODE*>(target) = value.scode; }},
-    {VT_BOOL, [](const VARIANT& value, void* target) { *static_cast<BOOL*>(target) = value.boolVal != 0; }},
-    {VT_UNKNOWN, [](const VARIANT& value, void* target) { *static_cast<IUnknown**>(target) = value.punkVal; }},
-    {VT_UI1, [](const VARIANT& value, void* target) { *static_cast<BYTE*>(target) = value.bVal; }},
-    {VT_I8, [](const VARIANT& value, void* target) { *static_cast<long long*>(target) = value.llVal; }},
-};
+// What InvokeHelper hands out, by VARIANT type; null where a caller cannot ask for the type.
+struct StoreTable {
+    Store rows[VT_I8 + 1] = {};
 
-// Clears a value unless it was handed on.
+    constexpr StoreTable() {
+        rows[VT_I2] = [](const VARIANT& value, void* target) { *static_cast<short*>(target) = value.iVal; };
+        rows[VT_I4] = [](const VARIANT& value, void* target) { *static_cast<long*>(target) = value.lVal; };
+        rows[VT_R4] = [](const VARIANT& value, void* target) { *static_cast<float*>(target) = value.fltVal; };
+        rows[VT_R8] = [](const VARIANT& value, void* target) { *static_cast<double*>(target) = value.dblVal; };
+        rows[VT_CY] = [](const VARIANT& value, void* target) { *static_cast<CY*>(target) = value.cyVal; };
+        rows[VT_DATE] = [](const VARIANT& value, void* target) { *static_cast<DATE*>(target) = value.date; };
+        rows[VT_DISPATCH] = [](const VARIANT& value, void* target) {
+            *static_cast<IDispatch**>(target) = value.pdispVal;
+        };
+        rows[VT_ERROR] = [](const VARIANT& value, void* target) { *static_cast<SCODE*>(target) = value.scode; };
+        rows[VT_BOOL] = [](const VARIANT& value, void* target) { *static_cast<BOOL*>(target) = value.boolVal != 0; };
+        rows[VT_UNKNOWN] = [](const VARIANT& value, void* target) { *static_cast<IUnknown**>(target) = value.punkVal; };
+        rows[VT_UI1] = [](const VARIANT& value, void* target) { *static_cast<BYTE*>(target) = value.bVal; };
+        rows[VT_I8] = [](const VARIANT& value, void* target) { *static_cast<long long*>(target) = value.llVal; };
+    }
+};
+constexpr StoreTable kStores;
+
+// Clears a value unless it was handed on, and then VT_EMPTY. Types below VT_BSTR own nothing.
 struct Clearing {
     VARIANT* value;
     ~Clearing() {
-        if (value != nullptr) VariantClear(value);
+        if (value->vt >= VT_BSTR) VariantClear(value);
     }
 };
 
@@ -98,13 +105,9 @@ void StoreResult(VARIANT& value, VARTYPE wanted, void* target) {
         *static_cast<CString*>(target) = TextOf(value.bstrVal);
         return;
     }
-    for (const ResultType& type : kResultTypes) {
-        if (type.vt != wanted) continue;
-        type.store(value, target);
-        value.vt = VT_EMPTY;
-        return;
-    }
-    AfxThrowOleException(DISP_E_BADVARTYPE);
+    if (wanted >= std::size(kStores.rows) || kStores.rows[wanted] == nullptr) AfxThrowOleException(DISP_E_BADVARTYPE);
+    kStores.rows[wanted](value, target);
+    value.vt = VT_EMPTY;
 }
 
 }  // namespace tk::afx

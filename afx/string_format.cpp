@@ -4,101 +4,21 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
 #include <utility>
 
-#include "afx/text_codes.h"
+#include "afx/format_conversion.h"
 #include "afx_exception.h"
 
 namespace tk::afx {
 namespace {
 
-enum class Size : std::uint8_t { Int, Char, Short, Long, LongLong, Pointer, LongDouble, Wide };
-
-struct Conversion {
-    bool left = false, plus = false, blank = false, alternative = false, zero = false;
-    int width = 0;
-    int precision = -1;  // not given
-    Size size = Size::Int;
-    bool narrow = false;  // "h": a narrow text even for %S
-    char letter = '\0';
-};
-
-struct Arguments {
-    va_list list;
-};
-
-struct LengthPrefix {
-    const char* text;
-    Size size;
-};
-// Longer prefixes stand before those they begin with.
-constexpr LengthPrefix kLengthPrefixes[] = {
-    {"hh", Size::Char},      {"h", Size::Short},   {"ll", Size::LongLong},  {"l", Size::Long},
-    {"I64", Size::LongLong}, {"I32", Size::Int},   {"I", Size::Pointer},    {"j", Size::LongLong},
-    {"z", Size::Pointer},    {"t", Size::Pointer}, {"L", Size::LongDouble}, {"w", Size::Wide},
-};
-
-int ReadNumber(const char*& at) {
-    int number = 0;
-    for (; *at >= '0' && *at <= '9'; ++at) {
-        if (number > CString::kMaxLength / 10) AfxThrowMemoryException();
-        number = number * 10 + (*at - '0');
-    }
-    return number;
-}
-
-void ReadFlags(const char*& at, Conversion& conversion) {
-    const std::pair<char, bool*> kFlags[] = {{'-', &conversion.left},
-                                             {'+', &conversion.plus},
-                                             {' ', &conversion.blank},
-                                             {'#', &conversion.alternative},
-                                             {'0', &conversion.zero}};
-    for (bool more = true; more;) {
-        more = false;
-        for (const auto& [letter, flag] : kFlags) {
-            if (*at != letter) continue;
-            *flag = more = true;
-            ++at;
-        }
-    }
-}
-
-// Reads what stands between '%' and the letter, and the letter.
-Conversion ReadConversion(const char*& at, Arguments& arguments) {
-    Conversion conversion;
-    ReadFlags(at, conversion);
-    if (*at == '*') {
-        ++at;
-        const int width = va_arg(arguments.list, int);
-        conversion.left = conversion.left || width < 0;
-        if (width < -CString::kMaxLength || width > CString::kMaxLength) AfxThrowMemoryException();
-        conversion.width = width < 0 ? -width : width;
-    } else {
-        conversion.width = ReadNumber(at);
-    }
-    if (*at == '.') {
-        ++at;
-        if (*at == '*') {
-            ++at;
-            conversion.precision = va_arg(arguments.list, int);  // a negative one counts as not given
-        } else {
-            conversion.precision = ReadNumber(at);
-        }
-    }
-    for (const LengthPrefix& prefix : kLengthPrefixes) {
-        const std::size_t length = std::strlen(prefix.text);
-        if (std::strncmp(at, prefix.text, length) != 0) continue;
-        conversion.size = prefix.size;
-        conversion.narrow = prefix.size == Size::Short;
-        at += length;
-        break;
-    }
-    conversion.letter = *at;
-    return conversion;
-}
+using Size = FormatSize;
+using Conversion = FormatConversion;
+using Arguments = FormatArguments;
 
 void AppendFill(CString& target, char fill, int count) {
     if (count > 0) target += CString(fill, count);
@@ -136,19 +56,28 @@ LongLong ReadInteger(Arguments& arguments, Size size) {
 // Digits of a number with its prefix, the precision being the least number of digits.
 void AppendDigits(CString& target, const Conversion& conversion, unsigned long long number, int base,
                   const char* prefix, bool upper) {
-    char digits[std::numeric_limits<unsigned long long>::digits];
-    char* end = std::to_chars(digits, digits + sizeof(digits), number, base).ptr;
+    char text[2 + std::numeric_limits<unsigned long long>::digits];
+    char* digits = text;
+    while (*prefix != '\0')
+        *digits++ = *prefix++;
+    char* end = std::to_chars(digits, text + sizeof(text), number, base).ptr;
     if (conversion.precision == 0 && number == 0) end = digits;
     if (upper) {
         for (char* at = digits; at < end; ++at) {
             if (*at >= 'a') *at = static_cast<char>(*at - 'a' + 'A');
         }
     }
-    CString text(prefix);
-    const int prefixLength = text.GetLength();
-    AppendFill(text, '0', conversion.precision - static_cast<int>(end - digits));
-    text.Append(digits, static_cast<int>(end - digits));
-    AppendPadded(target, conversion, text, text.GetLength(), prefixLength, conversion.zero && conversion.precision < 0);
+    const int length = static_cast<int>(end - text);
+    const int prefixLength = static_cast<int>(digits - text);
+    const int missingDigits = conversion.precision - (length - prefixLength);
+    if (missingDigits <= 0) {
+        const bool zeros = conversion.zero && conversion.precision < 0;
+        return AppendPadded(target, conversion, text, length, prefixLength, zeros);
+    }
+    CString filled(text, prefixLength);
+    AppendFill(filled, '0', missingDigits);
+    filled.Append(digits, length - prefixLength);
+    AppendPadded(target, conversion, filled, filled.GetLength(), 0, false);
 }
 
 const char* SignPrefix(const Conversion& conversion, bool negative) {
@@ -308,21 +237,31 @@ void SkipCount(CString&, const Conversion&, Arguments& arguments) {
 }
 
 using Append = void (*)(CString&, const Conversion&, Arguments&);
-struct Letter {
-    const char* letters;
-    Append append;
+
+// Who prints which letter; null for what is no conversion.
+struct LetterTable {
+    Append rows[128] = {};
+
+    constexpr LetterTable() {
+        Set("sS", AppendText);
+        Set("cC", AppendCharacter);
+        Set("di", AppendSigned);
+        Set("uxXo", AppendUnsigned);
+        Set("fFeEgGaA", AppendReal);
+        Set("p", AppendPointer);
+        Set("%", AppendPercent);
+        Set("n", SkipCount);
+    }
+    constexpr void Set(const char* letters, Append append) {
+        for (; *letters != '\0'; ++letters)
+            rows[static_cast<unsigned char>(*letters)] = append;
+    }
 };
-constexpr Letter kLetters[] = {
-    {"sS", AppendText},      {"di", AppendSigned}, {"uxXo", AppendUnsigned}, {"fFeEgGaA", AppendReal},
-    {"cC", AppendCharacter}, {"%", AppendPercent}, {"p", AppendPointer},     {"n", SkipCount},
-};
+constexpr LetterTable kLetters;
 
 Append FindAppend(char letter) {
-    if (letter == '\0') return nullptr;
-    for (const Letter& row : kLetters) {
-        if (std::strchr(row.letters, letter) != nullptr) return row.append;
-    }
-    return nullptr;
+    const auto index = static_cast<unsigned char>(letter);
+    return index < std::size(kLetters.rows) ? kLetters.rows[index] : nullptr;
 }
 
 }  // namespace

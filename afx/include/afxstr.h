@@ -100,7 +100,15 @@ public:
         if (lpsz != nullptr) Append(lpsz, CheckedLength(std::strlen(lpsz)));
         return *this;
     }
-    CString& operator+=(char ch) { return Append(&ch, 1), *this; }
+    CString& operator+=(char ch) {
+        if (length_ < GetAllocLength()) {
+            data_[length_] = ch;
+            SetLength(length_ + 1);
+        } else {
+            Append(&ch, 1);
+        }
+        return *this;
+    }
 
     // ---- comparing, by unsigned bytes up to the first NUL
     int Compare(LPCSTR lpsz) const noexcept { return std::strcmp(data_, lpsz == nullptr ? "" : lpsz); }

@@ -105,7 +105,8 @@ bool NeedsBraces(const ConnectionString::Pair& pair) {
     const std::string& value = pair.value;
     if (value.empty()) return false;
     const bool isDriver = EqualsNoCase(pair.key, "Driver");
-    return pair.isBraced || value.find(';') != std::string::npos || value.front() == '{' || value.front() == ' ' ||
+    const bool isStatement = EqualsNoCase(pair.key, "INITSTMT") || EqualsNoCase(pair.key, "ConnSettings");
+    return pair.isBraced || isStatement || value.find(';') != std::string::npos || value.front() == '{' || value.front() == ' ' ||
            value.back() == ' ' || (isDriver && value.find(' ') != std::string::npos);
 }
 

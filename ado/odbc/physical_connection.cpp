@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kKeptHandles = 4;
 
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
-constexpr auto kTrustedIdle = std::chrono::seconds(1);
+constexpr long long kTrustedIdleMs = 1000;
 
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
@@ -193,13 +193,13 @@ bool PhysicalConnection::Reset() noexcept try {
     return false;
 }
 
-bool PhysicalConnection::IsUsable(std::chrono::steady_clock::duration idle) noexcept try {
+bool PhysicalConnection::IsUsable(long long idleMs) noexcept try {
     if (profile_->isFileDatabase) {
         // A file put in the place of the former one is another database.
         struct stat status = {};
         return stat(file_.c_str(), &status) == 0 && fileIdentity_ == std::pair{status.st_dev, status.st_ino};
     }
-    if (idle < kTrustedIdle) return true;
+    if (idleMs < kTrustedIdleMs) return true;
     if (IsDead()) return false;
     if (profile_->pingStatement != nullptr) RunSimple(profile_->pingStatement);
     return true;

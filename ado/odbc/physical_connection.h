@@ -5,7 +5,6 @@
 #include <sys/types.h>
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -70,7 +69,7 @@ public:
     bool Reset() noexcept;
 
     /// Before another session gets it: still connected, and to the same database.
-    bool IsUsable(std::chrono::steady_clock::duration idle) noexcept;
+    bool IsUsable(long long idleMs) noexcept;
 
     bool IsAutoCommit() const noexcept { return isAutoCommit_; }
     void SetAutoCommit(bool on);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <thread>
 #include <vector>
@@ -108,7 +109,7 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
             idleTime = Clock::now() - last->since;
             impl_->idle.erase(std::next(last).base());
         }
-        if (found->IsUsable(idleTime)) return found;
+        if (found->IsUsable(std::chrono::duration_cast<std::chrono::milliseconds>(idleTime).count())) return found;
     }
 }
 
@@ -142,10 +143,10 @@ std::size_t SessionCache::IdleCount() const {
     return impl_->idle.size();
 }
 
-void SessionCache::SetIdleLimit(std::chrono::milliseconds limit) {
+void SessionCache::SetIdleLimit(long long milliseconds) {
     {
         const std::lock_guard lock(impl_->mutex);
-        impl_->limit = limit;
+        impl_->limit = std::chrono::milliseconds(milliseconds);
     }
     impl_->changed.notify_all();
 }

@@ -7,7 +7,6 @@
 // Threads: any.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -54,7 +53,7 @@ public:
     std::size_t IdleCount() const;
 
     /// For tests: how long an idle connection is kept.
-    void SetIdleLimit(std::chrono::milliseconds limit);
+    void SetIdleLimit(long long milliseconds);
 
 private:
     SessionCache();

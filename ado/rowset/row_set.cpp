@@ -1,5 +1,6 @@
 #include "ado/rowset/row_set.h"
 
+#include <malloc.h>
 #include <tkwin32/text.h>
 
 #include <algorithm>
@@ -25,6 +26,8 @@ constexpr std::size_t kInlineRows = 256;
 
 // Rows of one chunk of a set that is built here.
 constexpr std::size_t kBuiltRows = 256;
+
+constexpr std::size_t kLargeBytes = std::size_t{16} * 1024 * 1024;
 
 constexpr auto kCancelPatience = std::chrono::milliseconds(50);
 constexpr auto kJoinPatience = std::chrono::seconds(2);
@@ -274,6 +277,10 @@ RowSet::RowSet(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 RowSet::~RowSet() {
     impl_->Stop();
+    const bool isLarge = impl_->isComplete && MemoryBytes() >= kLargeBytes;
+    impl_.reset();
+    // The rows were allocated by a worker: the C library would keep them for that thread.
+    if (isLarge) malloc_trim(0);
 }
 
 std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Session> session,

@@ -1,0 +1,70 @@
+#include "ado/odbc/statement_kind.h"
+
+#include <gtest/gtest.h>
+
+namespace tk::ado {
+namespace {
+
+TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
+    constexpr bool kYes = true;
+    constexpr bool kNo = false;
+    const struct {
+        const char* text;
+        bool reading;
+        bool large;
+        bool changes;
+    } rows[] = {
+        {"select * from item", kYes, kYes, kNo},
+        {"  SELECT a, b FROM item ORDER BY a  ", kYes, kYes, kNo},
+        {"select * from item;", kYes, kYes, kNo},
+        {"select * from item where id = 1", kYes, kNo, kNo},
+        {"select * from item limit 5", kYes, kNo, kNo},
+        {"select top 5 * from item", kYes, kNo, kNo},
+        {"select count(*) from item", kYes, kNo, kNo},
+        {"select count from item", kYes, kYes, kNo},
+        {"select kind, sum(x) from item group by kind", kYes, kNo, kNo},
+        {"select 1", kYes, kNo, kNo},
+        {"select 'where' from item", kYes, kYes, kNo},
+        {"select \"limit\" from item", kYes, kYes, kNo},
+        {"select [where] from item", kYes, kYes, kNo},
+        {"-- where\nselect * from item /* limit */", kYes, kYes, kNo},
+        {"select replace(a,'x','y') from item", kYes, kYes, kNo},
+        {"values (1),(2)", kYes, kNo, kNo},
+        {"with a as (select 1) select * from a", kYes, kYes, kNo},
+        {"with a as (select 1) delete from t", kNo, kNo, kNo},
+        {"select * from t for update", kYes, kNo, kNo},
+        {"select * from a; delete from b", kNo, kNo, kYes},
+        {"select * into t2 from t", kNo, kNo, kYes},
+        {"select set_config('x','y',false)", kNo, kNo, kYes},
+        {"select pg_advisory_lock(1)", kNo, kNo, kYes},
+        {"select @x := 1", kNo, kNo, kYes},
+        {"select * from #t", kNo, kNo, kYes},
+        {"select 'a@b' from item", kYes, kYes, kNo},
+        {"insert into item values (1)", kNo, kNo, kNo},
+        {"update item set temp = 1", kNo, kNo, kNo},
+        {"delete from item", kNo, kNo, kNo},
+        {"create table item (id integer)", kNo, kNo, kNo},
+        {"create temp table item (id integer)", kNo, kNo, kYes},
+        {"create temporary view v as select 1", kNo, kNo, kYes},
+        {"drop table item", kNo, kNo, kNo},
+        {"alter session set x = 1", kNo, kNo, kYes},
+        {"set names gbk", kNo, kNo, kYes},
+        {"begin", kNo, kNo, kYes},
+        {"pragma foreign_keys = 1", kNo, kNo, kYes},
+        {"{call p(1)}", kNo, kNo, kYes},
+        {"exec p", kNo, kNo, kYes},
+        {"", kNo, kNo, kYes},
+        {"select 'never closed", kYes, kNo, kNo},
+        {"/* never closed", kNo, kNo, kYes},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        const StatementKind kind = Inspect(row.text);
+        EXPECT_EQ(kind.isReading, row.reading);
+        EXPECT_EQ(kind.isLikelyLarge, row.large);
+        EXPECT_EQ(kind.changesSession, row.changes);
+    }
+}
+
+}  // namespace
+}  // namespace tk::ado

@@ -104,7 +104,8 @@ TEST(ClientCursor, RefusesEveryMoveOnAnEmptySet) {
     EXPECT_EQ(ErrorOf([&] { cursor.MoveLast(); }), kNoRecord);
     EXPECT_EQ(ErrorOf([&] { cursor.MoveNext(); }), kNoRecord);
     EXPECT_EQ(ErrorOf([&] { cursor.MovePrevious(); }), kNoRecord);
-    for (const LONG count : {-1, 0, 1}) EXPECT_EQ(ErrorOf([&] { cursor.Move(count); }), kNoRecord) << count;
+    for (const LONG count : {-1, 0, 1})
+        EXPECT_EQ(ErrorOf([&] { cursor.Move(count); }), kNoRecord) << count;
     EXPECT_EQ(ErrorOf([&] { cursor.Row(); }), kNoRecord);
     EXPECT_EQ(ErrorOf([&] { cursor.MoveTo(0); }), kNoRecord);
     EXPECT_EQ(ErrorOf([&] { cursor.SetAbsolutePosition(1); }), kInvalid);

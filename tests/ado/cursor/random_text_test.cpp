@@ -10,10 +10,10 @@ namespace tk::ado::test {
 namespace {
 
 constexpr const char16_t* kPieces[] = {
-    u"id",  u"name", u"price", u"born",  u"flag", u"[item code]", u"nothing", u"[",    u"]",    u"(",      u")",
-    u"=",   u"<",    u">",     u"<>",    u"<=",   u"LIKE",        u"IS",      u"NOT",  u"NULL", u"AND",    u"OR",
-    u"'",   u"''",   u"#",     u"'a*'",  u"'%",   u"1",           u"-2.5",    u"$",    u"e9",   u"1e400",  u"TRUE",
-    u"中",  u",",    u"ASC",   u"DESC",  u" ",    u"　",          u"\t",      u"'中%'", u"#7/4/2003#", u"\xD800", u"%",
+    u"id", u"name", u"price", u"born", u"flag", u"[item code]", u"nothing", u"[",     u"]",          u"(",      u")",
+    u"=",  u"<",    u">",     u"<>",   u"<=",   u"LIKE",        u"IS",      u"NOT",   u"NULL",       u"AND",    u"OR",
+    u"'",  u"''",   u"#",     u"'a*'", u"'%",   u"1",           u"-2.5",    u"$",     u"e9",         u"1e400",  u"TRUE",
+    u"中", u",",    u"ASC",   u"DESC", u" ",    u"　",          u"\t",      u"'中%'", u"#7/4/2003#", u"\xD800", u"%",
 };
 
 class RandomText {
@@ -22,9 +22,9 @@ public:
 
     std::u16string Next() {
         std::u16string text;
-        for (unsigned count = random_() % 14; count > 0; --count) {
-            text += kPieces[random_() % std::size(kPieces)];
-            if (random_() % 3 != 0) text += u' ';
+        for (unsigned count = Below(14); count > 0; --count) {
+            text += kPieces[Below(std::size(kPieces))];
+            if (Below(3) != 0) text += u' ';
         }
         return text;
     }
@@ -50,7 +50,8 @@ TEST(RandomCriteria, AreTakenOrRefused) {
         const std::u16string text = texts.Next();
         const int error = ErrorOf([&] {
             const Criteria criteria = Criteria::ParseFilter(text, store->Columns());
-            for (std::size_t row = 0; row < 5; ++row) criteria.Matches(*store, row);
+            for (std::size_t row = 0; row < 5; ++row)
+                criteria.Matches(*store, row);
             ++taken;
         });
         ASSERT_TRUE(error == 0 || error == 3001 || error == 3265) << error << " for " << ToUtf8(text);
@@ -98,7 +99,8 @@ TEST(RandomMoves, AgreeWithAPlainList) {
                     break;
                 default: {
                     const LONG count = static_cast<LONG>(random.Below(13)) - 6;
-                    const bool refused = (count > 0 && atEof) || (count < 0 && atBof) || (count == 0 && (atBof || atEof));
+                    const bool refused =
+                        (count > 0 && atEof) || (count < 0 && atBof) || (count == 0 && (atBof || atEof));
                     expected = refused ? 3021 : 0;
                     if (!refused) place = std::clamp(place + count, -1LL, size);
                     error = ErrorOf([&] { cursor.Move(count); });
@@ -137,7 +139,8 @@ TEST(RandomChanges, ShowTheSameRowsToEveryCursor) {
             if (random.Below(4) == 0) plain.SetFilter({});
             if (random.Below(4) == 0) sorted.SetSort(ParseSort(u"id DESC", store->Columns()));
             std::size_t alive = 0;
-            for (std::size_t row = 0; row < store->CountRows(); ++row) alive += store->IsDeleted(row) ? 0 : 1;
+            for (std::size_t row = 0; row < store->CountRows(); ++row)
+                alive += store->IsDeleted(row) ? 0 : 1;
             ASSERT_EQ(sorted.Count(), alive) << "round " << round << " step " << step;
             std::size_t walked = 0;
             if (alive != 0) {

@@ -15,9 +15,15 @@
 
 namespace tk::ado::test {
 
-inline Value Number(LONG number) { return Value(number); }
-inline Value Text(std::u16string_view text) { return Value::Text(text); }
-inline Value Null() { return Value::Null(); }
+inline Value Number(LONG number) {
+    return Value(number);
+}
+inline Value Text(std::u16string_view text) {
+    return Value::Text(text);
+}
+inline Value Null() {
+    return Value::Null();
+}
 
 inline Value Date(double date) {
     Value value;
@@ -47,7 +53,8 @@ struct ColumnSample {
 
 inline std::vector<Column> Columns(std::initializer_list<ColumnSample> samples) {
     std::vector<Column> columns;
-    for (const ColumnSample& sample : samples) columns.push_back(MakeColumn(sample.name, sample.type, 50, 0x60));
+    for (const ColumnSample& sample : samples)
+        columns.push_back(MakeColumn(sample.name, sample.type, 50, 0x60));
     return columns;
 }
 
@@ -55,7 +62,8 @@ inline std::shared_ptr<RowSet> Rows(std::vector<Column> columns, const std::vect
     auto set = RowSet::Build(std::move(columns));
     for (const auto& row : rows) {
         std::vector<VARIANT> borrowed;
-        for (const Value& value : row) borrowed.push_back(value.Get());
+        for (const Value& value : row)
+            borrowed.push_back(value.Get());
         set->Append(borrowed);
     }
     return set;
@@ -64,7 +72,8 @@ inline std::shared_ptr<RowSet> Rows(std::vector<Column> columns, const std::vect
 /// One integer column "id" that counts from 1.
 inline std::shared_ptr<RowStore> Counted(LONG count) {
     std::vector<std::vector<Value>> rows;
-    for (LONG i = 1; i <= count; ++i) rows.push_back({Number(i)});
+    for (LONG i = 1; i <= count; ++i)
+        rows.push_back({Number(i)});
     return std::make_shared<RowStore>(Rows(Columns({{u"id", kInteger}}), rows));
 }
 
@@ -78,20 +87,20 @@ inline std::shared_ptr<RowStore> Counted(LONG count) {
 inline std::shared_ptr<RowStore> Goods() {
     const auto yes = Value::Boolean(true);
     const auto no = Value::Boolean(false);
-    return std::make_shared<RowStore>(Rows(
-        Columns({{u"id", kInteger},
-                 {u"name", kVarWChar},
-                 {u"price", kNumeric},
-                 {u"born", kTimestamp},
-                 {u"flag", kBoolean},
-                 {u"item code", kVarWChar}}),
-        {
-            {Number(1), Text(u"Apple"), Decimal(u"1.50"), Date(37806.0), yes, Null()},
-            {Number(2), Text(u"banana"), Decimal(u"2.25"), Date(37806.0 + 47109.0 / 86400), no, Text(u"A1")},
-            {Number(3), Null(), Null(), Null(), Null(), Text(u"a1")},
-            {Number(4), Text(u"中国茶"), Decimal(u"10"), Date(-1.25), yes, Text(u"b%2")},
-            {Number(5), Text(u"O'Neil"), Decimal(u"-3.75"), Date(40180.0), no, Text(u"'#x'")},
-        }));
+    return std::make_shared<RowStore>(
+        Rows(Columns({{u"id", kInteger},
+                      {u"name", kVarWChar},
+                      {u"price", kNumeric},
+                      {u"born", kTimestamp},
+                      {u"flag", kBoolean},
+                      {u"item code", kVarWChar}}),
+             {
+                 {Number(1), Text(u"Apple"), Decimal(u"1.50"), Date(37806.0), yes, Null()},
+                 {Number(2), Text(u"banana"), Decimal(u"2.25"), Date(37806.0 + 47109.0 / 86400), no, Text(u"A1")},
+                 {Number(3), Null(), Null(), Null(), Null(), Text(u"a1")},
+                 {Number(4), Text(u"中国茶"), Decimal(u"10"), Date(-1.25), yes, Text(u"b%2")},
+                 {Number(5), Text(u"O'Neil"), Decimal(u"-3.75"), Date(40180.0), no, Text(u"'#x'")},
+             }));
 }
 
 /// The number of the error that work throws; 0 for none.

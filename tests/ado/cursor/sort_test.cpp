@@ -16,7 +16,8 @@ std::string Sorted(const RowStore& rows, std::size_t count, std::u16string_view 
         std::vector<std::uint32_t> order(count);
         std::iota(order.begin(), order.end(), 0u);
         SortRows(rows, ParseSort(text, rows.Columns()), order);
-        for (const std::uint32_t row : order) ids += (ids.empty() ? "" : " ") + std::to_string(row + 1);
+        for (const std::uint32_t row : order)
+            ids += (ids.empty() ? "" : " ") + std::to_string(row + 1);
     });
     return error != 0 ? std::to_string(error) : ids;
 }

@@ -131,7 +131,8 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPA
         if (result != nullptr) *result = call.Result().Detach();
         return S_OK;
     } catch (const CallFault& fault) {
-        if (argument != nullptr) *argument = fault.argument;
+        // A wrong number of arguments is nobody's in particular.
+        if (argument != nullptr && fault.code != DISP_E_BADPARAMCOUNT) *argument = fault.argument;
         return fault.code;
     } catch (const AdoError& error) {
         try {

@@ -132,7 +132,8 @@ void Connection::Execute(Call& call) {
 
 void Connection::BeginTrans(Call& call) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
-    if (session->InTransaction()) throw ProviderFailure(kTransactionExistsCode, kTextTransactionExists, kProviderSource);
+    if (session->InTransaction())
+        throw ProviderFailure(kTransactionExistsCode, kTextTransactionExists, kProviderSource);
     session->Begin(isolationLevel_);
     call.ReturnLong(1);
 }

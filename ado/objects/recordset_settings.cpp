@@ -40,6 +40,8 @@ void Recordset::PutActiveConnection(Call& call) {
         ExpectNoEdit();
         // A set that still arrives needs its connection until all of it is here.
         open_->store->CountRows();
+        // What is written back later has to be known while there is somebody to ask.
+        if (lock_ != kLockReadOnly) DescribeOrigins();
         if (connection) connection->OpenedSession(ErrorNumber::InvalidConnection);
         {
             const std::lock_guard lock(guard_);

@@ -146,6 +146,12 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
+    /// What a call gave. Parameters stay bound until its diagnostics have been read: taking them off replaces those.
+    struct CallResult {
+        SQLRETURN result;
+        std::unique_ptr<const ParameterBinding> binding;
+    };
+
     /// Runs one call on a handle of the lease and makes the statement of it.
     template <class Call>
     Statement Run(const std::shared_ptr<Lease>& on, std::string_view sql, const ExecuteOptions& options, Call&& call) {
@@ -173,9 +179,10 @@ struct Session::Impl {
         } ended{*this};
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
-        const SQLRETURN result = call(handle);
+        const CallResult called = call(handle);
         guard.Finish();
         on->MarkUsed();
+        const SQLRETURN result = called.result;
         if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) statement->Fail(result);
         if (result == SQL_SUCCESS_WITH_INFO) {
             statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
@@ -203,10 +210,11 @@ struct Session::Impl {
         FinishWork(!kind.isReading);
         if (kind.changesSession) Physical().MarkChanged();
         const auto call = [&](StatementHandle& handle) {
-            const ParameterBinding binding(handle, parameters);
+            auto binding = std::make_unique<const ParameterBinding>(handle, parameters);
             // Drivers take the text as writable; none writes.
             auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
-            return Odbc().ExecDirect(handle.Get(), text, static_cast<SQLINTEGER>(sql.size()));
+            const SQLRETURN result = Odbc().ExecDirect(handle.Get(), text, static_cast<SQLINTEGER>(sql.size()));
+            return CallResult{result, std::move(binding)};
         };
         const bool isLarge = IsLikelyLarge(sql, kind);
         if (isLarge && CanUseSide(kind)) {
@@ -309,8 +317,9 @@ Statement Session::Execute(std::string_view sql, std::span<const Parameter> para
 
 Statement Session::Catalog(const CatalogCall& call, const ExecuteOptions& options) {
     impl_->FinishWork(false);
-    return impl_->RunOnOwn({}, true, options,
-                           [&](StatementHandle& handle) { return RunCatalogCall(handle.Get(), call); });
+    return impl_->RunOnOwn({}, true, options, [&](StatementHandle& handle) {
+        return Impl::CallResult{RunCatalogCall(handle.Get(), call), nullptr};
+    });
 }
 
 void Session::Cancel() noexcept {

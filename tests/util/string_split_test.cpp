@@ -138,6 +138,20 @@ TEST(StringToArray, AgreesWithTheRuleOnAnyTextAndSeparator) {
     }
 }
 
+TEST(StringToArray, SplitsListsOfAnyLength) {
+    for (const int count : {1, 2, 63, 64, 65, 128, 129, 1000}) {
+        SCOPED_TRACE(count);
+        Texts texts;
+        for (int i = 0; i < count; ++i)
+            texts.push_back("field " + std::to_string(i));
+        CStringArray array;
+        StringToArray(array, Join(texts, "||").c_str(), "||");
+        EXPECT_EQ(ToTexts(array), texts);
+        StringToArray(array, Join(texts, ",").c_str(), ",");
+        EXPECT_EQ(ToTexts(array), texts);
+    }
+}
+
 TEST(DivideString, TakesTokensUntilTheLast) {
     CString text("a,bc,,d");
     EXPECT_STREQ(DivideString(text, ','), "a");

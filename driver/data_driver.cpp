@@ -92,5 +92,6 @@ int CTDataDriver::SetErrorString(const char* szFirst, const char* szSecond) {
 int CTDataDriver::ThrowException(CException* e, const char* szContext) {
     char text[256] = {};
     if (e != nullptr) e->GetErrorMessage(text, sizeof(text), nullptr);
+    text[sizeof(text) - 1] = '\0';  // an exception of the application's may fill the buffer to its end
     return SetErrorString(text, szContext);
 }

@@ -28,7 +28,10 @@ CTDatabase::CTDatabase(const CTDatabase& other) : CTDataDriver(other) {}
 
 CTDatabase::~CTDatabase() {
     if (dispatch_.m_lpDispatch == nullptr) return;
-    Guard::Do(*this, kCannotCloseOpenedDatabase, [&] { Close(); });
+    Guard::Closing(*this, kCannotCloseOpenedDatabase, 0, [&] {
+        Close();
+        return 1;
+    });
 }
 
 int CTDatabase::OnInitDispatch() {
@@ -79,8 +82,9 @@ int CTDatabase::OpenDAO(const char* szDataSource, const char* szUser, const char
 }
 
 void CTDatabase::Close() {
-    Guard::Do(*this, kCannotCloseDatabase, [&] {
+    Guard::Closing(*this, kCannotCloseDatabase, 0, [&] {
         if (GetState() != 0) Call(dispatch_, connection::kClose);
+        return 1;
     });
 }
 

@@ -3,6 +3,8 @@
 //   return Guard::Run(*this, szSQL, 0, [&] { ...; return 1; });  // context, failure value, work
 #pragma once
 
+#include <comdef.h>
+
 #include "tkkernel/driver.h"
 
 namespace tk::driver {
@@ -29,6 +31,18 @@ struct Guard {
             work();
             return 0;
         });
+    }
+
+    /// Run for closing: a server built with compiler support may throw its own error object there, whose message
+    /// becomes the last-error text as it stands.
+    template <typename Result, typename Work>
+    static Result Closing(CTDataDriver& driver, const char* context, Result failure, Work&& work) {
+        try {
+            return Run(driver, context, failure, work);
+        } catch (const _com_error& e) {
+            driver.SetError("%s", e.ErrorMessage());
+            return failure;
+        }
     }
 
 private:

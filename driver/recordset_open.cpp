@@ -1,5 +1,3 @@
-#include <comdef.h>
-
 #include "driver/guard.h"
 #include "driver/ids.h"
 #include "driver/invoke.h"
@@ -49,13 +47,10 @@ CTRecordset::CTRecordset(IDispatch* pDispatch) : CTDataDriver(pDispatch) {
 }
 
 CTRecordset::~CTRecordset() {
-    try {
-        Guard::Do(*this, kRecordsetCloseFailed, [&] {
-            if (GetState() != 0) Call(dispatch_, recordset::kClose);
-        });
-    } catch (const _com_error& e) {
-        SetError("%s", e.ErrorMessage());  // what a server written with compiler support may throw
-    }
+    Guard::Closing(*this, kRecordsetCloseFailed, 0, [&] {
+        if (GetState() != 0) Call(dispatch_, recordset::kClose);
+        return 1;
+    });
 }
 
 int CTRecordset::OnInitDispatch() {
@@ -196,7 +191,7 @@ int CTRecordset::SetDispatch(IUnknown* pSource) {
 
 int CTRecordset::Close() {
     lastError_.Empty();
-    return Guard::Run(*this, kRecordsetCloseFailed, 0, [&] {
+    return Guard::Closing(*this, kRecordsetCloseFailed, 0, [&] {
         if (GetState() != 0) Call(dispatch_, recordset::kClose);
         return 1;
     });

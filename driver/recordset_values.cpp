@@ -19,6 +19,7 @@ namespace {
 double LeadingDouble(const char* text) noexcept {
     text += std::strspn(text, " \t\n\v\f\r");
     const char* digits = *text == '+' ? text + 1 : text;
+    if (digits != text && *digits == '-') return 0.0;
     double value = 0.0;
     const auto parsed = std::from_chars(digits, digits + std::strlen(digits), value);
     return parsed.ec == std::errc::result_out_of_range ? std::atof(text) : value;

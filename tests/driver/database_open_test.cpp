@@ -195,13 +195,6 @@ TEST_F(DatabaseOpen, AFailureWithoutTextLeavesTheFirstLineEmpty) {
     EXPECT_THAT(ErrorOf(database), ::testing::EndsWith("\r\n打开数据库失败"));
 }
 
-TEST_F(DatabaseOpen, OpenWithoutArgumentsTouchesNothingWhenNobodyAnswers) {
-    CTDatabase database;
-    EXPECT_EQ(database.Open(), 0);
-    EXPECT_EQ(connections_->Created(), 0);
-    EXPECT_EQ(ErrorOf(database), "");
-}
-
 // ---- closing ---------------------------------------------------------------------------------------------------
 
 TEST_F(DatabaseOpen, CloseAsksTheStateFirst) {

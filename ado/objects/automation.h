@@ -131,4 +131,13 @@ const MemberInfo* Automation<T>::FindName(std::u16string_view name) const noexce
     return found == table.end() ? nullptr : &*found;
 }
 
+/// The object of this server behind an interface, or none.
+/// @param kind  the identifier that objects of the class answer with themselves
+template <class T>
+Ref<T> KnownObject(IUnknown* object, REFIID kind) {
+    void* known = nullptr;
+    if (object == nullptr || FAILED(object->QueryInterface(kind, &known))) return {};
+    return Ref<T>::Adopt(static_cast<T*>(known));
+}
+
 }  // namespace tk::ado

@@ -86,7 +86,8 @@ void Connection::Open(std::u16string_view text, std::u16string_view user, std::u
 }
 
 void Connection::OpenMember(Call& call) {
-    // The fourth argument asks for an asynchronous open; the open is done when the call returns, which is early enough.
+    // The fourth argument may ask for an asynchronous open; the open is done when the call returns, which is early
+    // enough.
     call.Long(3, -1);
     Open(call.Text(0, u""), call.Text(1, u""), call.Text(2, u""));
 }
@@ -285,6 +286,19 @@ void Connection::Cancel(Call&) {
 
 void Connection::GetProperties(Call& call) {
     call.ReturnObject(Make<tk::ado::Properties>(Ref<AutomationObject>(this), *this));
+}
+
+Ref<Connection> ConnectionOf(const Value& given) {
+    if (given.Type() == VT_DISPATCH || given.Type() == VT_UNKNOWN) {
+        auto connection = KnownObject<Connection>(given.Get().punkVal, kConnectionObject);
+        if (!connection) throw AdoError(ErrorNumber::InvalidArgument);
+        return connection;
+    }
+    // Contract: a number where the connection belongs is a wrong argument, not a text.
+    if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+    auto connection = Make<Connection>();
+    connection->Open(ViewOf(given.Get().bstrVal), {}, {});
+    return connection;
 }
 
 }  // namespace tk::ado

@@ -122,4 +122,8 @@ private:
     std::shared_ptr<ErrorList> errors_ = std::make_shared<ErrorList>();
 };
 
+/// The connection that a value means: an object of this server, or a text, from which a new one is opened.
+/// @throws AdoError 3001 for anything else, or what opening throws
+Ref<Connection> ConnectionOf(const Value& given);
+
 }  // namespace tk::ado

@@ -181,7 +181,6 @@ private:
     std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const Command& command, LONG timeout,
                                          LONG& affected);
     void OpenFabricated(LONG lock);
-    Ref<Connection> ConnectionOf(const Value& given) const;
     void ApplyView();
 
     void SaveEdit();
@@ -218,7 +217,7 @@ private:
     LONG lock_ = kLockReadOnly;  // while open
 
     Ref<Connection> connection_;     // ActiveConnection
-    std::u16string connectionText_;  // ActiveConnection as text, until it is opened
+    std::u16string connectionText_;  // ActiveConnection as text: a connection of its own is opened from it each time
     std::u16string source_;
     std::vector<Column> defined_;  // of a recordset without a source
     LONG cursorType_ = 0;

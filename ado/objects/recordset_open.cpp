@@ -24,14 +24,6 @@ private:
     std::shared_ptr<Session>& place_;
 };
 
-/// The object of this server behind an interface, or none.
-template <class T>
-Ref<T> Known(IUnknown* object, REFIID kind) {
-    void* known = nullptr;
-    if (object == nullptr || FAILED(object->QueryInterface(kind, &known))) return {};
-    return Ref<T>::Adopt(static_cast<T*>(known));
-}
-
 /// The same command once more; it keeps neither the recordset nor the connection alive.
 RunCommand Repetition(const Command& command, LONG timeout, LONG limit) {
     return [command, timeout, limit](const Connection& connection) -> std::shared_ptr<RowSet> {
@@ -117,6 +109,8 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
     const Running running(guard_, running_, session);
     Statement statement = session->Execute(command.sql, ExecuteOptions{timeout, maxRecords_});
     affected = statement.RowsAffected();
+    for (const ErrorRecord& warning : statement.Warnings())
+        connection->ErrorRecords()->Append(warning);
     if (command.noRecords) return nullptr;
     if (statement.HasRows()) {
         return RowSet::Fetch(std::move(statement), session, FetchOptions{command.asynchronousFetch, maxRecords_});
@@ -155,19 +149,6 @@ Ref<Recordset> Recordset::FromRows(Ref<Connection> connection, RunCommand run) {
     return result;
 }
 
-Ref<Connection> Recordset::ConnectionOf(const Value& given) const {
-    if (given.Type() == VT_DISPATCH || given.Type() == VT_UNKNOWN) {
-        auto connection = Known<Connection>(given.Get().punkVal, kConnectionObject);
-        if (!connection) throw AdoError(ErrorNumber::InvalidArgument);
-        return connection;
-    }
-    // Contract: a number where the connection belongs is a wrong argument, not a text.
-    if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
-    auto connection = Make<Connection>();
-    connection->Open(ViewOf(given.Get().bstrVal), {}, {});
-    return connection;
-}
-
 void Recordset::Open(Call& call) {
     ExpectClosed();
     const LONG cursorType = call.Long(2, -1);
@@ -184,11 +165,13 @@ void Recordset::Open(Call& call) {
     }
     LetGo();
     Ref<Connection> connection = connection_;
+    std::u16string text = connectionText_;
     if (!call.IsNothing(1)) {
-        connection = ConnectionOf(call.Variant(1));
-    } else if (!connection && !connectionText_.empty()) {
-        connection = ConnectionOf(Value::Text(connectionText_));
+        const Value given = call.Variant(1);
+        connection = given.Type() == VT_BSTR ? nullptr : ConnectionOf(given);
+        text = given.Type() == VT_BSTR ? ViewOf(given.Get().bstrVal) : std::u16string_view();
     }
+    if (!connection && !text.empty()) connection = ConnectionOf(Value::Text(text));
     if (!connection) {
         if (defined_.empty() || !source.empty()) throw AdoError(ErrorNumber::InvalidConnection);
         if (cursorType != -1) cursorType_ = cursorType;
@@ -199,8 +182,9 @@ void Recordset::Open(Call& call) {
     if (source.empty()) throw AdoError(ErrorNumber::InvalidArgument);
 
     const Command command = MakeCommand(source, options);
-    connection_ = connection;
-    connectionText_.clear();
+    // A connection of its own goes with the rows; the text stays for the next time.
+    connection_ = text.empty() ? connection : nullptr;
+    connectionText_ = text;
     source_ = source;
     if (cursorType != -1) cursorType_ = cursorType;
     if (lock != -1) wantedLock_ = lock;
@@ -349,7 +333,7 @@ void Recordset::PutRefDataSource(Call& call) {
         dataSource_ = nullptr;
         return;
     }
-    auto source = Known<Recordset>(given, kRecordsetObject);
+    auto source = KnownObject<Recordset>(given, kRecordsetObject);
     if (!source || source.Get() == this) throw AdoError(ErrorNumber::InvalidArgument);
     source->Rows();
     Settle(source->open_, source->lock_);

@@ -7,12 +7,11 @@
 #include <filesystem>
 #include <string>
 
-#include "ids.h"
-#include "late_bound.h"
+#include "session_test.h"
 
 namespace tk::ado::test {
 
-class DatabaseTest : public ::testing::Test {
+class DatabaseTest : public SessionTest {
 protected:
     void SetUp() override {
         std::string pattern = (std::filesystem::temp_directory_path() / "ado-objects-XXXXXX").string();
@@ -32,37 +31,6 @@ protected:
         EXPECT_TRUE(outcome.Ok()) << outcome;
         opened.Put(connection::kCursorLocation, Number(3));
         return opened;
-    }
-
-    static void Execute(const Object& on, std::u16string_view sql) {
-        const Outcome outcome = on.Call(connection::kExecute, {Text(sql), Omitted(), Number(129)});
-        EXPECT_TRUE(outcome.Ok()) << outcome << " in " << ToUtf8(sql);
-    }
-
-    /// The first value of the first row, as text.
-    static std::string Ask(const Object& on, std::u16string_view sql) {
-        const Outcome outcome = on.Call(connection::kExecute, {Text(sql)});
-        EXPECT_TRUE(outcome.Ok()) << outcome << " in " << ToUtf8(sql);
-        const Object rows = outcome.Result();
-        return rows ? rows.Get(recordset::kCollect, {Number(0)}).Utf8() : "nothing";
-    }
-
-    /// An updatable recordset on a connection.
-    static Object OpenRows(const Object& on, std::u16string_view source, LONG lock = 3, LONG options = 1) {
-        Object rows = Object::Create(kRecordsetClass);
-        rows.Put(recordset::kCursorLocation, Number(3));
-        const Outcome outcome =
-            rows.Call(recordset::kOpen, {Text(source), on.AsValue(), Number(3), Number(lock), Number(options)});
-        EXPECT_TRUE(outcome.Ok()) << outcome << " in " << ToUtf8(source);
-        return rows;
-    }
-
-    static std::string ValueOf(const Object& rows, std::u16string_view name) {
-        const Outcome outcome = rows.Get(recordset::kCollect, {Text(name)});
-        return outcome.Ok() ? outcome.Utf8() : "error " + std::to_string(outcome.Error());
-    }
-    static Outcome PutValue(const Object& rows, std::u16string_view name, Value value) {
-        return rows.Invoke(recordset::kCollect, DISPATCH_PROPERTYPUT, {Text(name), std::move(value)}, true);
     }
 
     /// A table of three goods.

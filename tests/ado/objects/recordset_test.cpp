@@ -442,8 +442,7 @@ TEST_F(RecordsetTest, StopsAFetchThatIsCancelled) {
     CreateMany(100000);
     const Object rows =
         connection_
-            .Call(connection::kExecute,
-                  {Text(u"select a.id, b.word from many a, many b"), Omitted(), Number(33)})
+            .Call(connection::kExecute, {Text(u"select a.id, b.word from many a, many b"), Omitted(), Number(33)})
             .Result();
     ASSERT_TRUE(rows);
     EXPECT_EQ(rows.Get(kState).Long(), 9);

@@ -160,7 +160,7 @@ TEST(SystemMessage, OnOneLineEndsInABlank) {
 
 TEST(MessageText, IsFilledFromValues) {
     const std::string tooLong(5000, 'x');
-    static const struct {
+    const struct {
         const char* label;
         const char* format;
         std::vector<DWORD_PTR> values;

@@ -102,7 +102,7 @@ TEST(Module, IsFoundWithoutItsExtension) {
 TEST(Module, ThatCannotBeLoadedTellsWhy) {
     const TempFolder folder;
     WriteFile(folder / "text.so", "this is text");
-    static const struct {
+    const struct {
         const char* label;
         std::string name;
         DWORD error;

@@ -104,14 +104,14 @@ StatementKind Inspect(std::string_view sql) noexcept {
             isFirst = false;
         } else if (flags != 0) {
             if ((flags & kTouches) != 0 && (first & kWrites) == 0) kind.changesSession = true;
-            if ((flags & kWrites) != 0 && sql.substr(end, 1) != "(") first &= static_cast<std::uint16_t>(~kReads);
+            if ((flags & kWrites) != 0 && sql.substr(end, 1) != "(") first = kWrites;
             if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && sql.substr(end, 1) == "(")) limited = true;
             if ((flags & kFrom) != 0) hasFrom = true;
         }
         at = end;
     }
     if ((first & (kReads | kWrites | kDefines)) == 0) kind.changesSession = true;
-    kind.isReading = (first & kReads) != 0 && !kind.changesSession && !ended;
+    kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     return kind;
 }

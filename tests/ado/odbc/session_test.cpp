@@ -78,7 +78,7 @@ TEST(Session, ReportsWhatTheDriverSays) {
         std::u16string_view start;
     } rows[] = {
         {"syntax", "selec 1", 0x80040E14, u"语法错误：near \"selec\": syntax error"},
-        {"no table", "select * from nothing", 0x80040E37, u"对象不存在：no such table: nothing"},
+        {"no table", "select * from missing", 0x80040E37, u"对象不存在：no such table: missing"},
         {"no column", "select what from item", 0x80040E14, u"对象不存在：no such column: what"},
         {"duplicate key", "insert into item values (1, 'b')", 0x80040E2F, u"违反约束：UNIQUE constraint failed"},
         {"not null", "insert into item values (2, null)", 0x80040E2F, u"违反约束：NOT NULL constraint failed"},

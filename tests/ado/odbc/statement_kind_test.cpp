@@ -32,7 +32,7 @@ TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
         {"values (1),(2)", kYes, kNo, kNo},
         {"with a as (select 1) select * from a", kYes, kYes, kNo},
         {"with a as (select 1) delete from t", kNo, kNo, kNo},
-        {"select * from t for update", kYes, kNo, kNo},
+        {"select * from t for update", kNo, kNo, kNo},
         {"select * from a; delete from b", kNo, kNo, kYes},
         {"select * into t2 from t", kNo, kNo, kYes},
         {"select set_config('x','y',false)", kNo, kNo, kYes},

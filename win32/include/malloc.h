@@ -5,4 +5,6 @@
 #include_next <malloc.h>
 
 /// @return usable bytes of a block from malloc, at least what was asked for; 0 for null
-inline __SIZE_TYPE__ _msize(void* block) { return malloc_usable_size(block); }
+inline __SIZE_TYPE__ _msize(void* block) {
+    return malloc_usable_size(block);
+}

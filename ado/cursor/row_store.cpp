@@ -5,17 +5,25 @@
 namespace tk::ado {
 
 RowStore::State& RowStore::Touch(std::size_t row) {
-    const auto [place, isNew] = states_.try_emplace(row);
+    const auto [found, isNew] = states_.try_emplace(row);
+    State& state = found->second;
     if (isNew) {
-        place->second.current = place->second.original = place->second.underlying = Place{fetched_.get(), row};
+        for (std::size_t i = 0; i < Columns().size(); ++i)
+            state.current.push_back({fetched_.get(), row, i});
+        state.original = state.underlying = state.current;
     }
-    return place->second;
+    return state;
 }
 
-RowStore::Place RowStore::Keep(std::span<const VARIANT> values) {
+std::size_t RowStore::Keep(const std::vector<std::optional<Value>>& values) {
     if (!written_) written_ = RowSet::Build(fetched_->Columns());
-    written_->Append(values);
-    return Place{written_.get(), writtenRows_++};
+    const Value null = Value::Null();
+    std::vector<VARIANT> borrowed;
+    borrowed.reserve(values.size());
+    for (const auto& value : values)
+        borrowed.push_back(value ? value->Get() : null.Get());
+    written_->Append(borrowed);
+    return writtenRows_++;
 }
 
 void RowStore::SetStatus(std::size_t row, LONG status) {
@@ -24,26 +32,28 @@ void RowStore::SetStatus(std::size_t row, LONG status) {
 
 void RowStore::ReadOriginal(std::size_t row, std::size_t column, VARIANT& value) const {
     const State* state = Find(row);
-    const Place place = state == nullptr ? Place{fetched_.get(), row} : state->original;
-    place.set->Read(place.row, column, value);
+    const Place place = state == nullptr ? Place{fetched_.get(), row, column} : state->original[column];
+    place.set->Read(place.row, place.column, value);
 }
 
 Cell RowStore::OriginalAt(std::size_t row, std::size_t column) const {
     const State* state = Find(row);
-    const Place place = state == nullptr ? Place{fetched_.get(), row} : state->original;
-    return place.set->At(place.row, column);
+    const Place place = state == nullptr ? Place{fetched_.get(), row, column} : state->original[column];
+    return place.set->At(place.row, place.column);
 }
 
 void RowStore::ReadUnderlying(std::size_t row, std::size_t column, VARIANT& value) const {
     const State* state = Find(row);
-    const Place place = state == nullptr ? Place{fetched_.get(), row} : state->underlying;
-    place.set->Read(place.row, column, value);
+    const Place place = state == nullptr ? Place{fetched_.get(), row, column} : state->underlying[column];
+    place.set->Read(place.row, place.column, value);
 }
 
-void RowStore::Change(std::size_t row, std::span<const VARIANT> values, LONG status) {
-    const Place place = Keep(values);
+void RowStore::Change(std::size_t row, const std::vector<std::optional<Value>>& values, LONG status) {
+    const std::size_t kept = Keep(values);
     State& state = Touch(row);
-    state.current = place;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i]) state.current[i] = {written_.get(), kept, i};
+    }
     state.status = status;
 }
 
@@ -59,18 +69,27 @@ void RowStore::Revert(std::size_t row, LONG status) {
     state.status = status;
 }
 
-void RowStore::Refresh(std::size_t row, std::span<const VARIANT> values, bool underlyingOnly) {
-    const Place place = Keep(values);
+void RowStore::Refresh(std::size_t row, std::shared_ptr<RowSet> read, const std::vector<std::size_t>& columns,
+                       bool underlyingOnly) {
     State& state = Touch(row);
-    state.underlying = place;
-    if (!underlyingOnly) state.current = state.original = place;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        const Place place{read.get(), 0, i};
+        state.underlying[columns[i]] = place;
+        if (!underlyingOnly) state.current[columns[i]] = state.original[columns[i]] = place;
+    }
+    reread_.push_back(std::move(read));
 }
 
-std::size_t RowStore::Add(std::span<const VARIANT> values, LONG status) {
+std::size_t RowStore::Add(const std::vector<std::optional<Value>>& values, LONG status) {
     if (added_ == 0) fetchedRows_ = fetched_->CountRows();
-    const Place place = Keep(values);
+    const std::size_t kept = Keep(values);
     const std::size_t row = fetchedRows_ + added_;
-    states_.emplace(row, State{place, place, place, status, false});
+    State state;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        state.current.push_back({written_.get(), kept, i});
+    state.original = state.underlying = state.current;
+    state.status = status;
+    states_.emplace(row, std::move(state));
     ++added_;
     ++version_;
     return row;

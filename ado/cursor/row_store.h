@@ -14,10 +14,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <span>
 #include <unordered_map>
 #include <vector>
 
+#include "ado/cursor/value.h"
 #include "ado/rowset/row_set.h"
 
 namespace tk::ado {
@@ -78,32 +78,32 @@ public:
     void SetStatus(std::size_t row, LONG status);
 
     void Read(std::size_t row, std::size_t column, VARIANT& value) const {
-        const Place place = Current(row);
-        place.set->Read(place.row, column, value);
+        const Place place = Current(row, column);
+        place.set->Read(place.row, place.column, value);
     }
     Cell At(std::size_t row, std::size_t column) const {
-        const Place place = Current(row);
-        return place.set->At(place.row, column);
+        const Place place = Current(row, column);
+        return place.set->At(place.row, place.column);
     }
     std::optional<std::string_view> TextAt(std::size_t row, std::size_t column) const {
-        const Place place = Current(row);
-        return place.set->TextAt(place.row, column);
+        const Place place = Current(row, column);
+        return place.set->TextAt(place.row, place.column);
     }
     LONG ActualSize(std::size_t row, std::size_t column) const {
-        const Place place = Current(row);
-        return place.set->ActualSize(place.row, column);
+        const Place place = Current(row, column);
+        return place.set->ActualSize(place.row, place.column);
     }
 
     /// The value the database is known to hold: as fetched, or as last written.
     void ReadOriginal(std::size_t row, std::size_t column, VARIANT& value) const;
-
     Cell OriginalAt(std::size_t row, std::size_t column) const;
 
     /// What the last Resync of underlying values found; the original value before the first one.
     void ReadUnderlying(std::size_t row, std::size_t column, VARIANT& value) const;
 
-    /// New current values; the original ones stay.
-    void Change(std::size_t row, std::span<const VARIANT> values, LONG status);
+    /// New current values where there is one; the others stay as they were read, to the last digit. The original values
+    /// stay all.
+    void Change(std::size_t row, const std::vector<std::optional<Value>>& values, LONG status);
 
     /// The current values are the database's from now on.
     void Accept(std::size_t row, LONG status);
@@ -112,11 +112,14 @@ public:
     void Revert(std::size_t row, LONG status);
 
     /// The database's values as just read: original and current, or underlying only.
-    void Refresh(std::size_t row, std::span<const VARIANT> values, bool underlyingOnly);
+    /// @param read  holds the row as its first
+    /// @param columns  which column of the store each column of it is
+    void Refresh(std::size_t row, std::shared_ptr<RowSet> read, const std::vector<std::size_t>& columns,
+                 bool underlyingOnly);
 
     /// Appends a row; waits for the end of the fetch first.
     /// @return its number
-    std::size_t Add(std::span<const VARIANT> values, LONG status);
+    std::size_t Add(const std::vector<std::optional<Value>>& values, LONG status);
 
     void Delete(std::size_t row, LONG status);
 
@@ -131,14 +134,17 @@ public:
     void SetAffected(std::vector<std::size_t> rows) { affected_ = std::move(rows); }
 
 private:
+    /// Where one value is kept.
     struct Place {
         const RowSet* set = nullptr;
         std::size_t row = 0;
+        std::size_t column = 0;
     };
+    /// A row that is not simply as fetched; each list has a place for every column.
     struct State {
-        Place current;
-        Place original;
-        Place underlying;
+        std::vector<Place> current;
+        std::vector<Place> original;
+        std::vector<Place> underlying;
         LONG status = kStatusUnmodified;
         bool deleted = false;
     };
@@ -148,16 +154,17 @@ private:
         const auto found = states_.find(row);
         return found == states_.end() ? nullptr : &found->second;
     }
-    Place Current(std::size_t row) const {
+    Place Current(std::size_t row, std::size_t column) const {
         const State* state = Find(row);
-        return state == nullptr ? Place{fetched_.get(), row} : state->current;
+        return state == nullptr ? Place{fetched_.get(), row, column} : state->current[column];
     }
     State& Touch(std::size_t row);
-    Place Keep(std::span<const VARIANT> values);
+    std::size_t Keep(const std::vector<std::optional<Value>>& values);
 
     std::shared_ptr<RowSet> fetched_;
     std::shared_ptr<RowSet> written_;  // every version of a changed or added row, in the order of writing
     std::size_t writtenRows_ = 0;
+    std::vector<std::shared_ptr<RowSet>> reread_;
     std::size_t fetchedRows_ = 0;  // settled when the first row is added
     std::size_t added_ = 0;
     std::size_t deleted_ = 0;

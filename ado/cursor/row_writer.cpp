@@ -246,69 +246,29 @@ void RowWriter::ReadIdentity(const Table& table, Values& values) {
     }
 }
 
-std::string RowWriter::SelectColumns(const Table& table, std::vector<std::size_t>& chosen) const {
-    std::string names;
+bool RowWriter::Reread(std::size_t row, bool underlyingOnly) {
+    const Table table = ChooseTable(nullptr);
     const std::vector<Column>& columns = rows_.Columns();
+    std::vector<std::size_t> chosen;
+    std::string names;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!Belongs(columns[i], table)) continue;
         names += (names.empty() ? "" : ", ") + Quoted(columns[i].baseColumn);
         chosen.push_back(i);
     }
-    return "SELECT " + names + " FROM " + NameOf(table);
-}
-
-std::optional<std::vector<Value>> RowWriter::ReadOne(const Text& text) {
-    auto answer = RowSet::Fetch(session_->Execute(text.sql, std::span<const Parameter>(text.parameters),
-                                                  ExecuteOptions{rules_.timeoutSeconds, 0}),
-                                session_, {});
-    if (!answer->HasRow(0)) return std::nullopt;
-    std::vector<Value> values(answer->Columns().size());
-    for (std::size_t i = 0; i < values.size(); ++i)
-        answer->Read(0, i, *values[i].Out());
-    return values;
-}
-
-std::optional<std::vector<Value>> RowWriter::Reread(std::size_t row) {
-    const Table table = ChooseTable(nullptr);
-    const std::vector<Column>& columns = rows_.Columns();
-    std::vector<std::size_t> chosen;
-    Text text{SelectColumns(table, chosen), {}};
+    Text text{"SELECT " + names + " FROM " + NameOf(table), {}};
     const char* joint = " WHERE ";
     for (const std::size_t i : KeyOf(table)) {
         text.sql += joint + Quoted(columns[i].baseColumn) + " = ?";
         text.Add(rows_.OriginalAt(row, i), columns[i]);
         joint = " AND ";
     }
-    const auto read = ReadOne(text);
-    if (!read) return std::nullopt;
-    std::vector<Value> values(columns.size());
-    for (std::size_t i = 0; i < columns.size(); ++i)
-        rows_.Read(row, i, *values[i].Out());
-    for (std::size_t i = 0; i < chosen.size(); ++i) {
-        values[chosen[i]] = ConvertForColumn((*read)[i].Get(), columns[chosen[i]]);
-    }
-    return values;
-}
-
-std::optional<std::vector<Value>> RowWriter::Reread(const Values& known) {
-    const Table table = ChooseTable(nullptr);
-    const std::vector<Column>& columns = rows_.Columns();
-    std::vector<std::size_t> chosen;
-    Text text{SelectColumns(table, chosen), {}};
-    const char* joint = " WHERE ";
-    for (const std::size_t i : KeyOf(table)) {
-        if (!known[i]) return std::nullopt;
-        text.sql += joint + Quoted(columns[i].baseColumn) + " = ?";
-        text.Add(*known[i], columns[i]);
-        joint = " AND ";
-    }
-    const auto read = ReadOne(text);
-    if (!read) return std::nullopt;
-    std::vector<Value> values(columns.size(), Value::Null());
-    for (std::size_t i = 0; i < chosen.size(); ++i) {
-        values[chosen[i]] = ConvertForColumn((*read)[i].Get(), columns[chosen[i]]);
-    }
-    return values;
+    auto read = RowSet::Fetch(session_->Execute(text.sql, std::span<const Parameter>(text.parameters),
+                                                ExecuteOptions{rules_.timeoutSeconds, 0}),
+                              session_, {});
+    if (!read->HasRow(0)) return false;
+    rows_.Refresh(row, std::move(read), chosen, underlyingOnly);
+    return true;
 }
 
 }  // namespace tk::ado

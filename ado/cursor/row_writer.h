@@ -55,12 +55,9 @@ public:
     /// @return the values a new row has now as far as they are known: those given, and the number that the table gave
     Values Insert(const Values& given);
 
-    /// The row as the database has it now, found by its key; empty when it is gone. Columns without a table keep the
-    /// value that the store has.
-    std::optional<std::vector<Value>> Reread(std::size_t row);
-
-    /// The same for a row that is not in the store yet, found by the key among its values.
-    std::optional<std::vector<Value>> Reread(const Values& values);
+    /// Reads a row of the store again, by its key, into the store.
+    /// @return false when it is gone; the store is as it was then
+    bool Reread(std::size_t row, bool underlyingOnly);
 
 private:
     struct Table {
@@ -78,8 +75,6 @@ private:
     bool IsCompared(std::size_t column, const Values* changed) const;
     void AddConditions(Text& text, const Table& table, std::size_t row, const Values* changed);
     void RunForOneRow(const Text& text);
-    std::string SelectColumns(const Table& table, std::vector<std::size_t>& columns) const;
-    std::optional<std::vector<Value>> ReadOne(const Text& text);
     void ReadIdentity(const Table& table, Values& values);
 
     std::shared_ptr<Session> session_;

@@ -74,14 +74,7 @@ void Recordset::SendPending(std::size_t row) {
         rows.Accept(row, kStatusOk);
         return;
     }
-    const RowWriter::Values known = writer.Insert(values);
-    std::vector<Value> all(count, Value::Null());
-    std::vector<VARIANT> borrowed;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (known[i]) all[i] = *known[i];
-        borrowed.push_back(all[i].Get());
-    }
-    rows.Change(row, borrowed, kStatusOk);
+    rows.Change(row, writer.Insert(values), kStatusOk);
     rows.Accept(row, kStatusOk);
 }
 
@@ -154,15 +147,10 @@ void Recordset::Resync(Call& call) {
     RowStore& rows = *open_->store;
     for (const std::size_t row : list) {
         if (rows.IsDeleted(row) || (rows.Status(row) & kStatusNew) != 0) continue;
-        const auto read = RowWriter(WritingSession(), rows, rules_).Reread(row);
-        if (!read) {
+        if (!RowWriter(WritingSession(), rows, rules_).Reread(row, what == kUnderlyingValues)) {
             rows.SetStatus(row, rows.Status(row) | kStatusGone);
             continue;
         }
-        std::vector<VARIANT> borrowed;
-        for (const Value& value : *read)
-            borrowed.push_back(value.Get());
-        rows.Refresh(row, borrowed, what == kUnderlyingValues);
         if (what == kAllValues) rows.SetStatus(row, kStatusUnmodified);
     }
     rows.SetAffected(std::move(list));

@@ -8,24 +8,6 @@
 #include "ado/objects/recordset.h"
 
 namespace tk::ado {
-namespace {
-
-std::vector<VARIANT> Borrowed(const std::vector<Value>& values) {
-    std::vector<VARIANT> borrowed;
-    borrowed.reserve(values.size());
-    for (const Value& value : values)
-        borrowed.push_back(value.Get());
-    return borrowed;
-}
-
-std::vector<Value> RowValues(const RowStore& rows, std::size_t row) {
-    std::vector<Value> values(rows.Columns().size());
-    for (std::size_t i = 0; i < values.size(); ++i)
-        rows.Read(row, i, *values[i].Out());
-    return values;
-}
-
-}  // namespace
 
 void Recordset::ExpectUpdatable() {
     Rows();
@@ -168,38 +150,25 @@ void Recordset::WriteEdit() {
 
 void Recordset::WriteNewRow() {
     RowStore& rows = *open_->store;
-    std::vector<Value> values(rows.Columns().size(), Value::Null());
-    RowWriter::Values known = edit_.Values();
-    const bool writesNow = !IsBatch() && !open_->isFabricated;
-    if (writesNow) {
-        // A fetch still running would use the session first anyway; the new row comes behind all of it.
-        rows.CountRows();
-        RowWriter writer(WritingSession(), rows, rules_);
-        known = writer.Insert(edit_.Values());
-        if ((rules_.updateResync & kResyncInserts) != 0) {
-            if (auto read = writer.Reread(known)) {
-                for (std::size_t i = 0; i < values.size(); ++i)
-                    known[i] = std::move((*read)[i]);
-            }
-        }
+    if (IsBatch() || open_->isFabricated) {
+        const LONG status = IsBatch() ? kStatusPending | kStatusNew : static_cast<LONG>(kStatusOk);
+        cursor_->StandOnAdded(rows.Add(edit_.Values(), status));
+        return;
     }
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (known[i]) values[i] = *known[i];
-    }
-    const LONG status = writesNow || !IsBatch() ? static_cast<LONG>(kStatusOk) : kStatusPending | kStatusNew;
-    cursor_->StandOnAdded(rows.Add(Borrowed(values), status));
+    // The new row comes behind all that were fetched.
+    rows.CountRows();
+    RowWriter writer(WritingSession(), rows, rules_);
+    const std::size_t row = rows.Add(writer.Insert(edit_.Values()), kStatusOk);
+    cursor_->StandOnAdded(row);
+    if ((rules_.updateResync & kResyncInserts) != 0) writer.Reread(row, false);
 }
 
 void Recordset::WriteChangedRow() {
     RowStore& rows = *open_->store;
     const std::size_t row = *edit_.Row();
-    std::vector<Value> values = RowValues(rows, row);
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        if (const Value* const put = edit_.Find(i)) values[i] = *put;
-    }
     if (IsBatch()) {
         const LONG isNew = rows.Status(row) & kStatusNew;
-        rows.Change(row, Borrowed(values),
+        rows.Change(row, edit_.Values(),
                     kStatusPending | (isNew != 0 ? static_cast<LONG>(kStatusNew) : static_cast<LONG>(kStatusModified)));
         return;
     }
@@ -212,12 +181,10 @@ void Recordset::WriteChangedRow() {
             throw;
         }
     }
-    rows.Change(row, Borrowed(values), kStatusOk);
+    rows.Change(row, edit_.Values(), kStatusOk);
     rows.Accept(row, kStatusOk);
     if (!open_->isFabricated && (rules_.updateResync & kResyncUpdates) != 0) {
-        if (const auto read = RowWriter(WritingSession(), rows, rules_).Reread(row)) {
-            rows.Refresh(row, Borrowed(*read), false);
-        }
+        RowWriter(WritingSession(), rows, rules_).Reread(row, false);
     }
 }
 

@@ -213,7 +213,7 @@ TEST(ClientCursor, FollowsWhatAnotherCursorDoes) {
     EXPECT_EQ(other.AbsolutePosition(), 3);
     other.MoveNext();
     EXPECT_EQ(PlaceOf(other), "EOF");
-    const VARIANT fresh[] = {Number(99).Get()};
+    const std::vector<std::optional<Value>> fresh = {Number(99)};
     const std::size_t added = store->Add(fresh, kStatusOk);
     EXPECT_EQ(added, 5u);
     one.MoveLast();
@@ -228,7 +228,7 @@ TEST(ClientCursor, StandsOnAnAddedRowThatTheFilterWouldHide) {
     const auto store = Counted(3);
     ClientCursor cursor(store);
     cursor.SetFilter([](std::size_t row) { return row < 2; });
-    const VARIANT fresh[] = {Number(7).Get()};
+    const std::vector<std::optional<Value>> fresh = {Number(7)};
     cursor.StandOnAdded(store->Add(fresh, kStatusOk));
     EXPECT_EQ(PlaceOf(cursor), "4");
     EXPECT_EQ(cursor.Count(), 3u);

@@ -145,7 +145,7 @@ TEST(RandomChanges, ShowTheSameRowsToEveryCursor) {
         for (int step = 0; step < 30; ++step) {
             const std::size_t count = store->CountRows();
             if (count == 0 || random.Below(3) == 0) {
-                const VARIANT fresh[] = {Number(next++).Get()};
+                const std::vector<std::optional<Value>> fresh = {Number(next++)};
                 store->Add(fresh, kStatusOk);
             } else {
                 store->Delete(random.Below(static_cast<unsigned>(count)), kStatusDeleted);

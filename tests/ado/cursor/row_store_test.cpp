@@ -27,7 +27,7 @@ LONG Underlying(const RowStore& store, std::size_t row) {
 
 TEST(RowStore, KeepsTheOriginalUntilAChangeIsAccepted) {
     const auto store = Counted(2);
-    const VARIANT changed[] = {Number(20).Get()};
+    const std::vector<std::optional<Value>> changed = {Number(20)};
     EXPECT_EQ(store->Status(1), 8);
     store->Change(1, changed, kStatusPending | kStatusModified);
     EXPECT_EQ(Current(*store, 1), 20);
@@ -45,19 +45,29 @@ TEST(RowStore, KeepsTheOriginalUntilAChangeIsAccepted) {
 
 TEST(RowStore, TakesOverUnderlyingValuesAlone) {
     const auto store = Counted(1);
-    const VARIANT read[] = {Number(5).Get()};
-    store->Refresh(0, read, true);
+    const auto read = [] { return Rows(Columns({{u"id", kInteger}}), {{Number(5)}}); };
+    store->Refresh(0, read(), {0}, true);
     EXPECT_EQ(Underlying(*store, 0), 5);
     EXPECT_EQ(Original(*store, 0), 1);
     EXPECT_EQ(Current(*store, 0), 1);
-    store->Refresh(0, read, false);
+    store->Refresh(0, read(), {0}, false);
     EXPECT_EQ(Original(*store, 0), 5);
     EXPECT_EQ(Current(*store, 0), 5);
 }
 
+TEST(RowStore, LeavesTheOtherColumnsOfAChangedRowWhereTheyWereRead) {
+    const auto store = Goods();
+    std::vector<std::optional<Value>> changed(6);
+    changed[1] = Text(u"pear");
+    const char* const code = store->TextAt(3, 5)->data();
+    store->Change(3, changed, kStatusOk);
+    EXPECT_EQ(store->TextAt(3, 5)->data(), code);
+    EXPECT_EQ(*store->TextAt(3, 1), "pear");
+}
+
 TEST(RowStore, NumbersAddedRowsBehindTheFetchedOnes) {
     const auto store = Counted(2);
-    const VARIANT fresh[] = {Number(30).Get()};
+    const std::vector<std::optional<Value>> fresh = {Number(30)};
     EXPECT_EQ(store->Add(fresh, kStatusNew), 2u);
     EXPECT_EQ(store->Add(fresh, kStatusNew), 3u);
     EXPECT_EQ(store->CountRows(), 4u);

@@ -1,5 +1,4 @@
-#include <cstdarg>
-
+#include "driver/argument_list.h"
 #include "driver/guard.h"
 #include "driver/ids.h"
 #include "driver/invoke.h"
@@ -79,8 +78,8 @@ int CTDataDriver::SetError(const char* szFormat, ...) {
     CString text;  // apart, as an argument may be the last-error text itself
     va_list arguments;
     va_start(arguments, szFormat);
+    const ArgumentListEnd end{arguments};
     text.FormatV(szFormat, arguments);
-    va_end(arguments);
     lastError_ = text;
     return 0;
 }

@@ -1,5 +1,4 @@
-#include <cstdarg>
-
+#include "driver/argument_list.h"
 #include "driver/guard.h"
 #include "driver/ids.h"
 #include "driver/invoke.h"
@@ -75,16 +74,16 @@ int CTDatabase::ExecuteSQL(const char* szSQL) {
 int CTDatabase::ExecuteEx(const char* szFormat, ...) {
     va_list arguments;
     va_start(arguments, szFormat);
+    const ArgumentListEnd end{arguments};
     const CString sql = Formatted(szFormat, arguments);
-    va_end(arguments);
     return ExecuteSQL(sql);
 }
 
 long CTDatabase::ExecSQL(const char* szFormat, ...) {
     va_list arguments;
     va_start(arguments, szFormat);
+    const ArgumentListEnd end{arguments};
     const CString sql = Formatted(szFormat, arguments);
-    va_end(arguments);
     return Guard::Run(*this, sql, 0L, [&] { return Affected(RunStatement(sql)); });
 }
 

@@ -17,6 +17,17 @@ void StoreLength(long* target, int length) {
     if (target != nullptr) *target = length;
 }
 
+// Runs work that makes a text; a failed allocation inside it is a null result.
+template <typename Work>
+auto NullWithoutMemory(Work work) -> decltype(work()) {
+    try {
+        return work();
+    } catch (CMemoryException* e) {
+        e->Delete();
+        return nullptr;
+    }
+}
+
 }  // namespace
 
 BSTR StringCopy(const char* szText) {
@@ -31,18 +42,22 @@ CString BstrCopy(BSTR text) {
 
 BSTR StringToSysString(const char* szText, long nLength, long* pOutLength) {
     StoreLength(pOutLength, 0);
-    BSTR text = CString(szText, MeantLength(szText, nLength)).AllocSysString();
-    StoreLength(pOutLength, static_cast<int>(SysStringLen(text)));
-    return text;
+    return NullWithoutMemory([&] {
+        BSTR text = CString(szText, MeantLength(szText, nLength)).AllocSysString();
+        StoreLength(pOutLength, static_cast<int>(SysStringLen(text)));
+        return text;
+    });
 }
 
 char* SysStringToString(BSTR text, long nLength, long* pOutLength) {
     StoreLength(pOutLength, 0);
-    const CString converted(text, MeantLength(text, nLength));
-    const int length = converted.GetLength();
-    char* buffer = static_cast<char*>(std::malloc(static_cast<std::size_t>(length) + 1));
-    if (buffer == nullptr) return nullptr;
-    std::memcpy(buffer, static_cast<LPCTSTR>(converted), static_cast<std::size_t>(length) + 1);
-    StoreLength(pOutLength, length);
-    return buffer;
+    return NullWithoutMemory([&] {
+        const CString converted(text, MeantLength(text, nLength));
+        const int length = converted.GetLength();
+        char* buffer = static_cast<char*>(std::malloc(static_cast<std::size_t>(length) + 1));
+        if (buffer == nullptr) return buffer;
+        std::memcpy(buffer, static_cast<LPCTSTR>(converted), static_cast<std::size_t>(length) + 1);
+        StoreLength(pOutLength, length);
+        return buffer;
+    });
 }

@@ -106,8 +106,8 @@ bool NeedsBraces(const ConnectionString::Pair& pair) {
     if (value.empty()) return false;
     const bool isDriver = EqualsNoCase(pair.key, "Driver");
     const bool isStatement = EqualsNoCase(pair.key, "INITSTMT") || EqualsNoCase(pair.key, "ConnSettings");
-    return pair.isBraced || isStatement || value.find(';') != std::string::npos || value.front() == '{' || value.front() == ' ' ||
-           value.back() == ' ' || (isDriver && value.find(' ') != std::string::npos);
+    return pair.isBraced || isStatement || value.find(';') != std::string::npos || value.front() == '{' ||
+           value.front() == ' ' || value.back() == ' ' || (isDriver && value.find(' ') != std::string::npos);
 }
 
 std::string Quoted(std::string_view value) {

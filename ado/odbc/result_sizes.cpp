@@ -12,29 +12,27 @@ namespace {
 // upper halves are two texts that share a guess.
 constinit std::array<std::atomic<std::uint64_t>, 1024> memory{};
 
-std::uint64_t Hash(std::string_view connectionKey, std::string_view sql) noexcept {
+}  // namespace
+
+std::uint64_t ResultName(std::string_view connectionKey, std::string_view sql) noexcept {
     std::uint64_t hash = 0xcbf29ce484222325u;
     for (const std::string_view part : {connectionKey, sql}) {
         for (const char letter : part)
             hash = (hash ^ static_cast<unsigned char>(letter)) * 0x100000001b3u;
     }
-    return hash ^ (hash >> 29);
+    return (hash ^ (hash >> 29)) | 1;
 }
 
-}  // namespace
-
-std::optional<std::uint32_t> RememberedRows(std::string_view connectionKey, std::string_view sql) noexcept {
-    const std::uint64_t hash = Hash(connectionKey, sql);
-    const std::uint64_t entry = memory[hash % memory.size()].load(std::memory_order_relaxed);
+std::optional<std::uint32_t> RememberedRows(std::uint64_t name) noexcept {
+    const std::uint64_t entry = memory[name / 2 % memory.size()].load(std::memory_order_relaxed);
     const auto rows = static_cast<std::uint32_t>(entry);
-    if (rows == 0 || (entry >> 32) != (hash >> 32)) return std::nullopt;
+    if (rows == 0 || (entry >> 32) != (name >> 32)) return std::nullopt;
     return rows - 1;
 }
 
-void RememberRows(std::string_view connectionKey, std::string_view sql, std::size_t rows) noexcept {
-    const std::uint64_t hash = Hash(connectionKey, sql);
+void RememberRows(std::uint64_t name, std::size_t rows) noexcept {
     const auto kept = std::min<std::size_t>(rows, std::numeric_limits<std::uint32_t>::max() - 1) + 1;
-    memory[hash % memory.size()].store((hash >> 32 << 32) | kept, std::memory_order_relaxed);
+    memory[name / 2 % memory.size()].store((name >> 32 << 32) | kept, std::memory_order_relaxed);
 }
 
 }  // namespace tk::ado

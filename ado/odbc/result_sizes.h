@@ -13,9 +13,12 @@ namespace tk::ado {
 /// Rows that make streaming worth its cost.
 inline constexpr std::uint32_t kManyRows = 5'000;
 
-/// What the text gave the last time; nullopt when it is not remembered.
-std::optional<std::uint32_t> RememberedRows(std::string_view connectionKey, std::string_view sql) noexcept;
+/// The name under which a text's rows are remembered; never 0.
+std::uint64_t ResultName(std::string_view connectionKey, std::string_view sql) noexcept;
 
-void RememberRows(std::string_view connectionKey, std::string_view sql, std::size_t rows) noexcept;
+/// What the text gave the last time; nullopt when it is not remembered.
+std::optional<std::uint32_t> RememberedRows(std::uint64_t name) noexcept;
+
+void RememberRows(std::uint64_t name, std::size_t rows) noexcept;
 
 }  // namespace tk::ado

@@ -140,9 +140,9 @@ struct Session::Impl {
                !main.IsChanged() && main.IsPlainFile();
     }
 
-    bool IsLikelyLarge(std::string_view sql, const StatementKind& kind) const noexcept {
-        if (!kind.isReading || Physical().Profile().streaming == Streaming::None) return false;
-        const auto remembered = RememberedRows(facts->key, sql);
+    static bool IsLikelyLarge(std::uint64_t name, const StatementKind& kind) noexcept {
+        if (name == 0) return false;
+        const auto remembered = RememberedRows(name);
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
@@ -179,7 +179,7 @@ struct Session::Impl {
         } ended{*this};
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
-        const CallResult called = call(handle);
+        CallResult called = call(handle);
         guard.Finish();
         on->MarkUsed();
         const SQLRETURN result = called.result;
@@ -188,6 +188,8 @@ struct Session::Impl {
             statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
         }
         statement->ReadResultShape();
+        // A driver that steps through its rows still looks at the parameters then.
+        if (statement->columnCount > 0) statement->binding = std::move(called.binding);
         return Statement(std::move(statement));
     }
 
@@ -210,18 +212,24 @@ struct Session::Impl {
         FinishWork(!kind.isReading);
         if (kind.changesSession) Physical().MarkChanged();
         const auto call = [&](StatementHandle& handle) {
-            auto binding = std::make_unique<const ParameterBinding>(handle, parameters);
+            std::unique_ptr<const ParameterBinding> binding;
+            if (!parameters.empty()) binding = std::make_unique<const ParameterBinding>(handle, parameters);
             // Drivers take the text as writable; none writes.
             auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
             const SQLRETURN result = Odbc().ExecDirect(handle.Get(), text, static_cast<SQLINTEGER>(sql.size()));
             return CallResult{result, std::move(binding)};
         };
-        const bool isLarge = IsLikelyLarge(sql, kind);
-        if (isLarge && CanUseSide(kind)) {
-            if (auto streamed = TryOnSide(sql, options, call)) return std::move(*streamed);
+        const bool canStream = kind.isReading && Physical().Profile().streaming != Streaming::None;
+        const std::uint64_t name = canStream ? ResultName(facts->key, sql) : 0;
+        const bool isLarge = IsLikelyLarge(name, kind);
+        std::optional<Statement> statement;
+        if (isLarge && CanUseSide(kind)) statement = TryOnSide(sql, options, call);
+        if (!statement) {
+            Physical().SetStreaming(isLarge);
+            statement = RunOnOwn(sql, kind.isReading, options, call);
         }
-        Physical().SetStreaming(isLarge);
-        return RunOnOwn(sql, kind.isReading, options, call);
+        statement->Internals().resultName = name;
+        return std::move(*statement);
     }
 
     /// On the side connection; nothing where that cannot tell the types of all columns, or does not open.
@@ -268,10 +276,12 @@ struct Session::Impl {
 Session::Session(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
 Session::~Session() {
+    // A fetch that still runs keeps the connection until it is done; a transaction ends now.
+    if (!impl_->isInTransaction) return;
     try {
         impl_->FinishWork(true);
     } catch (...) {
-        impl_->Physical().MarkBroken();  // an unfinished fetch: nobody else may get this connection
+        impl_->Physical().MarkBroken();
     }
 }
 
@@ -381,10 +391,6 @@ void Session::SetBackgroundWork(std::function<void()> finish, bool onSideConnect
 
 void Session::FinishBackgroundWork() {
     impl_->FinishWork(true);
-}
-
-void Session::RememberResult(std::string_view sql, std::size_t rows) const noexcept {
-    if (Profile().streaming != Streaming::None) RememberRows(impl_->facts->key, sql, rows);
 }
 
 PhysicalConnection& Session::Physical() const noexcept {

@@ -96,9 +96,6 @@ public:
     /// Waits for the workers.
     void FinishBackgroundWork();
 
-    /// For the row set: what a text gave decides how it is run the next time.
-    void RememberResult(std::string_view sql, std::size_t rows) const noexcept;
-
     /// The physical connection, for the row set's own questions.
     PhysicalConnection& Physical() const noexcept;
 

@@ -9,6 +9,7 @@ Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
     handle->Close();
+    binding.reset();
     (*lease)->ReturnHandle(std::move(handle));
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/statement.h"
 #include "ado/odbc/statement_handle.h"
@@ -14,7 +15,9 @@ namespace tk::ado {
 struct Statement::Impl {
     std::shared_ptr<Lease> lease;
     std::unique_ptr<StatementHandle> handle;
-    std::string text;  // to describe its origins later; empty for catalog calls
+    std::unique_ptr<const ParameterBinding> binding;
+    std::string text;              // to describe its origins later; empty for catalog calls
+    std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
     LONG timeoutSeconds = 0;
     LONG maxRows = 0;
     LONG rowsAffected = -1;

@@ -116,7 +116,7 @@ public:
     void AddNull() { ends_.push_back(position_ | Chunk::kNull); }
     void AddBytes(const char* data, std::size_t size) {
         if (size > kLongestInside) return AddOutside(std::string(data, size));
-        if (capacity_ - position_ < size) Grow(size);
+        if (capacity_ - position_ <= size) Grow(size);  // also for the first, empty text
         std::memcpy(arena_.get() + position_, data, size);
         position_ += static_cast<std::uint32_t>(size);
         ends_.push_back(position_);

@@ -97,7 +97,6 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
     std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
-    std::shared_ptr<Session> session;
     std::weak_ptr<Session> origin;
     std::string text;
     std::unique_ptr<Statement> next;
@@ -135,8 +134,10 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
             const std::lock_guard lock(mutex);
             cancelTarget = nullptr;
         }
-        if (isWhole && maxRows == 0 && session != nullptr && !text.empty()) session->RememberResult(text, arrived);
         fetcher.reset();
+        if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
+            RememberRows(statement->Internals().resultName, arrived);
+        }
         if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
             try {
                 if (statement->MoreResults()) next = std::move(statement);
@@ -145,15 +146,12 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
             }
         }
         statement.reset();
-        std::shared_ptr<Session> last;
-        {
-            const std::lock_guard lock(mutex);
-            if (!isCancelled) error = failure;
-            isRunning = false;
-            isComplete.store(true, std::memory_order_release);
-            last = std::move(session);
-            changed.notify_all();
-        }
+        // The connection is free again before anybody hears of the end.
+        const std::lock_guard lock(mutex);
+        if (!isCancelled) error = failure;
+        isRunning = false;
+        isComplete.store(true, std::memory_order_release);
+        changed.notify_all();
     }
 
     /// Fetches until `until` rows have arrived, or to the end. The caller has claimed the job.
@@ -302,7 +300,6 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Sessi
     bool more = impl->Step(impl->fetcher->FirstRows());
     if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
     guard.Finish();
-    impl->session = session;
     auto rows = std::shared_ptr<RowSet>(new RowSet(impl));
     if (!more) {
         impl->Finish(nullptr);

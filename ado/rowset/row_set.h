@@ -35,7 +35,7 @@ struct FetchOptions {
 
 class RowSet {
 public:
-    /// Takes over an executed statement that has a result. Keeps the session until the last row has arrived.
+    /// Takes over an executed statement that has a result. Keeps the connection until the last row has arrived.
     static std::shared_ptr<RowSet> Fetch(Statement statement, std::shared_ptr<Session> session,
                                          const FetchOptions& options);
 

@@ -18,7 +18,7 @@ struct Outcome {
     std::string output;
 };
 
-Outcome Run(const std::string& arguments, const char* redirect = "2>/dev/null") {
+Outcome RunTkdb(const std::string& arguments, const char* redirect = "2>/dev/null") {
     Outcome outcome;
     const std::string command = std::string("LC_ALL=C.UTF-8 ") + TKDB_PROGRAM + " " + arguments + " " + redirect;
     std::FILE* pipe = popen(command.c_str(), "r");
@@ -44,38 +44,38 @@ protected:
 
 TEST_F(Tkdb, ExecReportsTheRowsOfEachStatement) {
     const Outcome outcome =
-        Run("exec " + connection_ +
-            " 'create table t (id integer, name varchar(20))' \"insert into t values (1,'a'),(2,'b')\"");
+        RunTkdb("exec " + connection_ +
+                " 'create table t (id integer, name varchar(20))' \"insert into t values (1,'a'),(2,'b')\"");
     EXPECT_EQ(outcome.code, 0);
     EXPECT_THAT(outcome.output, HasSubstr("2 row(s): insert into t values"));
 }
 
 TEST_F(Tkdb, QueryPrintsRowsInEachFormat) {
-    ASSERT_EQ(Run("exec " + connection_ +
-                  " 'create table t (id integer, name varchar(20))' "
-                  "\"insert into t values (1,'\xE4\xB8\xAD'),(2,null)\"")
+    ASSERT_EQ(RunTkdb("exec " + connection_ +
+                      " 'create table t (id integer, name varchar(20))' "
+                      "\"insert into t values (1,'\xE4\xB8\xAD'),(2,null)\"")
                   .code,
               0);
     const std::string query = "query " + connection_ + " 'select id, name from t order by id'";
-    EXPECT_EQ(Run(query).output, "id  name\n--  ----\n 1  \xE4\xB8\xAD\n 2\n");
-    EXPECT_EQ(Run(query + " --format csv").output, "id,name\r\n1,\xE4\xB8\xAD\r\n2,\r\n");
-    EXPECT_EQ(Run(query + " --format json").output,
+    EXPECT_EQ(RunTkdb(query).output, "id  name\n--  ----\n 1  \xE4\xB8\xAD\n 2\n");
+    EXPECT_EQ(RunTkdb(query + " --format csv").output, "id,name\r\n1,\xE4\xB8\xAD\r\n2,\r\n");
+    EXPECT_EQ(RunTkdb(query + " --format json").output,
               "[\n  {\"id\": 1, \"name\": \"\xE4\xB8\xAD\"},\n  {\"id\": 2, \"name\": null}\n]\n");
-    EXPECT_EQ(Run(query + " --format markdown").output,
+    EXPECT_EQ(RunTkdb(query + " --format markdown").output,
               "| id | name |\n| --- | --- |\n| 1 | \xE4\xB8\xAD |\n| 2 |  |\n");
-    EXPECT_EQ(Run(query + " --max-rows 1 --format csv").output, "id,name\r\n1,\xE4\xB8\xAD\r\n");
+    EXPECT_EQ(RunTkdb(query + " --max-rows 1 --format csv").output, "id,name\r\n1,\xE4\xB8\xAD\r\n");
 }
 
 TEST_F(Tkdb, KeepsCharactersOutsideGbk) {
-    const Outcome outcome = Run("query " + connection_ + " \"select char(0x20000) as x\" --format csv");
+    const Outcome outcome = RunTkdb("query " + connection_ + " \"select char(0x20000) as x\" --format csv");
     EXPECT_EQ(outcome.output, "x\r\n\xF0\xA0\x80\x80\r\n");
 }
 
 TEST_F(Tkdb, TellsTheReasonOnStandardErrorAndExitsWithOne) {
-    const Outcome outcome = Run("query " + connection_ + " 'select * from missing'", "2>&1 >/dev/null");
+    const Outcome outcome = RunTkdb("query " + connection_ + " 'select * from missing'", "2>&1 >/dev/null");
     EXPECT_EQ(outcome.code, 1);
     EXPECT_THAT(outcome.output, HasSubstr("no such table: missing"));
-    EXPECT_EQ(Run("exec 'Driver=NoSuchDriver' 'select 1'").code, 1);
+    EXPECT_EQ(RunTkdb("exec 'Driver=NoSuchDriver' 'select 1'").code, 1);
 }
 
 TEST_F(Tkdb, RunsAScriptAllOrNothing) {
@@ -83,22 +83,22 @@ TEST_F(Tkdb, RunsAScriptAllOrNothing) {
     std::FILE* file = std::fopen(script.c_str(), "w");
     std::fputs("create table t (id integer primary key); insert into t values (1); insert into t values (1);", file);
     std::fclose(file);
-    EXPECT_EQ(Run("exec -t " + connection_ + " -f " + script).code, 1);
-    EXPECT_EQ(Run("query " + connection_ + " 'select count(*) as n from sqlite_master' --format csv").output,
+    EXPECT_EQ(RunTkdb("exec -t " + connection_ + " -f " + script).code, 1);
+    EXPECT_EQ(RunTkdb("query " + connection_ + " 'select count(*) as n from sqlite_master' --format csv").output,
               "n\r\n0\r\n");
 }
 
 TEST_F(Tkdb, ExitsWithTwoOnWrongUsage) {
-    EXPECT_EQ(Run("").code, 2);
-    EXPECT_EQ(Run("frobnicate").code, 2);
-    EXPECT_EQ(Run("query " + connection_ + " 'select 1' --format pdf").code, 2);
-    EXPECT_EQ(Run("exec " + connection_).code, 2);
-    EXPECT_EQ(Run("exec " + connection_ + " -f /nowhere.sql").code, 2);
-    EXPECT_EQ(Run("--help").code, 0);
+    EXPECT_EQ(RunTkdb("").code, 2);
+    EXPECT_EQ(RunTkdb("frobnicate").code, 2);
+    EXPECT_EQ(RunTkdb("query " + connection_ + " 'select 1' --format pdf").code, 2);
+    EXPECT_EQ(RunTkdb("exec " + connection_).code, 2);
+    EXPECT_EQ(RunTkdb("exec " + connection_ + " -f /nowhere.sql").code, 2);
+    EXPECT_EQ(RunTkdb("--help").code, 0);
 }
 
 TEST_F(Tkdb, DemoLoadsTheIsoListsAndWorksWithThem) {
-    const Outcome outcome = Run("demo");
+    const Outcome outcome = RunTkdb("demo");
     EXPECT_EQ(outcome.code, 0);
     // U+4E2D U+56FD, from the Chinese names of the countries, and a province's code among the subdivisions.
     EXPECT_THAT(outcome.output, HasSubstr("CN-XZ"));

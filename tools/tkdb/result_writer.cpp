@@ -27,6 +27,10 @@ std::string OneLine(std::string text) {
     return text;
 }
 
+std::string WithoutTrailingBlanks(const std::string& line) {
+    return line.substr(0, line.find_last_not_of(' ') + 1);
+}
+
 // Widths come from the first rows, so that a long result starts to print at once and needs no memory.
 class TableWriter : public ResultWriter {
 public:
@@ -65,7 +69,7 @@ private:
             line += (i == 0 ? "" : "  ") + Padded(names_[i], widths_[i], right_[i]);
             rule += (i == 0 ? "" : "  ") + std::string(widths_[i], '-');
         }
-        Put(out_, line + "\n" + rule + "\n");
+        Put(out_, WithoutTrailingBlanks(line) + "\n" + rule + "\n");
         for (const auto& row : waiting_)
             Print(row);
         waiting_.clear();

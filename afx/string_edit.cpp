@@ -1,10 +1,9 @@
 // Cutting and changing CString. What looks for characters steps by character; positions given by the caller are bytes.
-#include <mbstring.h>
-
 #include <algorithm>
 #include <string_view>
 #include <utility>
 
+#include "afx/letter_case.h"
 #include "afx/multibyte.h"
 #include "afx_exception.h"
 #include "afxstr.h"
@@ -16,10 +15,6 @@ using tk::afx::SetHolds;
 namespace {
 
 constexpr char kBlanks[] = " \t\n\v\f\r";
-
-unsigned char* Bytes(char* text) {
-    return reinterpret_cast<unsigned char*>(text);
-}
 
 }  // namespace
 
@@ -42,11 +37,11 @@ CString CString::Right(int nCount) const {
 }
 
 void CString::MakeUpper() {
-    _mbsupr(Bytes(data_));
+    tk::afx::MakeCapitals(data_, length_);
 }
 
 void CString::MakeLower() {
-    _mbslwr(Bytes(data_));
+    tk::afx::MakeSmall(data_, length_);
 }
 
 void CString::MakeReverse() {

@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "afx/letter_case.h"
 #include "afx/multibyte.h"
 #include "afxstr.h"
 
@@ -96,7 +97,7 @@ const unsigned char* Bytes(LPCSTR text) {
 }  // namespace
 
 int CString::CompareNoCase(LPCSTR lpsz) const {
-    return _mbsicmp(Bytes(data_), Bytes(lpsz));
+    return tk::afx::CompareIgnoringCase(data_, lpsz == nullptr ? "" : lpsz);
 }
 
 int CString::Collate(LPCSTR lpsz) const {

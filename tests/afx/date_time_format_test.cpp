@@ -56,8 +56,8 @@ TEST(DateTimeFormat, IgnoresTheLocaleAndKeepsChineseText) {
 
 TEST(DateTimeFormat, HasTheLocalesForm) {
     const COleDateTime date(2003, 7, 4, 13, 5, 9);
-    EXPECT_STREQ(date.Format(VAR_DATEVALUEONLY), "2003/7/4");
-    EXPECT_STREQ(date.Format(VAR_TIMEVALUEONLY), "13:05:09");
+    EXPECT_STREQ(date.Format(VAR_DATEVALUEONLY, 0x804), "2003/7/4");
+    EXPECT_STREQ(date.Format(VAR_TIMEVALUEONLY, 0x804), "13:05:09");
     EXPECT_STREQ(date.Format(0, 0x409), "7/4/2003 1:05:09 PM");
 }
 

@@ -134,7 +134,7 @@ TEST(DateTime, ParsesTextsOfAChineseSystem) {
     COleDateTime date;
     EXPECT_TRUE(date.ParseDateTime("2003-7-4 12:00:00"));
     EXPECT_EQ(date.m_dt, 37806.5);
-    EXPECT_TRUE(date.ParseDateTime("2003年7月4日"));
+    EXPECT_TRUE(date.ParseDateTime("2003/7/4", 0, 0x804));
     EXPECT_EQ(date.m_dt, 37806.0);
     EXPECT_FALSE(date.ParseDateTime("no date"));
     EXPECT_EQ(date.GetStatus(), COleDateTime::invalid);

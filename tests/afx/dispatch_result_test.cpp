@@ -14,8 +14,8 @@ protected:
 
     // Answers every call with a copy of a value.
     void Answer(const COleVariant& value) {
-        object.answer = [value](DISPPARAMS*, VARIANT* result, EXCEPINFO*) {
-            return result == nullptr ? S_OK : VariantCopy(result, value);
+        object.answer = [value = COleVariant(value)](DISPPARAMS*, VARIANT* result, EXCEPINFO*) mutable {
+            return result == nullptr ? S_OK : VariantCopy(result, &value);
         };
     }
     template <class Result>

@@ -88,7 +88,7 @@ TEST(OleException, SaysTheSystemsText) {
                              sizeof(buffer), nullptr),
               0u);
     EXPECT_EQ(said.text, buffer);
-    EXPECT_EQ(Say(exception, 4).text.size() % 2, 0u);
+    EXPECT_LT(Say(exception, 4).text.size(), 4u);
 }
 
 TEST(OleException, HasNoTextForACodeTheSystemDoesNotKnow) {

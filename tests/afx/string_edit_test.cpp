@@ -35,6 +35,14 @@ TEST(StringCase, LeavesTrailBytesAlone) {
     EXPECT_STREQ(wide, "ＡＢ");
     wide.MakeLower();
     EXPECT_STREQ(wide, "ａｂ");
+    CString letters("αωаяⅰ①");
+    letters.MakeUpper();
+    EXPECT_STREQ(letters, "ΑΩАЯⅠ①");
+    letters.MakeLower();
+    EXPECT_STREQ(letters, "αωаяⅰ①");
+    CString half("a\xC4");
+    half.MakeUpper();
+    EXPECT_STREQ(half, "A\xC4");
     CString empty;
     empty.MakeUpper();
     empty.MakeLower();

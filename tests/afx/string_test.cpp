@@ -135,7 +135,7 @@ TEST(CString, EmptyGivesTheMemoryBack) {
     CString text(kLong);
     text.Empty();
     EXPECT_EQ(text.GetLength(), 0);
-    EXPECT_EQ(text.GetAllocLength(), CString::kLocalCapacity);
+    EXPECT_EQ(text.GetAllocLength(), int{CString::kLocalCapacity});
 }
 
 TEST(CString, JoinsTextsAndCharactersOnBothSides) {
@@ -209,6 +209,10 @@ TEST(CString, ComparesWithoutCaseByCharacter) {
     EXPECT_NE(CString(kEndsInUpperA).CompareNoCase(kEndsInLowerA), 0) << "trail bytes are no letters";
     EXPECT_LT(CString("a").CompareNoCase("B"), 0);
     EXPECT_EQ(CString("库存A").CompareNoCase("库存a"), 0);
+    EXPECT_EQ(CString("ＡΩЯ").CompareNoCase("ａωя"), 0);
+    EXPECT_LT(CString("ab").CompareNoCase("ABC"), 0);
+    EXPECT_GT(CString("ABC").CompareNoCase("ab"), 0);
+    EXPECT_LT(CString("z").CompareNoCase("库"), 0) << "single bytes stand first";
     EXPECT_EQ(CString().CompareNoCase(nullptr), 0);
 }
 
@@ -261,7 +265,7 @@ TEST(CString, FreesTheRoomItDoesNotNeed) {
     CString text("abc");
     text.GetBuffer(1000);
     text.FreeExtra();
-    EXPECT_EQ(text.GetAllocLength(), CString::kLocalCapacity);
+    EXPECT_EQ(text.GetAllocLength(), int{CString::kLocalCapacity});
     EXPECT_STREQ(text, "abc");
     text = kLong;
     text.GetBuffer(1000);

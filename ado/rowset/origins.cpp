@@ -46,6 +46,11 @@ int Searchable(SQLLEN odbc) {
 void DescribePrepared(Session& session, std::string_view sql, std::span<Column> columns) {
     PhysicalConnection& connection = session.Physical();
     OdbcStatement statement(connection.Get());
+    const struct Closed {
+        SQLHSTMT statement;
+        // One driver loses the description of a statement that is freed without this.
+        ~Closed() { Odbc().FreeStmt(statement, SQL_CLOSE); }
+    } closed{statement.Get()};
     std::string text(sql);
     SQLSMALLINT count = 0;
     if (!SQL_SUCCEEDED(Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) ||

@@ -2,6 +2,8 @@
 
 #include <afxdisp.h>
 
+#include <cmath>
+
 namespace tk::util {
 namespace {
 
@@ -15,8 +17,9 @@ char* TwoDigits(char* at, unsigned value) {
 
 CString DateText(DATE date) {
     SYSTEMTIME parts;
-    // A date that does not exist has a text of the framework's own.
-    if (VariantTimeToSystemTime(date, &parts) == 0) return COleDateTime(date).Format("%Y-%m-%d %H:%M:%S");
+    // A date that does not exist has a text of the framework's own. Not every platform refuses what is no number.
+    if (!std::isfinite(date) || VariantTimeToSystemTime(date, &parts) == 0)
+        return COleDateTime(date).Format("%Y-%m-%d %H:%M:%S");
     char text[19];
     char* at = TwoDigits(text, parts.wYear / 100);
     at = TwoDigits(at, parts.wYear % 100);

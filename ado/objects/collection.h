@@ -5,14 +5,18 @@
 
 #include "ado/objects/automation.h"
 #include "ado/objects/enumerator.h"
+#include "ado/objects/index.h"
 
 namespace tk::ado {
 
-/// @tparam T  has: std::size_t ItemCount(); std::size_t FindItem(const Value&); Ref<...> MakeItem(std::size_t)
+/// @tparam T  has: std::size_t ItemCount(); std::size_t FindItem(const VARIANT&); Ref<...> MakeItem(std::size_t)
 template <class T>
 class Collection : public Automation<T> {
 protected:
-    void GetItem(Call& call) { call.ReturnObject(Self().MakeItem(Self().FindItem(call.PlainValue(0)))); }
+    void GetItem(Call& call) {
+        const std::size_t index = WithIndex(call, 0, [this](const VARIANT& given) { return Self().FindItem(given); });
+        call.ReturnObject(Self().MakeItem(index));
+    }
     void GetCount(Call& call) { call.ReturnLong(static_cast<LONG>(Self().ItemCount())); }
     void GetNewEnum(Call& call) {
         std::vector<Value> items(Self().ItemCount());

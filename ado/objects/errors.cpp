@@ -61,7 +61,7 @@ std::span<const Member<Errors>> Errors::Members() {
     return kMembers;
 }
 
-std::size_t Errors::FindItem(const Value& index) const {
+std::size_t Errors::FindItem(const VARIANT& index) const {
     return ItemIndex(index, ItemCount(), [](std::u16string_view) { return std::nullopt; });
 }
 

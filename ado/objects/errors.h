@@ -36,7 +36,7 @@ public:
     explicit Errors(std::shared_ptr<ErrorList> list) : list_(std::move(list)) {}
 
     std::size_t ItemCount() const { return list_->Count(); }
-    std::size_t FindItem(const Value& index) const;
+    std::size_t FindItem(const VARIANT& index) const;
     Ref<Error> MakeItem(std::size_t index) const;
 
 private:

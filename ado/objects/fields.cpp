@@ -86,7 +86,7 @@ std::span<const Member<Fields>> Fields::Members() {
     return kMembers;
 }
 
-std::size_t Fields::FindItem(const Value& index) const {
+std::size_t Fields::FindItem(const VARIANT& index) const {
     const std::vector<Column>& columns = owner_->Columns();
     return ItemIndex(index, columns.size(), [&](std::u16string_view name) { return LookUpColumn(columns, name); });
 }
@@ -105,7 +105,7 @@ void Fields::Append(Call& call) {
 
 void Fields::Delete(Call& call) {
     if (owner_->IsOpen()) throw AdoError(ErrorNumber::ObjectOpen);
-    owner_->RemoveColumn(FindItem(call.PlainValue(0)));
+    owner_->RemoveColumn(WithIndex(call, 0, [this](const VARIANT& index) { return FindItem(index); }));
 }
 
 void Fields::RefuseRecordOnly(Call&) {

@@ -73,7 +73,7 @@ public:
     explicit Fields(Ref<Recordset> owner) : owner_(std::move(owner)) {}
 
     std::size_t ItemCount() const { return owner_->Columns().size(); }
-    std::size_t FindItem(const Value& index) const;
+    std::size_t FindItem(const VARIANT& index) const;
     Ref<Field> MakeItem(std::size_t index) const { return Make<Field>(owner_, index); }
 
 protected:

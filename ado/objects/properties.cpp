@@ -37,7 +37,7 @@ std::optional<std::size_t> FindProperty(PropertySource& source, std::u16string_v
     return std::nullopt;
 }
 
-std::size_t Properties::FindItem(const Value& index) const {
+std::size_t Properties::FindItem(const VARIANT& index) const {
     return ItemIndex(index, ItemCount(), [this](std::u16string_view name) { return FindProperty(source_, name); });
 }
 

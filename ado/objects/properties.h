@@ -70,7 +70,7 @@ public:
     Properties(Ref<AutomationObject> owner, PropertySource& source) : owner_(std::move(owner)), source_(source) {}
 
     std::size_t ItemCount() const { return source_.PropertyCount(); }
-    std::size_t FindItem(const Value& index) const;
+    std::size_t FindItem(const VARIANT& index) const;
     Ref<Property> MakeItem(std::size_t index) const { return Make<Property>(owner_, source_, index); }
 
 protected:

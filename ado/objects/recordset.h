@@ -192,7 +192,8 @@ private:
     void WriteNewRow();
     void WriteChangedRow();
     void SetFields(const Value& fields, const Value& values);
-    std::size_t FindField(const Value& index);
+    std::size_t FindField(const VARIANT& index);
+    std::size_t FieldArgument(const Call& call);
     std::vector<std::size_t> FieldList(const Value& fields);
     void DeleteRow(std::size_t row);
     void SendPending(std::size_t row);

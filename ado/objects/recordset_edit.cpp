@@ -27,15 +27,19 @@ std::shared_ptr<Session> Recordset::WritingSession() {
     return open_->connection->OpenedSession(ErrorNumber::InvalidConnection);
 }
 
-std::size_t Recordset::FindField(const Value& index) {
+std::size_t Recordset::FindField(const VARIANT& index) {
     const std::vector<Column>& columns = Columns();
     return ItemIndex(index, columns.size(), [&](std::u16string_view name) { return LookUpColumn(columns, name); });
+}
+
+std::size_t Recordset::FieldArgument(const Call& call) {
+    return WithIndex(call, 0, [this](const VARIANT& index) { return FindField(index); });
 }
 
 std::vector<std::size_t> Recordset::FieldList(const Value& fields) {
     std::vector<std::size_t> list;
     for (const Value& field : ListItems(fields))
-        list.push_back(FindField(field));
+        list.push_back(FindField(field.Get()));
     return list;
 }
 
@@ -94,11 +98,11 @@ LONG Recordset::ActualSize(std::size_t column) {
 }
 
 void Recordset::GetCollect(Call& call) {
-    call.Return(ReadField(FindField(call.PlainValue(0)), Version::Current));
+    call.Return(ReadField(FieldArgument(call), Version::Current));
 }
 
 void Recordset::PutCollect(Call& call) {
-    WriteField(FindField(call.PlainValue(0)), call.PlainValue(1));
+    WriteField(FieldArgument(call), call.PlainValue(1));
 }
 
 void Recordset::SetFields(const Value& fields, const Value& values) {

@@ -153,7 +153,7 @@ void Recordset::GetFields(Call& call) {
     auto fields = Make<Fields>(Ref<Recordset>(this));
     if (call.Count() == 0) return call.ReturnObject(std::move(fields));
     // The default member of the default member: rs("name").
-    call.ReturnObject(fields->MakeItem(fields->FindItem(call.PlainValue(0))));
+    call.ReturnObject(fields->MakeItem(FieldArgument(call)));
 }
 
 void Recordset::Supports(Call& call) {

@@ -1,6 +1,6 @@
 // afxstr.h - CString, a growable text of 8-bit characters in code page 936 (GBK).
 //
-//   CString name("库存");
+//   CString name("stock");
 //   name.Format("%s_%d", "stock", 7);
 //   if (name.Find('_') >= 0) name.MakeUpper();
 //

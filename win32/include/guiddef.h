@@ -28,10 +28,18 @@ inline constexpr GUID GUID_NULL = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 #define IID_NULL GUID_NULL
 #define CLSID_NULL GUID_NULL
 
-inline bool operator==(REFGUID first, REFGUID second) noexcept { return std::memcmp(&first, &second, sizeof(GUID)) == 0; }
-inline BOOL IsEqualGUID(REFGUID first, REFGUID second) noexcept { return first == second; }
-inline BOOL IsEqualIID(REFGUID first, REFGUID second) noexcept { return first == second; }
-inline BOOL IsEqualCLSID(REFGUID first, REFGUID second) noexcept { return first == second; }
+inline bool operator==(REFGUID first, REFGUID second) noexcept {
+    return std::memcmp(&first, &second, sizeof(GUID)) == 0;
+}
+inline BOOL IsEqualGUID(REFGUID first, REFGUID second) noexcept {
+    return first == second;
+}
+inline BOOL IsEqualIID(REFGUID first, REFGUID second) noexcept {
+    return first == second;
+}
+inline BOOL IsEqualCLSID(REFGUID first, REFGUID second) noexcept {
+    return first == second;
+}
 
 #define DEFINE_GUID(name, l, w1, w2, b1, b2, b3, b4, b5, b6, b7, b8) \
     inline constexpr GUID name = {l, w1, w2, {b1, b2, b3, b4, b5, b6, b7, b8}}

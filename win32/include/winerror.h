@@ -6,7 +6,7 @@
 #define SUCCEEDED(hr) (static_cast<HRESULT>(hr) >= 0)
 #define FAILED(hr) (static_cast<HRESULT>(hr) < 0)
 #define IS_ERROR(status) (static_cast<unsigned>(status) >> 31 == 1)
-#define HRESULT_CODE(hr) ((hr) & 0xFFFF)
+#define HRESULT_CODE(hr) ((hr)&0xFFFF)
 #define HRESULT_FACILITY(hr) (((hr) >> 16) & 0x1FFF)
 #define SEVERITY_SUCCESS 0
 #define SEVERITY_ERROR 1
@@ -14,13 +14,14 @@
 #define FACILITY_ITF 4
 #define FACILITY_WIN32 7
 #define FACILITY_CONTROL 10
-#define MAKE_HRESULT(sev, fac, code)                                                                   \
+#define MAKE_HRESULT(sev, fac, code)                                                                \
     (static_cast<HRESULT>((static_cast<unsigned>(sev) << 31) | (static_cast<unsigned>(fac) << 16) | \
                           static_cast<unsigned>(code)))
 #define MAKE_SCODE(sev, fac, code) MAKE_HRESULT(sev, fac, code)
 constexpr HRESULT HRESULT_FROM_WIN32(DWORD code) {
-    return static_cast<HRESULT>(code) <= 0 ? static_cast<HRESULT>(code)
-                                           : static_cast<HRESULT>((code & 0xFFFF) | (FACILITY_WIN32 << 16) | 0x80000000u);
+    return static_cast<HRESULT>(code) <= 0
+               ? static_cast<HRESULT>(code)
+               : static_cast<HRESULT>((code & 0xFFFF) | (FACILITY_WIN32 << 16) | 0x80000000u);
 }
 #define _HRESULT_TYPEDEF_(code) (static_cast<HRESULT>(code))
 

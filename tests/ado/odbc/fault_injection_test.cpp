@@ -55,8 +55,8 @@ protected:
         const auto session = file_.Open();
         test::Do(*session, "create table item (id integer primary key, name varchar(20), note text)");
         test::Do(*session,
-                  "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<600) "
-                  "select i, 'n'||i, case when i = 7 then hex(zeroblob(2000)) end from s");
+                 "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<600) "
+                 "select i, 'n'||i, case when i = 7 then hex(zeroblob(2000)) end from s");
     }
     SqliteFile file_;
 };

@@ -13,8 +13,8 @@
 namespace tk::ado {
 namespace {
 
-using test::Query;
 using test::Do;
+using test::Query;
 using test::Show;
 using test::SqliteFile;
 

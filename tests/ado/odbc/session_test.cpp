@@ -11,8 +11,8 @@
 namespace tk::ado {
 namespace {
 
-using test::Query;
 using test::Do;
+using test::Query;
 using test::Show;
 using test::SqliteFile;
 using test::Utf8;
@@ -290,8 +290,8 @@ TEST(SessionSideConnection, SeesWhatTheSessionHasCommittedAndNothingElseBehavesD
     const auto session = file.Open();
     Do(*session, "create table item (id integer primary key, name varchar(20))");
     Do(*session,
-        "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<3000) "
-        "select i, 'n'||i from s");
+       "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<3000) "
+       "select i, 'n'||i from s");
     EXPECT_EQ(Query(session, "select * from item")->CountRows(), 3000u);
     session->Begin(0x1000);
     Do(*session, "delete from item where id > 10");
@@ -310,8 +310,8 @@ TEST(SessionSideConnection, LetsTheSessionWriteWhileItReads) {
     const auto session = file.Open();
     Do(*session, "create table item (id integer primary key, name varchar(20))");
     Do(*session,
-        "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<50000) "
-        "select i, 'n'||i from s");
+       "insert into item with recursive s(i) as (select 1 union all select i+1 from s where i<50000) "
+       "select i, 'n'||i from s");
     const auto rows = Query(session, "select * from item");
     EXPECT_EQ(Do(*session, "update item set name = 'x'"), 50000);
     EXPECT_EQ(rows->CountRows(), 50000u);

@@ -245,10 +245,10 @@ TEST_F(DatabaseOpen, TheDestructorBearsAStateThatCannotBeRead) {
 }
 
 TEST_F(DatabaseOpen, ACopySharesTheConnectionAndClosesIt) {
-    CTDatabase database;
+    Database database;
     Open(database);
     {
-        Database copy(*static_cast<Database*>(&database));
+        Database copy(database);
         EXPECT_EQ(copy.GetDispatch(), database.GetDispatch());
         EXPECT_EQ(copy.Tag(), "Mic");
         EXPECT_EQ(copy.Initialised(), 0);

@@ -171,7 +171,10 @@ TEST_F(RowShortCut, NamesItCannotTakeGoTheLateBoundWay) {
     const std::string longName(300, 'N');
     EXPECT_EQ(Describe(recordset_.GetValue(longName.c_str())), "EMPTY");
     EXPECT_EQ(Describe(recordset_.GetValue(static_cast<const char*>(nullptr))), "EMPTY");
-    EXPECT_EQ(Describe(recordset_.GetValue("LATE")), "BSTR \"late\"");
+    COleVariant late;
+    VARIANT value = recordset_.GetValue("LATE");
+    late.Attach(value);
+    EXPECT_EQ(Describe(late), "BSTR \"late\"");
 }
 
 TEST_F(RowShortCut, TextsEndWhereTheirVariantEnds) {

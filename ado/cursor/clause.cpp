@@ -109,6 +109,8 @@ void Clause::SetNumber(const Literal& literal) {
     if (number.ec != std::errc() || number.ptr != end || digits.find_first_not_of("0123456789+-.eE") != digits.npos) {
         Refuse(literal);
     }
+    asReal = real;
+    std::from_chars(digits.data(), end, asReal);
     numberForm = digits.find_first_of("eE") == std::string::npos ? Cell::Form::Decimal : Cell::Form::Real;
 }
 
@@ -198,6 +200,7 @@ bool Clause::Matches(const RowStore& rows, std::size_t row) const {
                 const int asked = wanted ? -1 : 0;
                 return MeetsOrder(held < asked ? -1 : held > asked ? 1 : 0);
             }
+            if (cell.form == Cell::Form::Real) return MeetsOrder(cell.real < asReal ? -1 : asReal < cell.real ? 1 : 0);
             return MeetsOrder(CompareNumbers(cell, Cell{numberForm, integer, real, digits}));
         }
         case Test::Date: {

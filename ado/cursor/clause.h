@@ -50,6 +50,7 @@ struct Clause {
     long long integer = 0;       // Number
     std::string digits;          // Number as a decimal
     double real = 0;             // Number with an exponent
+    long double asReal = 0;      // Number, to compare reals with
     long long milliseconds = 0;  // Date
     std::u16string text;         // TextOrder
     TextPattern pattern;

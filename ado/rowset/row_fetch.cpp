@@ -1,0 +1,179 @@
+// The fetch behind a row set: the first rows on the opening thread, the rest on a worker.
+#include <tkwin32/text.h>
+
+#include <chrono>
+#include <limits>
+
+#include "ado/odbc/result_sizes.h"
+#include "ado/odbc/watchdog.h"
+#include "ado/rowset/row_set_impl.h"
+
+namespace tk::ado {
+namespace {
+
+// Rows that the opening thread fetches itself: handing over to a worker costs more than they do.
+constexpr std::size_t kInlineRows = 256;
+
+constexpr auto kCancelPatience = std::chrono::milliseconds(50);
+constexpr auto kJoinPatience = std::chrono::seconds(2);
+
+constexpr std::size_t kAllRows = std::numeric_limits<std::size_t>::max();
+
+/// The exception being handled, as an object of its own.
+std::unique_ptr<AdoError> CurrentError() noexcept {
+    try {
+        throw;
+    } catch (const AdoError& error) {
+        return std::make_unique<AdoError>(error);
+    } catch (const std::exception& other) {
+        return std::make_unique<AdoError>(ErrorNumber::ProviderFailed, text::Utf8ToUtf16(other.what()));
+    }
+}
+
+}  // namespace
+
+bool RowSet::Impl::Step(std::size_t rows) {
+    const std::size_t have = arrived.load(std::memory_order_relaxed);
+    const std::size_t wanted = maxRows == 0 ? rows : std::min(rows, maxRows - have);
+    if (wanted == 0) return false;
+    auto chunk = fetcher->FetchChunk(have, wanted);
+    if (chunk == nullptr) return false;
+    const std::size_t count = chunk->Rows();
+    {
+        const std::lock_guard lock(mutex);
+        chunks.push_back(std::move(chunk));
+        arrived.store(have + count, std::memory_order_release);
+    }
+    changed.notify_all();
+    return !fetcher->AtEnd();
+}
+
+void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
+    const bool isWhole = failure == nullptr && !isCancelled;
+    {
+        const std::lock_guard lock(mutex);
+        cancelTarget = nullptr;
+    }
+    fetcher.reset();
+    if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
+        RememberRows(statement->Internals().resultName, arrived);
+    }
+    if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
+        try {
+            if (statement->MoreResults()) next = std::move(statement);
+        } catch (...) {
+            nextError = CurrentError();
+        }
+    }
+    statement.reset();
+    // The connection is free again before anybody hears of the end.
+    const std::lock_guard lock(mutex);
+    if (!isCancelled) error = std::move(failure);
+    isRunning = false;
+    isComplete.store(true, std::memory_order_release);
+    changed.notify_all();
+}
+
+void RowSet::Impl::Run(std::size_t until) noexcept {
+    {
+        const std::lock_guard lock(mutex);
+        isRunning = true;
+    }
+    try {
+        const std::size_t full = fetcher->FullRows();
+        while (!isCancelled.load(std::memory_order_relaxed)) {
+            if (arrived.load(std::memory_order_relaxed) >= until) {
+                {
+                    const std::lock_guard lock(mutex);
+                    isRunning = false;
+                }
+                FetchPool::Instance().Submit(shared_from_this());
+                return;
+            }
+            if (!Step(full)) break;
+        }
+        Finish(nullptr);
+    } catch (...) {
+        Finish(CurrentError());
+    }
+}
+
+void RowSet::Impl::AbortJob() noexcept {
+    isCancelled = true;
+    CancelStatement();
+}
+
+void RowSet::Impl::CancelStatement() noexcept {
+    const std::lock_guard lock(mutex);
+    if (cancelTarget != nullptr) cancelTarget->CancelRunning();
+}
+
+void RowSet::Impl::WaitFor(std::size_t rows) {
+    if (arrived.load(std::memory_order_acquire) >= rows || isComplete.load(std::memory_order_acquire)) return;
+    if (Claim()) Run(rows);
+    std::unique_lock lock(mutex);
+    while (arrived.load(std::memory_order_relaxed) < rows && !isComplete) {
+        changed.wait(lock);
+        if (isRunning || isComplete) continue;
+        lock.unlock();
+        if (Claim()) Run(rows);
+        lock.lock();
+    }
+}
+
+void RowSet::Impl::Stop() noexcept {
+    if (isComplete) return;
+    isCancelled = true;
+    if (Claim()) return Finish(nullptr);
+    {
+        std::unique_lock lock(mutex);
+        if (changed.wait_for(lock, kCancelPatience, [this] { return isComplete.load(); })) return;
+    }
+    CancelStatement();
+    std::unique_lock lock(mutex);
+    changed.wait_for(lock, kJoinPatience, [this] { return isComplete.load(); });
+    // A driver that does not come back keeps what it uses; nobody waits for it.
+}
+
+void RowSet::Impl::RunJob() noexcept {
+    Run(kAllRows);
+}
+
+void RowSet::Impl::WaitForAll() {
+    WaitFor(kAllRows);
+}
+
+std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Session> session,
+                                      const FetchOptions& options) {
+    Statement::Impl& inside = statement.Internals();
+    statement.Columns();
+    const DriverProfile& profile = inside.handle->Profile();
+    auto impl = std::make_shared<Impl>(inside.columns, KeepsAllAsText(profile, inside.columns));
+    impl->text = inside.isFirstResult ? inside.text : std::string();
+    impl->maxRows = static_cast<std::size_t>(std::max(options.maxRows, inside.maxRows));
+    impl->origin = session;
+    impl->statement = std::make_unique<Statement>(std::move(statement));
+    impl->cancelTarget = inside.handle.get();
+    impl->fetcher = MakeFetcher(inside, impl->layout);
+
+    const bool isWatched = profile.timeLimit == TimeLimit::Watchdog;
+    // A driver that steps through its rows does its work here, not in the execution.
+    WatchdogGuard guard(isWatched ? inside.timeoutSeconds : 0, *inside.handle);
+    bool more = impl->Step(impl->fetcher->FirstRows());
+    if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
+    guard.Finish();
+    auto rows = std::shared_ptr<RowSet>(new RowSet(impl));
+    if (!more) {
+        impl->Finish(nullptr);
+        return rows;
+    }
+    session->SetBackgroundWork(
+        [weak = std::weak_ptr(impl)] {
+            if (const auto running = weak.lock()) running->WaitForAll();
+        },
+        inside.isOnSideConnection);
+    FetchPool::Instance().Submit(impl);
+    return rows;
+}
+
+}  // namespace tk::ado

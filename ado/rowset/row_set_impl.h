@@ -1,0 +1,100 @@
+// ado/rowset/row_set_impl.h - what is behind a RowSet: the chunks, and the fetch that still adds to them.
+//
+// The fetch belongs to whoever has claimed the job: the thread that opens, a thread of the pool, or a reader that waits
+// for a row nobody fetches yet. Chunks are added under the lock; a reader takes it only to change chunks.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ado/odbc/statement_impl.h"
+#include "ado/rowset/chunk.h"
+#include "ado/rowset/fetch_pool.h"
+#include "ado/rowset/fetcher.h"
+#include "ado/rowset/row_set.h"
+
+namespace tk::ado {
+
+struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl> {
+    Impl(std::vector<Column> described, bool allVariable)
+        : columns(std::move(described)), layout(columns, allVariable) {}
+
+    // --- reading ---
+
+    std::vector<Column> columns;
+    RowLayout layout;
+    bool areOriginsKnown = false;
+    std::weak_ptr<Session> origin;
+    std::string text;
+
+    /// The chunk of a row that has arrived.
+    const Chunk& Locate(std::size_t row) const {
+        if (current != nullptr && current->Covers(row)) [[likely]]
+            return *current;
+        return LocateElsewhere(row);
+    }
+    const Chunk& LocateElsewhere(std::size_t row) const;
+    const Chunk& Go(std::size_t index) const noexcept;
+    Cell At(std::size_t row, std::size_t column) const;
+
+    /// A date that no automation date can say, as text.
+    std::string MomentText(std::size_t row, std::size_t column) const;
+
+    void ThrowIfFailed() const;
+
+    mutable const Chunk* current = nullptr;  // the reader's place
+    mutable std::size_t currentIndex = 0;
+
+    // --- fetching ---
+
+    /// Fetches up to `rows` more rows; false after the last one. The caller has claimed the job.
+    bool Step(std::size_t rows);
+
+    /// Fetches until `until` rows have arrived, or to the end. The caller has claimed the job.
+    void Run(std::size_t until) noexcept;
+
+    /// The fetch has ended: lets go of the statement, looks for a further result, wakes the readers.
+    void Finish(std::unique_ptr<AdoError> failure) noexcept;
+
+    void RunJob() noexcept override;
+    void AbortJob() noexcept override;
+
+    /// Waits until so many rows are there, or the fetch has ended. Does the work itself when nobody else has begun it.
+    void WaitFor(std::size_t rows);
+    void WaitForAll();
+
+    /// Ends the fetch from outside, within a bounded time.
+    void Stop() noexcept;
+    void CancelStatement() noexcept;
+
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    mutable std::vector<std::unique_ptr<Chunk>> chunks;  // grows only, and not after isComplete
+    std::atomic<std::size_t> arrived = 0;
+    std::atomic<bool> isComplete = false;
+    std::atomic<bool> isCancelled = false;
+    std::unique_ptr<AdoError> error;          // thrown to readers as copies: it crosses threads
+    bool isRunning = false;                   // a thread is inside Run
+    StatementHandle* cancelTarget = nullptr;  // until the statement is let go
+
+    // Touched by the one thread that has claimed the job.
+    std::unique_ptr<Statement> statement;
+    std::unique_ptr<Fetcher> fetcher;
+    std::size_t maxRows = 0;
+    std::unique_ptr<Statement> next;
+    std::unique_ptr<AdoError> nextError;
+
+    // --- a set that is built row by row ---
+
+    void SealBuilt() const;
+
+    mutable std::unique_ptr<ChunkBuilder> builder;
+    mutable std::size_t sealedRows = 0;
+};
+
+}  // namespace tk::ado

@@ -5,6 +5,7 @@
 // One header for each family; a program that needs one family alone may include that one.
 #pragma once
 
+#include "tkkernel/catalog.h"
 #include "tkkernel/driver.h"
 #include "tkkernel/platform.h"
 #include "tkkernel/util.h"

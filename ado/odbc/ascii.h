@@ -19,7 +19,8 @@ constexpr bool StartsWithNoCase(std::string_view text, std::string_view start) n
 }
 
 constexpr bool ContainsNoCase(std::string_view text, std::string_view part) noexcept {
-    return !std::ranges::search(text, part, {}, LowerAscii, LowerAscii).empty() || part.empty();
+    const auto same = [](char first, char second) { return LowerAscii(first) == LowerAscii(second); };
+    return part.empty() || std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
 }
 
 constexpr std::string_view Trim(std::string_view text) noexcept {

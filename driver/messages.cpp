@@ -31,5 +31,12 @@ const char kGetFilterFailed[] = "GetFilter!";
 const char kGetValueFailed[] = "可能数据源绑定错误!试着用 OpenField()打开数据源";
 const char kSetValueFailed[] = "SetValue!";
 const char kGetFieldNamesFailed[] = "操作 GetAllFieldNames 时出现异常!";
+const char kAskOverwrite[] = "该文件已经存在是否删除?";
+const char kSaveXmlFailed[] = "SaveAsXML!";
+const char kSaveFileFailed[] = "SaveAsFile!";
+const char kReadColumnFailed[] = "操作 SelectOneColumn 数据库出现异常!";
+const char kReadCurrentFailed[] = " 操作 SelectCurRecordToString 数据库出现异常!";
+const char kReadFirstFailed[] = " 操作 SelectFirstRecordToString 数据库出现异常!";
+const char kReadNextFailed[] = " 操作 SelectNextRecordToString 数据库出现异常!";
 
 }  // namespace tk::driver

@@ -27,5 +27,12 @@ extern const char kGetFilterFailed[];
 extern const char kGetValueFailed[];
 extern const char kSetValueFailed[];
 extern const char kGetFieldNamesFailed[];
+extern const char kAskOverwrite[];  // a question, not a failure
+extern const char kSaveXmlFailed[];
+extern const char kSaveFileFailed[];
+extern const char kReadColumnFailed[];
+extern const char kReadCurrentFailed[];  // all three members that read the current record; begins with a blank
+extern const char kReadFirstFailed[];    // begins with a blank
+extern const char kReadNextFailed[];     // begins with a blank
 
 }  // namespace tk::driver

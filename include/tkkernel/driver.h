@@ -516,6 +516,47 @@ public:
         CStringArray& names);              ///< Replaces the array. @return the number of columns; 0 with the reason
     int GetAllFieldNames(CString& names);  ///< The same as one text, separated by commas.
 
+    // ---- export ----------------------------------------------------------------------------------------------
+    // Display texts are those of GetStringValue, literals those of GetStringValueStr. Where separators are cut off the
+    // end of a text, all of them are: those of empty values in the last fields, and every character of the separator.
+
+    /// Recordset.Save as XML. A file of that name is deleted first.
+    /// @param bAskOverwrite  not 0: asks the user before an existing file is deleted
+    /// @return 1, or 0: the user said no, or the reason stands in GetLastErrorString()
+    int SaveAsXML(const char* szPath, int bAskOverwrite);
+    int SaveAsFile(const char* szPath, int bAskOverwrite);  ///< The same in ADO's own binary form.
+
+    CString GetNullString(long nIndex);  ///< " NOT NULL" of a field that takes no nulls, else ""; lets exceptions pass.
+
+    /// Appends the display text of one field of every record to the array, which is not emptied first. Reads from the
+    /// first record on and stays behind the last one.
+    /// @return the records read; 0 with the reason in GetLastErrorString()
+    int SelectOneColumn(long nIndex, CStringArray& values);
+    int SelectOneColumn(const char* szName, CStringArray& values);
+
+    /// The literals of the current record with the separator between them.
+    /// @return "" behind the last record, or with the reason in GetLastErrorString()
+    CString GetCurRecordToString(const char* szSeparator);
+
+    /// Replaces the array by the texts of the current record.
+    /// @param bUseStr  not 0: literals; 0: display texts
+    /// @return 1; 0 behind the last record (the array stays), without fields, or with the reason
+    int SelectCurRecordToString(CStringArray& values, int bUseStr);
+    int SelectCurRecordToTrimString(CStringArray& values);  ///< The same with display texts without outer blanks.
+
+    /// Goes to the first record and gives its texts with the separator between them. With SelectNextRecordToString
+    /// until that returns 0 it walks every record.
+    /// @param nCount  fields wanted, the first ones; a field that does not exist has an empty text
+    /// @return 1; 0 with an empty text behind the last record, or with the reason in GetLastErrorString()
+    int SelectFirstRecordToString(long nCount, CString& text, const char* szSeparator, int bUseStr);
+    /// Goes to the next record. @return as above
+    int SelectNextRecordToString(long nCount, CString& text, const char* szSeparator, int bUseStr);
+
+    /// Sets the filter and deletes every record that it shows. The filter stays.
+    /// @return the records deleted; 0 when there is none, or with the reason in GetLastErrorString(); nothing is
+    ///         deleted when the filter is refused
+    int Delete(const char* szCriteria);
+
 protected:
     int OnInitDispatch();  ///< Creates the Recordset object, once. @return 1, or 0 with the reason
     int IsOpen();          ///< 1 while open; 0 otherwise, also when the state cannot be read.
@@ -533,7 +574,10 @@ protected:
 private:
     int BindThrough(CTDatabase& opened, int isOpen);
     VARIANT ReadField(const VARIANT& key);
+    CString FieldText(long nIndex, int bUseStr);
+    void JoinFields(long nCount, CString& text, const CString& separator, int bUseStr);
 
     CString connection_;
+    int rowLength_ = 0;  // of the last record's text, in bytes
     tk::driver::RowShortCut rows_;
 };

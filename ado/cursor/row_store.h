@@ -67,6 +67,9 @@ public:
     /// Changes when a deleted row comes back.
     std::uint64_t Restorations() const noexcept { return restorations_; }
 
+    /// True while the row is simply as it was fetched.
+    bool IsAsFetched(std::size_t row) const { return Find(row) == nullptr; }
+
     bool IsDeleted(std::size_t row) const {
         const State* state = Find(row);
         return state != nullptr && state->deleted;

@@ -34,10 +34,13 @@ std::size_t FixedWidthOf(CellKind kind) noexcept {
     return 0;
 }
 
-RowLayout::RowLayout(std::span<const Column> columns, bool allVariable) : places_(columns.size()) {
+RowLayout::RowLayout(std::span<const Column> columns, bool allVariable)
+    : RowLayout(columns, std::vector<bool>(columns.size(), allVariable)) {}
+
+RowLayout::RowLayout(std::span<const Column> columns, const std::vector<bool>& isVariable) : places_(columns.size()) {
     std::vector<std::size_t> fixed;
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        const std::size_t width = allVariable ? 0 : FixedWidthOf(columns[i].kind);
+        const std::size_t width = isVariable[i] ? 0 : FixedWidthOf(columns[i].kind);
         places_[i].isVariable = width == 0;
         places_[i].width = static_cast<std::uint16_t>(width);
         if (width != 0) {

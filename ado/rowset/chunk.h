@@ -30,6 +30,9 @@ public:
     /// @param allVariable  every cell is kept as the text or bytes that the driver gave
     RowLayout(std::span<const Column> columns, bool allVariable);
 
+    /// @param isVariable  for each column whether its cells are kept as text or bytes whatever their kind
+    RowLayout(std::span<const Column> columns, const std::vector<bool>& isVariable);
+
     const Place& At(std::size_t column) const noexcept { return places_[column]; }
     std::size_t VariableCount() const noexcept { return variableCount_; }
     std::size_t FixedCount() const noexcept { return fixedWidths_.size(); }

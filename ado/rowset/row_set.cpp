@@ -136,6 +136,16 @@ std::shared_ptr<RowSet> RowSet::Build(std::vector<Column> columns) {
     return std::shared_ptr<RowSet>(new RowSet(std::move(impl)));
 }
 
+std::shared_ptr<RowSet> RowSet::Assemble(std::vector<Column> columns, RowLayout layout,
+                                         std::vector<std::unique_ptr<Chunk>> chunks) {
+    auto impl = std::make_shared<Impl>(std::move(columns), std::move(layout));
+    impl->arrived = chunks.empty() ? 0 : chunks.back()->FirstRow() + chunks.back()->Rows();
+    impl->chunks = std::move(chunks);
+    impl->isComplete = true;
+    impl->areOriginsKnown = true;
+    return std::shared_ptr<RowSet>(new RowSet(std::move(impl)));
+}
+
 void RowSet::Append(std::span<const VARIANT> values) {
     std::vector<std::pair<bool, std::string>> cells(impl_->columns.size());
     for (std::size_t i = 0; i < cells.size() && i < values.size(); ++i) {
@@ -229,6 +239,14 @@ LONG RowSet::ActualSize(std::size_t row, std::size_t column) const {
         default:
             return described.definedSize;
     }
+}
+
+const RowLayout& RowSet::Layout() const noexcept {
+    return impl_->layout;
+}
+
+const Chunk& RowSet::ChunkOf(std::size_t row) const {
+    return impl_->Locate(row);
 }
 
 std::size_t RowSet::MemoryBytes() const {

@@ -28,6 +28,9 @@
 
 namespace tk::ado {
 
+class Chunk;
+class RowLayout;
+
 struct FetchOptions {
     bool asynchronous = false;  // adAsyncFetch: Fetch returns with the first rows or earlier
     LONG maxRows = 0;
@@ -42,6 +45,10 @@ public:
     /// A finished set built row by row: schema rowsets and fabricated recordsets. Append takes what Read gives.
     static std::shared_ptr<RowSet> Build(std::vector<Column> columns);
     void Append(std::span<const VARIANT> values);
+
+    /// A finished set of chunks that follow each other from row 0 on, for rows that come from a file.
+    static std::shared_ptr<RowSet> Assemble(std::vector<Column> columns, RowLayout layout,
+                                            std::vector<std::unique_ptr<Chunk>> chunks);
 
     ~RowSet();
 
@@ -80,6 +87,10 @@ public:
 
     /// Field.ActualSize: bytes of the stored value, 2 a character for wide texts, 0 for NULL.
     LONG ActualSize(std::size_t row, std::size_t column) const;
+
+    /// How the values are kept, for code that walks over many rows: the chunk of a row that has arrived.
+    const RowLayout& Layout() const noexcept;
+    const Chunk& ChunkOf(std::size_t row) const;
 
     /// Bytes held for the rows, for the memory promise of the documentation.
     std::size_t MemoryBytes() const;

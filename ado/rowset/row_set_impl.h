@@ -23,6 +23,7 @@ namespace tk::ado {
 struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl> {
     Impl(std::vector<Column> described, bool allVariable)
         : columns(std::move(described)), layout(columns, allVariable) {}
+    Impl(std::vector<Column> described, RowLayout places) : columns(std::move(described)), layout(std::move(places)) {}
 
     // --- reading ---
 

@@ -55,6 +55,9 @@ SQLRETURN RunCatalogCall(SQLHSTMT statement, const CatalogCall& call) {
         case CatalogCall::Function::ProcedureColumns:
             return odbc.ProcedureColumns(statement, catalog.text, catalog.length, schema.text, schema.length,
                                          table.text, table.length, column.text, column.length);
+        case CatalogCall::Function::RowVersions:
+            return odbc.SpecialColumns(statement, SQL_ROWVER, catalog.text, catalog.length, schema.text, schema.length,
+                                       table.text, table.length, SQL_SCOPE_CURROW, SQL_NULLABLE);
         case CatalogCall::Function::TypeInfo:
             return odbc.GetTypeInfo(statement, SQL_ALL_TYPES);
         case CatalogCall::Function::Catalogs:

@@ -73,6 +73,11 @@ constexpr DriverProfile kProfiles[] = {
         .hasManyActiveStatements = true,
         .describesBase = true,
         .identityQuery = "select lastval()",
+        .hasReturning = true,  // a trigger may have used another sequence since
+        .procedureCall = ProcedureCall::SelectFromOrCall,
+        .procedureQuery = "select 1 from pg_catalog.pg_proc p join pg_catalog.pg_namespace n on n.oid = p.pronamespace "
+                          "where p.prokind = 'p' and p.proname = ? and "
+                          "(n.nspname = ? or (? = '' and pg_catalog.pg_function_is_visible(p.oid)))",
     },
     {
         .name = "mariadb",
@@ -88,6 +93,8 @@ constexpr DriverProfile kProfiles[] = {
         .hasManyActiveStatements = true,
         .describesBase = true,
         .identityQuery = "select last_insert_id()",
+        .emptyInsert = "() VALUES ()",
+        .procedureCall = ProcedureCall::EscapeOrSelect,
     },
     {
         .name = "freetds",

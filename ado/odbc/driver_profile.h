@@ -36,6 +36,13 @@ enum class KeySource : unsigned char {
     Pragma,   // SELECTs on pragma_table_xinfo and pragma_index_list: the driver's catalog functions are wrong
 };
 
+/// How a stored procedure is called.
+enum class ProcedureCall : unsigned char {
+    Escape,           // {? = call name(?)}, output values by the driver
+    EscapeOrSelect,   // the same; a call with a return value is SELECT name(?), its value the first of the row
+    SelectFromOrCall  // SELECT * FROM name(?) for functions, CALL name(?) for procedures; outputs are the row's values
+};
+
 /// A keyword added to the connection string unless the string has it.
 struct DefaultKeyword {
     const char* key;
@@ -59,17 +66,21 @@ struct DriverProfile {
     int streamingRowsAttribute = 0;           // ... and the rows that come at a time
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
-    bool hasBatches = false;               // SQLMoreResults is worth asking
-    bool hasManyActiveStatements = false;  // several open results on one connection
-    bool describesBase = false;            // base table names of result columns can be trusted
-    bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
-    bool hasConnectionDead = true;         // SQL_ATTR_CONNECTION_DEAD exists
-    bool isFileDatabase = false;           // the database is a local file: its identity tells a replaced one
-    bool hasWideParameters = false;        // texts are sent as national characters
-    bool hasPlainDecimals = false;         // decimal parameters are sent as plain text
-    bool hasOnlyLongBinary = false;        // every binary column is without limit, whatever size is described
-    bool hasTypedParameters = true;        // a NULL or text needs the type of the column it goes to
-    const char* identityQuery = nullptr;   // asks for the number that the last INSERT of the session was given
+    bool hasBatches = false;                     // SQLMoreResults is worth asking
+    bool hasManyActiveStatements = false;        // several open results on one connection
+    bool describesBase = false;                  // base table names of result columns can be trusted
+    bool baseColumnIsAlias = false;              // the base column name is the result's alias: check against the table
+    bool hasConnectionDead = true;               // SQL_ATTR_CONNECTION_DEAD exists
+    bool isFileDatabase = false;                 // the database is a local file: its identity tells a replaced one
+    bool hasWideParameters = false;              // texts are sent as national characters
+    bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
+    bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
+    bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
+    const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
+    bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
+    const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name
+    ProcedureCall procedureCall = ProcedureCall::Escape;
+    const char* procedureQuery = nullptr;  // for SelectFromOrCall: a row when the name (a parameter) is a procedure
 };
 
 /// The profile of a driver by what SQLGetInfo(SQL_DRIVER_NAME) or the driver list calls it; the safe one if unknown.

@@ -62,6 +62,9 @@ namespace tk::ado {
     X(Statistics, SQLStatistics)             \
     X(Procedures, SQLProcedures)             \
     X(ProcedureColumns, SQLProcedureColumns) \
+    X(SpecialColumns, SQLSpecialColumns)     \
+    X(NumParams, SQLNumParams)               \
+    X(DescribeParam, SQLDescribeParam)       \
     X(GetTypeInfo, SQLGetTypeInfo)
 
 /// The driver manager's functions under short names.

@@ -1,9 +1,11 @@
-// ado/odbc/parameter.h - one parameter marker's value on its way to the driver.
+// ado/odbc/parameter.h - one parameter marker's value on its way to the driver, and what the driver gave back.
 #pragma once
 
 #include <windows.h>
 
 #include <oleauto.h>
+
+#include <cstddef>
 
 #include "ado/rowset/cell.h"
 #include "ado/rowset/column.h"
@@ -18,7 +20,22 @@ struct Parameter {
 
     /// The column that the value is stored in or compared with, when it is known: it decides the type that the driver
     /// is told, so that a NULL or a text reaches a number or date column without a type conflict. May be null.
+    /// An output must have one: it decides the size that is left for the value, too.
     const Column* column = nullptr;
+
+    enum class Direction : unsigned char { Input, InputOutput, Output };
+    Direction direction = Direction::Input;
+};
+
+/// The values of a statement's output parameters, as the driver leaves them.
+class ParameterOutputs {
+public:
+    virtual ~ParameterOutputs() = default;
+
+    /// Reads an output parameter, by its place from 0. Some drivers fill it when the statement's last result has been
+    /// left, not before.
+    /// @param value  uninitialised on entry; NULL when the driver has not said anything
+    virtual void Read(std::size_t place, const Column& column, VARIANT& value) const = 0;
 };
 
 }  // namespace tk::ado

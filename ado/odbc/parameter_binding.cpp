@@ -10,11 +10,17 @@
 #include "ado/rowset/date_value.h"
 #include "ado/rowset/number_value.h"
 #include "ado/rowset/type_map.h"
+#include "ado/rowset/value.h"
 
 namespace tk::ado {
 namespace {
 
 constexpr std::size_t kLongestVarChar = 4000;
+
+// Room for an output value: bytes of any number or date, characters of a text at most, bytes of a character.
+constexpr std::size_t kLongestNumber = 64;
+constexpr LONG kLongestOutput = 4 * 1024 * 1024;
+constexpr std::size_t kMostUtf8 = 4;
 
 [[noreturn]] void ThrowUnsupported() {
     throw AdoError(ErrorNumber::DataConversion, kUnsupportedParameter);
@@ -45,11 +51,16 @@ CalendarForm FormOf(const Column* column) {
 ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Parameter> parameters) : handle_(handle) {
     SQLUSMALLINT number = 0;
     for (const Parameter& parameter : parameters) {
-        Slot& slot = slots_.emplace_back();
-        Read(parameter, slot);
-        const SQLRETURN result = Odbc().BindParameter(
-            handle_.Get(), ++number, SQL_PARAM_INPUT, slot.cType, slot.sqlType, std::max<SQLULEN>(slot.size, 1),
-            slot.digits, slot.bytes.data(), static_cast<SQLLEN>(slot.bytes.size()), &slot.indicator);
+        Slot& slot = slots_->list.emplace_back();
+        if (parameter.direction == Parameter::Direction::Input) {
+            Read(parameter, slot);
+        } else {
+            ReadOutput(parameter, slot);
+            hasOutputs_ = true;
+        }
+        const SQLRETURN result = Odbc().BindParameter(handle_.Get(), ++number, slot.direction, slot.cType, slot.sqlType,
+                                                      std::max<SQLULEN>(slot.size, 1), slot.digits, slot.bytes.data(),
+                                                      static_cast<SQLLEN>(slot.bytes.size()), &slot.indicator);
         if (SQL_SUCCEEDED(result)) continue;
         const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle_.Get());
         Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
@@ -58,7 +69,7 @@ ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Para
 }
 
 ParameterBinding::~ParameterBinding() {
-    if (!slots_.empty()) Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
+    if (!slots_->list.empty()) Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
 }
 
 void ParameterBinding::Read(const Parameter& parameter, Slot& slot) const {
@@ -73,6 +84,36 @@ void ParameterBinding::Read(const Parameter& parameter, Slot& slot) const {
         if (parameter.column->dbType == kTypeNumeric && slot.cType == SQL_C_CHAR) return;
         if (parameter.column->dbType == kTypeNumeric) slot.size = parameter.column->precision;
     }
+}
+
+void ParameterBinding::ReadOutput(const Parameter& parameter, Slot& slot) const {
+    const Column& column = *parameter.column;
+    const bool isInput = parameter.direction == Parameter::Direction::InputOutput;
+    // Every value travels as text, binaries as they are, so that one rule gives room and one reads the answer.
+    slot.indicator = SQL_NULL_DATA;
+    if (isInput && TextFromVariant(*parameter.value, slot.bytes))
+        slot.indicator = static_cast<SQLLEN>(slot.bytes.size());
+    const auto characters = static_cast<std::size_t>(std::clamp<LONG>(column.definedSize, 0, kLongestOutput));
+    const bool isText = column.kind == CellKind::Text;
+    const bool isBytes = column.kind == CellKind::Bytes;
+    const std::size_t room = isText ? characters * kMostUtf8 + 1 : isBytes ? characters : kLongestNumber;
+    slot.bytes.resize(std::max({room, slot.bytes.size() + 1, kLongestNumber}));
+    slot.cType = isBytes ? SQL_C_BINARY : SQL_C_CHAR;
+    slot.sqlType = column.sqlType != 0 ? static_cast<SQLSMALLINT>(column.sqlType) : SQLSMALLINT{SQL_VARCHAR};
+    slot.size = column.dbType == kTypeNumeric && column.precision != 255 ? column.precision : characters;
+    slot.digits = column.dbType == kTypeNumeric && column.scale != 255 ? column.scale : SQLSMALLINT{0};
+    slot.direction = isInput ? SQL_PARAM_INPUT_OUTPUT : SQL_PARAM_OUTPUT;
+}
+
+void ParameterBinding::Slots::Read(std::size_t place, const Column& column, VARIANT& value) const {
+    const Slot& slot = list[place];
+    std::string_view text;
+    if (slot.indicator >= 0) {
+        // A value that did not fit is cut; some drivers tell the whole length then.
+        const std::size_t most = slot.bytes.size() - (slot.cType == SQL_C_CHAR ? 1 : 0);
+        text = std::string_view(slot.bytes).substr(0, std::min(static_cast<std::size_t>(slot.indicator), most));
+    }
+    MakeVariant(CellFromText(column.kind, text), column, value);
 }
 
 void ParameterBinding::ReadVariant(const VARIANT& value, const Column* column, Slot& slot) const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <deque>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -19,6 +20,9 @@ public:
     ParameterBinding(const ParameterBinding&) = delete;
     ParameterBinding& operator=(const ParameterBinding&) = delete;
 
+    /// The output values; they outlive the binding. Null when there is no output parameter.
+    std::shared_ptr<const ParameterOutputs> Outputs() const noexcept { return hasOutputs_ ? slots_ : nullptr; }
+
 private:
     /// One value and how the driver is told about it.
     struct Slot {
@@ -28,9 +32,15 @@ private:
         SQLSMALLINT sqlType = SQL_VARCHAR;
         SQLULEN size = 0;
         SQLSMALLINT digits = 0;
+        SQLSMALLINT direction = SQL_PARAM_INPUT;
+    };
+    struct Slots final : ParameterOutputs {
+        std::deque<Slot> list;  // never moves: the driver keeps the addresses
+        void Read(std::size_t place, const Column& column, VARIANT& value) const override;
     };
 
     void Read(const Parameter& parameter, Slot& slot) const;
+    void ReadOutput(const Parameter& parameter, Slot& slot) const;
     void ReadVariant(const VARIANT& value, const Column* column, Slot& slot) const;
     void ReadCell(const Cell& cell, const Column* column, Slot& slot) const;
     void SetText(std::string text, Slot& slot) const;
@@ -40,7 +50,8 @@ private:
     static void SetFixed(Value value, SQLSMALLINT cType, SQLSMALLINT sqlType, SQLULEN size, Slot& slot);
 
     StatementHandle& handle_;
-    std::deque<Slot> slots_;  // never moves: the driver keeps the addresses
+    std::shared_ptr<Slots> slots_ = std::make_shared<Slots>();
+    bool hasOutputs_ = false;
 };
 
 }  // namespace tk::ado

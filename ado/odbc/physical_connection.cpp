@@ -135,6 +135,24 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
     if (handles_.size() < kKeptHandles) handles_.push_back(std::move(handle));
 }
 
+std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
+    const std::lock_guard lock(handlesMutex_);
+    for (auto each = prepared_.begin(); each != prepared_.end(); ++each) {
+        if (each->first != text) continue;
+        auto handle = std::move(each->second);
+        prepared_.erase(each);
+        return handle;
+    }
+    return nullptr;
+}
+
+void PhysicalConnection::ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept {
+    if (handle->WasCancelled() || handle->WasExpired()) return MarkChanged();
+    const std::lock_guard lock(handlesMutex_);
+    if (prepared_.size() >= kKeptHandles) prepared_.erase(prepared_.begin());
+    prepared_.emplace_back(std::move(text), std::move(handle));
+}
+
 void PhysicalConnection::SetAutoCommit(bool on) {
     if (on == isAutoCommit_) return;
     const SQLRETURN result = Odbc().SetConnectAttr(

@@ -59,6 +59,10 @@ public:
     std::unique_ptr<StatementHandle> TakeHandle();
     void ReturnHandle(std::unique_ptr<StatementHandle> handle) noexcept;
 
+    /// A handle that is prepared for the text, or null; and giving one back for the next time.
+    std::unique_ptr<StatementHandle> TakePrepared(std::string_view text) noexcept;
+    void ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept;
+
     /// What the session leaves behind decides whether the connection may be used again.
     void MarkChanged() noexcept { isChanged_ = true; }
     void MarkBroken() noexcept { isBroken_ = true; }
@@ -100,6 +104,7 @@ private:
     bool isStreaming_ = false;
     std::mutex handlesMutex_;  // a fetch thread returns its handle while the session takes another
     std::vector<std::unique_ptr<StatementHandle>> handles_;
+    std::vector<std::pair<std::string, std::unique_ptr<StatementHandle>>> prepared_;  // the oldest first
 };
 
 }  // namespace tk::ado

@@ -115,6 +115,7 @@ struct Session::Impl {
     bool isInTransaction = false;
     std::mutex gate;                     // for Cancel
     StatementHandle* running = nullptr;  // while a call of ours runs
+    bool hasPlan = false;                // the handle of the call that runs is prepared for its text already
 
     PhysicalConnection& Physical() const noexcept { return **lease; }
 
@@ -162,7 +163,9 @@ struct Session::Impl {
         statement->maxRows = options.maxRows;
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
-            statement->handle = (*on)->TakeHandle();
+            if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
+            hasPlan = statement->handle != nullptr;
+            if (!hasPlan) statement->handle = (*on)->TakeHandle();
         } catch (const AdoError&) {
             // Some drivers notice a lost connection only here.
             (*on)->MarkBroken();
@@ -187,7 +190,9 @@ struct Session::Impl {
         if (result == SQL_SUCCESS_WITH_INFO) {
             statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
         }
+        if (options.prepared) statement->preparedText = sql;
         statement->ReadResultShape();
+        if (called.binding) statement->outputs = called.binding->Outputs();
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
         return Statement(std::move(statement));
@@ -213,17 +218,23 @@ struct Session::Impl {
         if (kind.changesSession) Physical().MarkChanged();
         const auto call = [&](StatementHandle& handle) {
             std::unique_ptr<const ParameterBinding> binding;
-            if (!parameters.empty()) binding = std::make_unique<const ParameterBinding>(handle, parameters);
             // Drivers take the text as writable; none writes.
             auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
-            const SQLRETURN result = Odbc().ExecDirect(handle.Get(), text, static_cast<SQLINTEGER>(sql.size()));
+            const auto length = static_cast<SQLINTEGER>(sql.size());
+            if (options.prepared && !hasPlan) {
+                const SQLRETURN result = Odbc().Prepare(handle.Get(), text, length);
+                if (!SQL_SUCCEEDED(result)) return CallResult{result, nullptr};
+            }
+            if (!parameters.empty()) binding = std::make_unique<const ParameterBinding>(handle, parameters);
+            const SQLRETURN result =
+                options.prepared ? Odbc().Execute(handle.Get()) : Odbc().ExecDirect(handle.Get(), text, length);
             return CallResult{result, std::move(binding)};
         };
         const bool canStream = kind.isReading && Physical().Profile().streaming != Streaming::None;
         const std::uint64_t name = canStream ? ResultName(facts->key, sql) : 0;
         const bool isLarge = IsLikelyLarge(name, kind);
         std::optional<Statement> statement;
-        if (isLarge && CanUseSide(kind)) statement = TryOnSide(sql, options, call);
+        if (isLarge && !options.prepared && CanUseSide(kind)) statement = TryOnSide(sql, options, call);
         if (!statement) {
             Physical().SetStreaming(isLarge);
             statement = RunOnOwn(sql, kind.isReading, options, call);

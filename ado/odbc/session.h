@@ -36,6 +36,7 @@ struct SessionSettings {
 struct ExecuteOptions {
     LONG timeoutSeconds = 30;  // 0: no limit
     LONG maxRows = 0;          // 0: all
+    bool prepared = false;     // the text will run again: it is prepared, and the connection keeps it so
 };
 
 class Session {

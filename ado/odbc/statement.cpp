@@ -10,7 +10,11 @@ Statement::Impl::~Impl() {
     handle->Finish();
     handle->Close();
     binding.reset();
-    (*lease)->ReturnHandle(std::move(handle));
+    if (preparedText.empty()) {
+        (*lease)->ReturnHandle(std::move(handle));
+    } else {
+        (*lease)->ReturnPrepared(std::move(preparedText), std::move(handle));
+    }
 }
 
 void Statement::Impl::ReadResultShape() {
@@ -55,6 +59,10 @@ LONG Statement::RowsAffected() const noexcept {
 
 const std::vector<ErrorRecord>& Statement::Warnings() const noexcept {
     return impl_->warnings;
+}
+
+std::shared_ptr<const ParameterOutputs> Statement::Outputs() const noexcept {
+    return impl_->outputs;
 }
 
 const std::vector<Column>& Statement::Columns() {

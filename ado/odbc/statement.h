@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ado/error.h"
+#include "ado/odbc/parameter.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
@@ -22,6 +23,7 @@ struct CatalogCall {
         Statistics,
         Procedures,
         ProcedureColumns,
+        RowVersions,  // the columns of a table that change with every change of a row
         TypeInfo,
         Catalogs,
         Schemas
@@ -53,6 +55,9 @@ public:
 
     /// What the driver said although the statement succeeded, for the Errors collection.
     const std::vector<ErrorRecord>& Warnings() const noexcept;
+
+    /// The output parameters of the execution; null when there are none. They outlive the statement.
+    std::shared_ptr<const ParameterOutputs> Outputs() const noexcept;
 
     /// The columns of the current result, described once.
     const std::vector<Column>& Columns();

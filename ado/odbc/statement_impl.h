@@ -16,6 +16,8 @@ struct Statement::Impl {
     std::shared_ptr<Lease> lease;
     std::unique_ptr<StatementHandle> handle;
     std::unique_ptr<const ParameterBinding> binding;
+    std::shared_ptr<const ParameterOutputs> outputs;
+    std::string preparedText;      // what the handle is prepared for; empty: nothing that is worth keeping
     std::string text;              // to describe its origins later; empty for catalog calls
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
     LONG timeoutSeconds = 0;

@@ -10,24 +10,6 @@ namespace tk::util {
 namespace {
 
 constexpr int kWidth = 12;
-constexpr double kFirstWithoutFraction = 9007199254740992.0;  // 2^53
-
-/// Hundredths of a magnitude below 2^53, correctly rounded. A double is m * 2^-s with m below 2^53, so m * 100 fits
-/// into 60 bits, and what the shift drops decides the rounding.
-std::uint64_t Hundredths(double magnitude) {
-    static_assert(std::numeric_limits<double>::is_iec559);
-    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
-    const int exponent = static_cast<int>(bits >> 52);
-    const std::uint64_t mantissa = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{exponent != 0} << 52);
-    const int shift = 1075 - exponent;
-    const std::uint64_t scaled = mantissa * 100;
-    if (shift <= 0) return scaled;  // exactly 0: 2^52 and more are whole numbers
-    if (shift >= 64) return 0;      // less than half a hundredth
-    const std::uint64_t whole = scaled >> shift;
-    const std::uint64_t rest = scaled & ((std::uint64_t{1} << shift) - 1);
-    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
-    return whole + (rest > half || (rest == half && (whole & 1) != 0));
-}
 
 /// From 2^53 on there is no fraction, and every text is longer than the width.
 CString WholeNumberText(double value) {
@@ -39,10 +21,27 @@ CString WholeNumberText(double value) {
 
 }  // namespace
 
+std::uint64_t ScaledExactly(double magnitude, std::uint64_t power) {
+    static_assert(std::numeric_limits<double>::is_iec559);
+    // A double is m * 2^-s with m below 2^53, so m times 1000 fits into 63 bits, and what the shift drops decides the
+    // rounding.
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const int exponent = static_cast<int>(bits >> 52);
+    const std::uint64_t mantissa = (bits & ((std::uint64_t{1} << 52) - 1)) | (std::uint64_t{exponent != 0} << 52);
+    const int shift = 1075 - exponent;
+    const std::uint64_t scaled = mantissa * power;
+    if (shift <= 0) return scaled;  // exactly 0: 2^52 and more are whole numbers
+    if (shift >= 64) return 0;      // below half a unit
+    const std::uint64_t whole = scaled >> shift;
+    const std::uint64_t rest = scaled & ((std::uint64_t{1} << shift) - 1);
+    const std::uint64_t half = std::uint64_t{1} << (shift - 1);
+    return whole + (rest > half || (rest == half && (whole & 1) != 0));
+}
+
 CString AmountText(double value) {
     const double magnitude = std::fabs(value);
     if (!(magnitude < kFirstWithoutFraction)) return WholeNumberText(value);
-    const std::uint64_t hundredths = Hundredths(magnitude);
+    const std::uint64_t hundredths = ScaledExactly(magnitude, 100);
     if (hundredths == 0) return {};
 
     char digits[24];  // sign, 16 digits

@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <concepts>
+#include <cstdint>
 
 namespace tk::util {
 
@@ -17,5 +18,11 @@ CString IntegerText(std::integral auto value) {
 /// "%12.2f" without the zeros at its end and without a bare point, its leading blanks kept; "" for what prints as zero
 /// and for what is not finite. Exact: halves of the binary value go to the even digit, as printf does it.
 CString AmountText(double value);
+
+/// From here on a double has no fraction.
+inline constexpr double kFirstWithoutFraction = 9007199254740992.0;  // 2^53
+
+/// A magnitude below kFirstWithoutFraction times a power of ten up to 1000, as printf rounds it.
+std::uint64_t ScaledExactly(double magnitude, std::uint64_t power);
 
 }  // namespace tk::util

@@ -1,9 +1,12 @@
-// tkkernel/util.h - error texts and the event log, automation values as text and numbers, strings and lists.
+// tkkernel/util.h - error texts and the event log, automation values as text and numbers, strings and lists, dates and
+// numbers by formats, Chinese numerals, amounts and initials.
 //
 //   CString text = VariantToTrimString(value);          // "1.5"
 //   CStringArray fields;
 //   StringToArray(fields, "code,name,price", ",");
 //   if (!Load(fields)) AddErrorLog("Load failed.", 1, 0, NULL);
+//   CString price = DoubleToString(1234.5, "#,##0.00");  // "1,234.50"
+//   CString day = DateToString(date, "YYYY-MM-DD");
 //
 // Text: 8-bit GBK, zero-terminated. A null text counts as an empty one unless a function says otherwise. Positions,
 // lengths and counts of characters are in bytes. Separators, patterns and single characters are searched as bytes, so
@@ -19,6 +22,7 @@
 
 #include <afx.h>
 #include <afxcoll.h>
+#include <afxdisp.h>
 
 #include "tkkernel/export.h"
 
@@ -298,3 +302,112 @@ TKKERNEL_API int GetMemoryLength(void* pMemory);
 TKKERNEL_API int StrLen(const char* szText);
 /// @return UTF-16 units of a text; 0 for null
 TKKERNEL_API int WStrLen(const OLECHAR* szText);
+
+// ---- dates and numbers: dates -----------------------------------------------------------------------
+
+/// A date by a format of its own: YYYY the year, YY its last two digits, MM month, DD day, hh hour (0 to 23), mm
+/// minute, ss second, each of these with two digits, W the day of the week as one Chinese numeral. Everything else
+/// stays as it is.
+/// @param szFormat  null or empty: "YYYY/MM/DD hh:mm:ss"
+/// @return "" for a date outside the years 100 to 9999
+/// @note W is one day ahead: two for Sunday, three for Monday, ... "day" for Friday; Saturday is one.
+TKKERNEL_API CString DateToString(DATE date, const char* szFormat);
+
+/// The current local time by strftime's letters, in English whatever the locale is: aAbBcdHIjmMpSUwWxXyY and %%.
+/// Others stay as they are.
+TKKERNEL_API CString GetCurDate(const char* szFormat);
+
+/// A date as an SQL literal, in at most 63 bytes: what is longer is cut.
+/// @param szText   a date's text, taken as it is; with a percent sign in it a format of GetCurDate
+/// @param bOracle  nonzero: TO_DATE with the text in quotes and the format "YYYY-MM-DD HH24:MI:SS"; 0: the text in
+/// quotes
+/// @return "" for an empty text
+/// @note Quotes inside the text are not doubled: it must not come from outside the program.
+TKKERNEL_API CString GetDateString(const char* szText, int bOracle);
+
+/// The date of a text, read by the rules of the system's language.
+/// @return 0.0 when the text is no date
+TKKERNEL_API DATE StringToDate(const char* szText);
+
+/// Universal time to the time of China, eight hours later, in place. Month, day and hour are first reduced by 13, 32
+/// and 24; when one of them is then below 1 nothing more happens, so the hour after midnight stays as it is.
+/// @param pYear  years since 2000, as a signed byte that wraps around
+/// @note Past the end of a month the day wraps but the month stays; only December goes on to January of the next year.
+///       A null pointer leaves everything as it is.
+TKKERNEL_API void GetLocalDate(char* pYear, char* pMonth, char* pDay, char* pHour);
+/// The same for the date of a text, with the full year; minute and second stay.
+/// @return the zero date when the text is no date; of the status invalid behind the year 9999
+TKKERNEL_API COleDateTime GetLocalDate(const char* szText);
+/// The same for a date.
+/// @return the zero date for a null pointer and for a date that is not valid
+TKKERNEL_API COleDateTime GetLocalDate(COleDateTime* pDate);
+
+// ---- dates and numbers: numbers ---------------------------------------------------------------------
+
+/// An integer by a format.
+/// @param szFormat  null or empty: plain digits; with a "/" the text before it for nonzero, behind it for zero; else a
+///                  format of DoubleToString
+TKKERNEL_API CString IntToString(int nValue, const char* szFormat);
+
+/// A number by a format, which is one of these:
+/// - the two names of amounts in Chinese capitals, a bracketed four-character word for "capital currency" with the
+///   numeral one or two: UpperCurrency of mode 1 or 2;
+/// - a pattern of digit places: 0 a digit, # a digit where there is one, a comma between places groups by thousands (by
+///   ten thousands where four places follow it), a point before the decimals: "#,##0.00", "000", "0.##". A percent or
+///   per mille sign right behind the places multiplies by 100 or 1000. Other characters stand for themselves; "..." and
+///   '...' quote, a backslash quotes one character. Semicolons part the patterns for positive, negative and zero
+///   numbers; an empty one is the first. Halves of the number's shortest decimal text go away from zero; what prints as
+///   zero has no minus sign. "#,##0.00;(#,##0.00);-" prints 1,234.50 and (1,234.50) and -;
+/// - a format of printf with one conversion out of d i u o x X f F e E g G, with flags, width and precision up to 512,
+///   sizes like l, ll and I64, and %% for the sign: "%.2f", "%08X", "%5.1f%%". Integer letters cut the fraction, and
+///   the bits of a negative number are those of 32 bits where it fits. Rounding is printf's, on the exact value.
+///
+/// Text around the number may be Chinese. The form is the same in every locale.
+/// @return "" for an empty or malformed format, for a number that is not finite (but UpperCurrency has a text for it)
+///         and for integer letters beyond 64 bits
+TKKERNEL_API CString DoubleToString(double nValue, const char* szFormat);
+
+/// A number's text rounded on its digits, halves away from zero: "2.345" to two decimals is 2.35.
+/// @param nDecimals  below 0 counts as 0
+/// @return the number that atof reads from the rounded digits, or from the text where it has no more decimals
+TKKERNEL_API double Round(const char* szText, int nDecimals);
+
+/// The run-time library's rand() brought into a range. It is not seeded here.
+/// @return nMinimum when nMaximum lies below it
+TKKERNEL_API int GetRandom(int nMinimum, int nMaximum);
+
+/// Inverse hyperbolic functions, as their formulas with logarithms; arguments are not checked.
+TKKERNEL_API double Arsinh(double x);
+TKKERNEL_API double Arcosh(double x);
+TKKERNEL_API double Artanh(double x);
+/// Radians to degrees, and back.
+TKKERNEL_API double DEG(double x);
+TKKERNEL_API double RAD(double x);
+
+/// A value by a format: integers and booleans (-1 is true) as IntToString, numbers with a fraction and VT_DECIMAL as
+/// DoubleToString, dates as DateToString, texts as they are.
+/// @param value  stays the caller's
+/// @return "" for currency, 131 and every other type
+TKKERNEL_API CString FormatVariant(VARIANT value, const char* szFormat);
+
+// ---- Chinese numerals, amounts and initials ---------------------------------------------------------
+
+/// One numeral out of zero to ten: the number modulo 11.
+/// @return "" for a negative number
+TKKERNEL_API CString NumberToChinese(short nNumber);
+
+/// An amount of yuan as cheques and invoices spell it, in capital numerals, rounded to two decimals as printf rounds.
+/// @param nMode  2: every place from the first group of four that is not zero, jiao and fen always, no end mark;
+///               others: the usual form, which ends in the end mark, behind jiao and fen too
+/// @return zero yuan, zero jiao, zero fen for 0 and what is not finite; a negative amount's text begins with the word
+///         for "negative". Of more than twelve whole digits the last twelve are written.
+TKKERNEL_API CString UpperCurrency(double nAmount, int nMode);
+
+/// The initials of the pinyin of a text, for search keys. Bytes below 0x80 are copied; a double-byte character gives
+/// the letter of its place in GB2312, those behind the common ones Z; those before the first ideograph, and half a
+/// character at the end, give nothing.
+/// @param nLength  bytes; the text may hold NULs. Below 1, or with a null pointer: the empty text
+/// @return the initials; a text without double-byte characters with "v" in front, so "" gives "v"
+TKKERNEL_API CString ToPyHead(const char* pText, int nLength);
+/// The same of a whole text.
+TKKERNEL_API CString ToPyHead(CString& text);

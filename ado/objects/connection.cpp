@@ -68,16 +68,11 @@ void Connection::Open(std::u16string_view text, std::u16string_view user, std::u
     if (!text.empty()) text_ = text;
     user_ = user;
     password_ = password;
-    SessionSettings settings;
-    settings.connection = Parsed();
-    settings.user = ToUtf8(user_);
-    settings.password = ToUtf8(password_);
-    settings.loginTimeoutSeconds = connectionTimeout_;
-    settings.readOnly = mode_ == kModeRead;
-    CredentialMemory::Instance().Complete(settings);
+    CredentialMemory& memory = CredentialMemory::Instance();
+    const auto settings = memory.Prepare({text_, provider_, user_, password_, connectionTimeout_, mode_ == kModeRead});
     StateChange state(state_, kStateConnecting);
-    std::shared_ptr<Session> session = Session::Open(settings);
-    CredentialMemory::Instance().Remember(session->DisplayString(), settings);
+    std::shared_ptr<Session> session = Session::Open(*settings);
+    memory.Remember(session->DisplayString(), *settings);
     {
         const std::lock_guard lock(lock_);
         session_ = std::move(session);

@@ -1,12 +1,12 @@
 #include "ado/odbc/session_cache.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <thread>
 #include <vector>
+
+#include "ado/odbc/fork.h"
 
 namespace tk::ado {
 namespace {
@@ -34,18 +34,18 @@ struct SessionCache::Impl {
     std::chrono::milliseconds limit = std::chrono::seconds(60);
     bool stop = false;
     bool isAsleep = false;  // the janitor waits without a limit
-    pid_t owner = getpid();
+    unsigned owner = ForkGeneration();
     std::thread janitor;
 
     /// In a child process: the parent's connections and thread are left alone, not closed - closing would tell the
     /// server that the parent is done with them.
     void ForgetParent() {
-        if (owner == getpid()) return;
+        if (owner == ForkGeneration()) return;
         for (Idle& each : idle)
             static_cast<void>(each.connection.release());
         idle.clear();
         if (janitor.joinable()) janitor.detach();
-        owner = getpid();
+        owner = ForkGeneration();
     }
 
     /// Closes what has been idle too long; ends when nothing is left to watch.

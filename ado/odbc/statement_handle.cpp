@@ -1,41 +1,46 @@
 #include "ado/odbc/statement_handle.h"
 
+#include <thread>
+
 namespace tk::ado {
 
 void StatementHandle::Start() noexcept {
-    const std::lock_guard lock(gate_);
-    running_ = true;
-    cancelled_ = false;
-    expired_ = false;
+    state_.store(kRunning, std::memory_order_release);
 }
 
 void StatementHandle::Finish() noexcept {
-    const std::lock_guard lock(gate_);
-    running_ = false;
+    // Whoever is inside the driver's cancel call uses the handle: its end is waited for, which is a matter of one call.
+    unsigned state = state_.load(std::memory_order_acquire);
+    while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, state & ~kRunning)) {
+        if ((state & kReaching) == 0) continue;
+        std::this_thread::yield();
+        state = state_.load(std::memory_order_acquire);
+    }
+}
+
+void StatementHandle::Reach(State reason) noexcept {
+    unsigned state = state_.load(std::memory_order_acquire);
+    do {
+        if ((state & kRunning) == 0 || (state & kReaching) != 0) return;
+    } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
+    Odbc().Cancel(Get());
+    state_.fetch_and(~static_cast<unsigned>(kReaching), std::memory_order_release);
 }
 
 void StatementHandle::CancelRunning() noexcept {
-    const std::lock_guard lock(gate_);
-    if (!running_) return;
-    cancelled_ = true;
-    Odbc().Cancel(Get());
+    Reach(kCancelled);
 }
 
 void StatementHandle::Expire() noexcept {
-    const std::lock_guard lock(gate_);
-    if (!running_) return;
-    expired_ = true;
-    Odbc().Cancel(Get());
+    Reach(kExpired);
 }
 
 bool StatementHandle::WasExpired() const noexcept {
-    const std::lock_guard lock(gate_);
-    return expired_;
+    return (state_.load(std::memory_order_acquire) & kExpired) != 0;
 }
 
 bool StatementHandle::WasCancelled() const noexcept {
-    const std::lock_guard lock(gate_);
-    return cancelled_;
+    return (state_.load(std::memory_order_acquire) & kCancelled) != 0;
 }
 
 bool StatementHandle::SetAttribute(SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER kind) noexcept {

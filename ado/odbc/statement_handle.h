@@ -2,8 +2,8 @@
 // statement.
 #pragma once
 
+#include <atomic>
 #include <memory>
-#include <mutex>
 
 #include "ado/odbc/driver_profile.h"
 #include "ado/odbc/odbc_handle.h"
@@ -59,6 +59,10 @@ public:
     [[noreturn]] void Throw(SQLRETURN result) { ThrowDiagnostics(SQL_HANDLE_STMT, Get(), result); }
 
 private:
+    // What has happened to the running call; kReaching while another thread is inside the driver's cancel call.
+    enum State : unsigned { kRunning = 1, kReaching = 2, kCancelled = 4, kExpired = 8 };
+    void Reach(State reason) noexcept;
+
     bool SetAttribute(SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER kind) noexcept;
     bool SetNumber(SQLINTEGER attribute, SQLULEN value) noexcept {
         return SetAttribute(attribute, reinterpret_cast<SQLPOINTER>(value), SQL_IS_UINTEGER);
@@ -66,10 +70,7 @@ private:
 
     OdbcStatement handle_;
     const DriverProfile& profile_;
-    mutable std::mutex gate_;
-    bool running_ = false;
-    bool cancelled_ = false;
-    bool expired_ = false;
+    std::atomic<unsigned> state_ = 0;
     LONG timeout_ = 0;
     LONG maxRows_ = 0;
     SQLULEN rowArraySize_ = 1;

@@ -39,9 +39,20 @@ static_assert(std::ranges::is_sorted(kWords, {}, &Word::text));
 
 constexpr std::size_t kLongestWord = 12;
 
+/// For each first letter, the lengths of the words above that begin with it, as bits: most words of a statement are
+/// names, and this tells them apart without a look into the table.
+constexpr auto kLengths = [] {
+    std::array<std::uint16_t, 26> lengths{};
+    for (const Word& word : kWords)
+        lengths[static_cast<std::size_t>(word.text[0] - 'a')] |= static_cast<std::uint16_t>(1u << word.text.size());
+    return lengths;
+}();
+
 std::uint16_t FlagsOf(std::string_view word) noexcept {
     if (word.size() > kLongestWord)
         return ContainsNoCase(word, "advisory") ? std::uint16_t{kTouches} : std::uint16_t{0};
+    const auto initial = static_cast<unsigned char>(LowerAscii(word[0]) - 'a');
+    if (initial >= kLengths.size() || (kLengths[initial] >> word.size() & 1) == 0) return 0;
     std::array<char, kLongestWord> lower{};
     std::ranges::transform(word, lower.begin(), LowerAscii);
     const std::string_view key(lower.data(), word.size());
@@ -49,9 +60,17 @@ std::uint16_t FlagsOf(std::string_view word) noexcept {
     return found != std::end(kWords) && found->text == key ? found->flags : std::uint16_t{0};
 }
 
+constexpr auto kIsWordLetter = [] {
+    std::array<bool, 256> is{};
+    for (unsigned letter = 0; letter < is.size(); ++letter) {
+        is[letter] = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+                     (letter >= '0' && letter <= '9') || letter == '_' || letter >= 0x80;
+    }
+    return is;
+}();
+
 constexpr bool IsWordLetter(char letter) noexcept {
-    return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') || (letter >= '0' && letter <= '9') ||
-           letter == '_' || static_cast<unsigned char>(letter) >= 0x80;
+    return kIsWordLetter[static_cast<unsigned char>(letter)];
 }
 
 /// The place after a quoted part, a comment or the single character at `at`.
@@ -97,13 +116,14 @@ StatementKind Inspect(std::string_view sql) noexcept {
         std::size_t end = at;
         while (end < sql.size() && IsWordLetter(sql[end]))
             ++end;
-        const std::uint16_t flags = FlagsOf(sql.substr(at, end - at));
+        // What follows in a statement that writes changes nothing about it, so its words are not looked up.
+        const std::uint16_t flags = (first & kWrites) != 0 ? std::uint16_t{0} : FlagsOf(sql.substr(at, end - at));
         if (ended) kind.changesSession = true;  // a second statement: anything can be in it
         if (isFirst) {
             first = flags;
             isFirst = false;
         } else if (flags != 0) {
-            if ((flags & kTouches) != 0 && (first & kWrites) == 0) kind.changesSession = true;
+            if ((flags & kTouches) != 0) kind.changesSession = true;
             if ((flags & kWrites) != 0 && sql.substr(end, 1) != "(") first = kWrites;
             if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && sql.substr(end, 1) == "(")) limited = true;
             if ((flags & kFrom) != 0) hasFrom = true;

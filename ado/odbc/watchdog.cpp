@@ -1,6 +1,6 @@
 #include "ado/odbc/watchdog.h"
 
-#include <unistd.h>
+#include <ctime>
 
 #include <atomic>
 #include <chrono>
@@ -11,15 +11,21 @@
 #include <utility>
 #include <vector>
 
+#include "ado/odbc/fork.h"
+
 namespace tk::ado {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 constexpr auto kInterval = std::chrono::milliseconds(200);
 constexpr int kQuietRounds = 25;  // five seconds without a guard: sleep until the next one
 
-std::int64_t Now() {
-    return Clock::now().time_since_epoch().count();
+constexpr std::int64_t kSecond = 1'000'000'000;
+
+// Limits are whole seconds: the clock that is read without a detour through the hardware is good enough.
+std::int64_t Now() noexcept {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return time.tv_sec * kSecond + time.tv_nsec;
 }
 
 // Deadlines below this are states of a slot.
@@ -29,16 +35,14 @@ constexpr std::int64_t kFired = 2;
 
 }  // namespace
 
-/// One place for a running call; slots are never freed, only handed on.
-struct WatchdogGuard::Slot {
+/// The place of one target; slots are never freed, only handed on.
+struct WatchSlot {
     std::atomic<std::int64_t> deadline{kIdle};
-    Expiring* target = nullptr;  // written while idle
+    Expiring* target = nullptr;  // written under the lock, while idle
 };
 
 class Watchdog {
 public:
-    using Slot = WatchdogGuard::Slot;
-
     static Watchdog& Instance() {
         // Never destroyed: calls may run while static objects end. At exit its thread ends.
         static Watchdog& instance = *new Watchdog;
@@ -49,7 +53,7 @@ public:
     }
 
     void ShutDown() {
-        if (owner_ != getpid()) {  // a child process has the object but not the thread
+        if (owner_ != ForkGeneration()) {  // a child process has the object but not the thread
             ForgetThread();
             return;
         }
@@ -61,34 +65,18 @@ public:
         if (thread_.joinable()) thread_.join();
     }
 
-    Slot* Enter(std::int64_t deadline, Expiring& target) {
-        Slot* slot = nullptr;
-        {
-            const std::lock_guard lock(mutex_);
-            if (owner_ != getpid()) {
-                ForgetThread();
-                owner_ = getpid();
-                isAsleep_ = false;
-            }
-            if (free_.empty()) {
-                slots_.emplace_back();
-                slot = &slots_.back();
-            } else {
-                slot = free_.back();
-                free_.pop_back();
-            }
-            slot->target = &target;
-            slot->deadline.store(deadline, std::memory_order_release);
-            ++active_;
-            if (!thread_.joinable() && !stop_) thread_ = std::thread([this] { Run(); });
-            if (!isAsleep_) return slot;
-            isAsleep_ = false;
+    WatchSlot* Enter(std::int64_t deadline, Expiring& target) {
+        if (target.slot_ == nullptr) target.slot_ = TakeSlot(target);
+        WatchSlot* const slot = target.slot_;
+        // Before the look at isAsleep_, as the thread sets that before its last look at the slots: one sees the other.
+        slot->deadline.store(deadline, std::memory_order_seq_cst);
+        if (isAsleep_.load(std::memory_order_seq_cst) || owner_.load(std::memory_order_relaxed) != ForkGeneration()) {
+            Wake();
         }
-        wake_.notify_one();
         return slot;
     }
 
-    void Leave(Slot* slot) {
+    static void Leave(WatchSlot* slot) noexcept {
         std::int64_t seen = slot->deadline.load(std::memory_order_acquire);
         // A cancellation under way uses the target: wait for its end, which is a matter of one call.
         while (seen != kFired && (seen == kFiring || !slot->deadline.compare_exchange_weak(seen, kIdle))) {
@@ -97,30 +85,66 @@ public:
             seen = slot->deadline.load(std::memory_order_acquire);
         }
         slot->deadline.store(kIdle, std::memory_order_relaxed);
+    }
+
+    void GiveBack(WatchSlot* slot) noexcept {
         const std::lock_guard lock(mutex_);
-        free_.push_back(slot);
-        --active_;
+        free_.push_back(slot);  // has room for every slot there is
     }
 
 private:
+    WatchSlot* TakeSlot(Expiring& target) {
+        const std::lock_guard lock(mutex_);
+        if (free_.empty()) {
+            free_.reserve(slots_.size() + 1);
+            slots_.emplace_back();
+            free_.push_back(&slots_.back());
+        }
+        WatchSlot* const slot = free_.back();
+        free_.pop_back();
+        slot->target = &target;
+        return slot;
+    }
+
+    void Wake() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (owner_ != ForkGeneration()) {
+                ForgetThread();
+                owner_ = ForkGeneration();
+            }
+            if (!thread_.joinable() && !stop_) thread_ = std::thread([this] { Run(); });
+            isAsleep_ = false;
+        }
+        wake_.notify_one();
+    }
+
     void ForgetThread() {
         if (thread_.joinable()) thread_.detach();
+    }
+
+    bool IsAnyWatched() const noexcept {
+        for (const WatchSlot& slot : slots_) {
+            if (slot.deadline.load(std::memory_order_seq_cst) != kIdle) return true;
+        }
+        return false;
     }
 
     void Run() {
         std::unique_lock lock(mutex_);
         int quiet = 0;
         while (!stop_) {
-            quiet = active_ == 0 ? quiet + 1 : 0;
+            quiet = IsAnyWatched() ? 0 : quiet + 1;
             if (quiet > kQuietRounds) {
-                isAsleep_ = true;
-                wake_.wait(lock, [this] { return stop_ || !isAsleep_; });
+                isAsleep_.store(true, std::memory_order_seq_cst);
+                if (!IsAnyWatched()) wake_.wait(lock, [this] { return stop_ || !isAsleep_; });
+                isAsleep_ = false;
                 quiet = 0;
             } else {
                 wake_.wait_for(lock, kInterval, [this] { return stop_; });
             }
             for (std::size_t i = 0; i < slots_.size() && !stop_; ++i) {
-                Slot& slot = slots_[i];
+                WatchSlot& slot = slots_[i];
                 std::int64_t deadline = slot.deadline.load(std::memory_order_acquire);
                 if (deadline <= kFired || deadline > Now()) continue;
                 if (!slot.deadline.compare_exchange_strong(deadline, kFiring)) continue;
@@ -135,22 +159,25 @@ private:
 
     std::mutex mutex_;
     std::condition_variable wake_;
-    std::deque<Slot> slots_;
-    std::vector<Slot*> free_;
-    std::size_t active_ = 0;
-    bool isAsleep_ = false;
+    std::deque<WatchSlot> slots_;
+    std::vector<WatchSlot*> free_;
+    std::atomic<bool> isAsleep_ = true;  // or not begun
     bool stop_ = false;
-    pid_t owner_ = getpid();
+    std::atomic<unsigned> owner_ = ForkGeneration();
     std::thread thread_;
 };
 
+Expiring::~Expiring() {
+    if (slot_ != nullptr) Watchdog::Instance().GiveBack(slot_);
+}
+
 WatchdogGuard::WatchdogGuard(LONG seconds, Expiring& target) {
     if (seconds <= 0) return;
-    slot_ = Watchdog::Instance().Enter(Now() + std::chrono::nanoseconds(std::chrono::seconds(seconds)).count(), target);
+    slot_ = Watchdog::Instance().Enter(Now() + seconds * kSecond, target);
 }
 
 void WatchdogGuard::Finish() noexcept {
-    if (slot_ != nullptr) Watchdog::Instance().Leave(std::exchange(slot_, nullptr));
+    if (slot_ != nullptr) Watchdog::Leave(std::exchange(slot_, nullptr));
 }
 
 }  // namespace tk::ado

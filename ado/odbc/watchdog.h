@@ -4,8 +4,8 @@
 //   result = odbc.ExecDirect(...);
 //   guard.Finish();
 //
-// Entering and leaving cost no system call: the thread looks at the guards five times a second while there are any, so
-// a limit is kept to within a fifth of a second.
+// Entering and leaving cost neither a lock nor a system call: the thread looks at the guards five times a second while
+// there are any, so a limit is kept to within a fifth of a second.
 #pragma once
 
 #include <windows.h>
@@ -14,14 +14,25 @@
 
 namespace tk::ado {
 
-/// What a guard can end.
+struct WatchSlot;
+
+/// What a guard can end; under one guard at a time.
 class Expiring {
 public:
+    Expiring() = default;
+    Expiring(const Expiring&) = delete;
+    Expiring& operator=(const Expiring&) = delete;
+
     /// Called on the watchdog's thread when the time is over.
     virtual void Expire() noexcept = 0;
 
 protected:
-    ~Expiring() = default;
+    ~Expiring();
+
+private:
+    friend class Watchdog;
+    friend class WatchdogGuard;
+    WatchSlot* slot_ = nullptr;  // from its first guard on
 };
 
 class WatchdogGuard {
@@ -37,9 +48,7 @@ public:
     void Finish() noexcept;
 
 private:
-    struct Slot;
-    friend class Watchdog;
-    Slot* slot_ = nullptr;
+    WatchSlot* slot_ = nullptr;
 };
 
 }  // namespace tk::ado

@@ -1,7 +1,5 @@
 #include "ado/rowset/fetch_pool.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
@@ -10,6 +8,8 @@
 #include <system_error>
 #include <thread>
 #include <vector>
+
+#include "ado/odbc/fork.h"
 
 namespace tk::ado {
 namespace {
@@ -29,12 +29,12 @@ struct FetchPool::Impl {
     std::size_t threads = 0;
     std::size_t idle = 0;
     bool stop = false;
-    pid_t owner = getpid();
+    unsigned owner = ForkGeneration();
 
     /// A child process has none of the threads.
     void ForgetParent() {
-        if (owner == getpid()) return;
-        owner = getpid();
+        if (owner == ForkGeneration()) return;
+        owner = ForkGeneration();
         threads = idle = 0;
         waiting.clear();
         running.clear();

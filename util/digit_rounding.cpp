@@ -44,12 +44,12 @@ double ReadNumber(std::string_view text) {
     text = WithoutLeadingBlanks(text);
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) text.remove_prefix(1);
+    if (text.empty() || !(IsDecimalDigit(text[0]) || text[0] == '.')) return 0;
     double number = 0;
-    if (!text.empty() && (IsDecimalDigit(text[0]) || text[0] == '.')) {
-        const auto outcome = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (outcome.ec == std::errc::result_out_of_range) {
-            number = IsHuge({text.data(), outcome.ptr}) ? HUGE_VAL : 0.0;
-        }
+    const auto outcome = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (outcome.ec == std::errc::invalid_argument) return 0;
+    if (outcome.ec == std::errc::result_out_of_range) {
+        number = IsHuge({text.data(), outcome.ptr}) ? HUGE_VAL : 0.0;
     }
     return negative ? -number : number;
 }

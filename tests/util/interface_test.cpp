@@ -81,6 +81,27 @@ TEST(Interface, DeclaresTextsAndValues) {
     Declared<int(void*)>(&GetMemoryLength);
     Declared<int(const char*)>(&StrLen);
     Declared<int(const OLECHAR*)>(&WStrLen);
+    Declared<CString(DATE, const char*)>(&DateToString);
+    Declared<CString(const char*)>(&GetCurDate);
+    Declared<CString(const char*, int)>(&GetDateString);
+    Declared<DATE(const char*)>(&StringToDate);
+    Declared<void(char*, char*, char*, char*)>(&GetLocalDate);
+    Declared<COleDateTime(const char*)>(&GetLocalDate);
+    Declared<COleDateTime(COleDateTime*)>(&GetLocalDate);
+    Declared<CString(int, const char*)>(&IntToString);
+    Declared<CString(double, const char*)>(&DoubleToString);
+    Declared<double(const char*, int)>(&Round);
+    Declared<int(int, int)>(&GetRandom);
+    Declared<double(double)>(&Arsinh);
+    Declared<double(double)>(&Arcosh);
+    Declared<double(double)>(&Artanh);
+    Declared<double(double)>(&DEG);
+    Declared<double(double)>(&RAD);
+    Declared<CString(VARIANT, const char*)>(&FormatVariant);
+    Declared<CString(short)>(&NumberToChinese);
+    Declared<CString(double, int)>(&UpperCurrency);
+    Declared<CString(const char*, int)>(&ToPyHead);
+    Declared<CString(CString&)>(&ToPyHead);
 }
 
 TEST(Interface, DeclaresComAndSystem) {

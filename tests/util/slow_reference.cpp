@@ -23,6 +23,39 @@ std::string TrimZeros(const std::string& text) {
     return isZero(rest) ? "" : rest;
 }
 
+double RoundDigits(std::string text, int decimals) {
+    const std::size_t point = text.find('.');
+    if (point == std::string::npos) return std::atof(text.c_str());
+    const std::string unchanged = text;
+    const bool minus = text[0] == '-';
+    if (minus || text[0] == '+') text[0] = '0';
+    const std::size_t dropped = point + 1 + static_cast<std::size_t>(decimals);
+    if (dropped >= text.size() || text[dropped] < '0' || text[dropped] > '9') return std::atof(unchanged.c_str());
+    const bool up = text[dropped] >= '5';
+    for (std::size_t i = dropped; i < text.size(); ++i)
+        text[i] = '0';
+    if (up) {
+        std::size_t at = dropped - 1;
+        for (;;) {
+            if (text[at] != '.') {
+                if (text[at] < '0' || text[at] > '9') break;
+                if (text[at] != '9') {
+                    ++text[at];
+                    break;
+                }
+                text[at] = '0';
+            }
+            if (at == 0) {
+                text.insert(text.begin(), '1');
+                break;
+            }
+            --at;
+        }
+    }
+    const double value = std::atof(text.c_str());
+    return minus ? -value : value;
+}
+
 double RoundCurrencyText(long long units) {
     // Four decimals, or fewer when they are zeros, as the platform prints an amount.
     const bool below = units < 0;
@@ -35,34 +68,7 @@ double RoundCurrencyText(long long units) {
         text.pop_back();
     if (text.back() == '.') text.pop_back();
 
-    const std::size_t point = text.find('.');
-    if (point == std::string::npos) return std::atof(text.c_str());
-    const std::size_t minus = text.find('-');
-    if (minus != std::string::npos) text[minus] = '0';
-    if (text.size() > point + 3) {
-        const bool up = text[point + 3] >= '5';
-        for (std::size_t i = point + 3; i < text.size(); ++i)
-            text[i] = '0';
-        if (up) {
-            std::size_t at = point + 2;
-            for (;;) {
-                if (text[at] != '.') {
-                    if (text[at] != '9') {
-                        ++text[at];
-                        break;
-                    }
-                    text[at] = '0';
-                }
-                if (at == 0) {
-                    text.insert(text.begin(), '1');
-                    break;
-                }
-                --at;
-            }
-        }
-    }
-    const double value = std::atof(text.c_str());
-    return minus != std::string::npos ? -value : value;
+    return RoundDigits(text, 2);
 }
 
 std::vector<std::string> Split(const std::string& text, const std::string& separator) {

@@ -13,6 +13,9 @@ std::string TwelvePointTwo(double value);
 /// Trailing zeros of a number's text cut, digit by digit.
 std::string TrimZeros(const std::string& text);
 
+/// A number's text rounded on its digits and read by the C library.
+double RoundDigits(std::string text, int decimals);
+
 /// A currency amount in ten-thousandths, printed, rounded on its digits and read again.
 double RoundCurrencyText(long long units);
 

@@ -1,5 +1,7 @@
 #include "afx/string_format.h"
 
+#include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -98,6 +100,12 @@ void AppendUnsigned(CString& target, const Conversion& conversion, Arguments& ar
             arguments, conversion.size);
     const char letter = conversion.letter;
     const int base = letter == 'u' ? 10 : letter == 'o' ? 8 : 16;
+    if (conversion.alternative && base == 8 && conversion.precision >= 0) {
+        // The other form of octal asks for a leading zero, not for a prefix: the precision may bring it already.
+        Conversion widened = conversion;
+        widened.precision = std::max(conversion.precision, (static_cast<int>(std::bit_width(value)) + 2) / 3 + 1);
+        return AppendDigits(target, widened, value, base, "", false);
+    }
     const char* prefix = "";
     if (conversion.alternative && value != 0)
         prefix = letter == 'x' ? "0x" : letter == 'X' ? "0X" : base == 8 ? "0" : "";

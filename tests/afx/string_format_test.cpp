@@ -76,6 +76,10 @@ TEST(StringFormat, PrintsIntegers) {
     EXPECT_STREQ(Formatted("%x %X %#x %#X %o %#o %#x", 255, 255, 255, 255, 8, 8, 0), "ff FF 0xff 0XFF 10 010 0");
     EXPECT_STREQ(Formatted("0x%08X", 0x80004005u), "0x80004005");
     EXPECT_STREQ(Formatted("%#010x", 255), "0x000000ff");
+    EXPECT_STREQ(Formatted("%#.4o", 8u), "0010");  // the zeros of the precision are enough
+    EXPECT_STREQ(Formatted("%#.2o", 8u), "010");
+    EXPECT_STREQ(Formatted("%#.0o", 0u), "0");
+    EXPECT_STREQ(Formatted("%#o %#o", 0u, 8u), "0 010");
     EXPECT_STREQ(Formatted("%hd %hhd %hu %hhu", 65535, 255, 65537, 257), "-1 -1 1 1");
     EXPECT_STREQ(Formatted("%ld %lu", LONG_MIN, ULONG_MAX),
                  sizeof(long) == 8 ? "-9223372036854775808 18446744073709551615" : "-2147483648 4294967295");

@@ -8,7 +8,7 @@
 add_library(tk_options INTERFACE)
 target_compile_options(tk_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wno-sign-conversion -Wcast-qual -Wformat=2 -Wno-format-nonliteral
-    $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-warning-option>)
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-unknown-warning-option$<SEMICOLON>-Wno-nested-anon-types>)
 if(TK_WARNINGS_AS_ERRORS)
     target_compile_options(tk_options INTERFACE -Werror)
 endif()

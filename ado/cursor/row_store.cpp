@@ -48,11 +48,24 @@ void RowStore::ReadUnderlying(std::size_t row, std::size_t column, VARIANT& valu
     place.set->Read(place.row, place.column, value);
 }
 
+Cell RowStore::UnderlyingAt(std::size_t row, std::size_t column) const {
+    const State* state = Find(row);
+    const Place place = state == nullptr ? Place{fetched_.get(), row, column} : state->underlying[column];
+    return place.set->At(place.row, place.column);
+}
+
+bool RowStore::WasGiven(std::size_t row, std::size_t column) const {
+    const State* state = Find(row);
+    return state != nullptr && column < state->given.size() && state->given[column];
+}
+
 void RowStore::Change(std::size_t row, const std::vector<std::optional<Value>>& values, LONG status) {
     const std::size_t kept = Keep(values);
     State& state = Touch(row);
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (values[i]) state.current[i] = {written_.get(), kept, i};
+        if (!values[i]) continue;
+        state.current[i] = {written_.get(), kept, i};
+        if (i < state.given.size()) state.given[i] = true;
     }
     state.status = status;
 }
@@ -85,8 +98,10 @@ std::size_t RowStore::Add(const std::vector<std::optional<Value>>& values, LONG 
     const std::size_t kept = Keep(values);
     const std::size_t row = fetchedRows_ + added_;
     State state;
-    for (std::size_t i = 0; i < values.size(); ++i)
+    for (std::size_t i = 0; i < values.size(); ++i) {
         state.current.push_back({written_.get(), kept, i});
+        state.given.push_back(values[i].has_value());
+    }
     state.original = state.underlying = state.current;
     state.status = status;
     states_.emplace(row, std::move(state));

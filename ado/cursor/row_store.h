@@ -7,6 +7,12 @@
 // are never touched: a changed row is kept a second time, as a row of a set of the same columns, so every reader of
 // cells works on both.
 //
+// Pending changes are the rows of PendingRows(), each with kStatusPending and one more bit in its Status:
+//   kStatusNew       added by Add; its values are the current ones, and only those that WasGiven go into an INSERT
+//   kStatusModified  changed by Change; the current values beside the original ones
+//   kStatusDeleted   deleted by Delete; still readable by ReadOriginal
+// The same three members make a pending change again, for rows that come from a file.
+//
 // Threads: one caller at a time, the clones and views that share the store included.
 #pragma once
 
@@ -39,9 +45,9 @@ enum RecordStatus : LONG {
     kStatusGone = 0x40000,
 };
 
-/// The bits that say why a pending change was refused.
-inline constexpr LONG kStatusFailures =
-    kStatusMultipleChanges | kStatusConflict | kStatusIntegrity | kStatusPermission | kStatusSchema | kStatusGone;
+/// The bits that say why a change was refused; kStatusCanceled where no other bit fits, or because of another row.
+inline constexpr LONG kStatusFailures = kStatusMultipleChanges | kStatusCanceled | kStatusConflict | kStatusIntegrity |
+                                        kStatusPermission | kStatusSchema | kStatusGone;
 
 class RowStore {
 public:
@@ -101,8 +107,13 @@ public:
     void ReadOriginal(std::size_t row, std::size_t column, VARIANT& value) const;
     Cell OriginalAt(std::size_t row, std::size_t column) const;
 
-    /// What the last Resync of underlying values found; the original value before the first one.
+    /// What the last Resync of underlying values found; the original value before the first one. A change that is sent
+    /// is checked against it: who has looked at the conflict may send the change again.
     void ReadUnderlying(std::size_t row, std::size_t column, VARIANT& value) const;
+    Cell UnderlyingAt(std::size_t row, std::size_t column) const;
+
+    /// Of a row that was added: whether the column was set, if only to NULL.
+    bool WasGiven(std::size_t row, std::size_t column) const;
 
     /// New current values where there is one; the others stay as they were read, to the last digit. The original values
     /// stay all.
@@ -136,6 +147,10 @@ public:
     const std::vector<std::size_t>& AffectedRows() const noexcept { return affected_; }
     void SetAffected(std::vector<std::size_t> rows) { affected_ = std::move(rows); }
 
+    /// The columns that the database changes with every change of a row, once somebody has asked for them.
+    const std::optional<std::vector<std::size_t>>& RowVersions() const noexcept { return rowVersions_; }
+    void SetRowVersions(std::vector<std::size_t> columns) { rowVersions_ = std::move(columns); }
+
 private:
     /// Where one value is kept.
     struct Place {
@@ -148,6 +163,7 @@ private:
         std::vector<Place> current;
         std::vector<Place> original;
         std::vector<Place> underlying;
+        std::vector<bool> given;  // of an added row, for every column
         LONG status = kStatusUnmodified;
         bool deleted = false;
     };
@@ -175,6 +191,7 @@ private:
     std::uint64_t restorations_ = 0;
     std::unordered_map<std::size_t, State> states_;
     std::vector<std::size_t> affected_;
+    std::optional<std::vector<std::size_t>> rowVersions_;
 };
 
 }  // namespace tk::ado

@@ -4,6 +4,7 @@
 
 #include "ado/cursor/columns.h"
 #include "ado/cursor/messages.h"
+#include "ado/cursor/row_transaction.h"
 #include "ado/cursor/text.h"
 
 namespace tk::ado {
@@ -19,30 +20,6 @@ constexpr unsigned kUsedInStatements = 1;
 bool IsInexact(const Column& column) noexcept {
     return column.kind == CellKind::Real32 || column.kind == CellKind::Real64;
 }
-
-/// Takes back what was done unless it is kept.
-class StatementTransaction {
-public:
-    StatementTransaction(Session& session, LONG isolation) : session_(session), own_(!session.InTransaction()) {
-        if (own_) session_.Begin(isolation);
-    }
-    ~StatementTransaction() {
-        if (!own_) return;
-        try {
-            session_.Rollback();
-        } catch (const AdoError&) {
-            // The failure that led here is the one to be reported.
-        }
-    }
-    void Keep() {
-        if (own_) session_.Commit();
-        own_ = false;
-    }
-
-private:
-    Session& session_;
-    bool own_;
-};
 
 }  // namespace
 
@@ -62,16 +39,17 @@ LONG FailureStatus(const AdoError& error) noexcept {
     } kRows[] = {
         {kConcurrencyViolation, kStatusConflict}, {kIntegrityViolation, kStatusIntegrity},
         {kPermissionDenied, kStatusPermission},   {kNoTable, kStatusSchema},
-        {kErrorsInCommand, kStatusSchema},        {kErrorsOccurred, kStatusMultipleChanges},
+        {kErrorsInCommand, kStatusSchema},        {kCantConvertValue, kStatusSchema},
+        {kDataOverflow, kStatusSchema},           {kErrorsOccurred, kStatusMultipleChanges},
     };
     for (const auto& row : kRows) {
         if (row.code == error.Code()) return row.status;
     }
-    return 0;
+    return kStatusCanceled;
 }
 
-RowWriter::RowWriter(std::shared_ptr<Session> session, RowStore& rows, const WriteRules& rules)
-    : session_(std::move(session)), rows_(rows), rules_(rules) {
+RowWriter::RowWriter(std::shared_ptr<Session> session, RowStore& rows, const WriteRules& rules, bool manyRows)
+    : session_(std::move(session)), rows_(rows), rules_(rules), manyRows_(manyRows) {
     rows_.Fetched().DescribeOrigins();
 }
 
@@ -103,28 +81,39 @@ bool RowWriter::Belongs(const Column& column, const Table& table) const {
            column.baseSchema == table.schema && column.baseCatalog == table.catalog;
 }
 
-RowWriter::Table RowWriter::ChooseTable(const Values* changed) const {
+bool RowWriter::IsUnique(const Column& column) const {
+    return SameName(ToUtf16(column.baseTable), ToUtf16(rules_.uniqueTable)) &&
+           (rules_.uniqueSchema.empty() || column.baseSchema == rules_.uniqueSchema) &&
+           (rules_.uniqueCatalog.empty() || column.baseCatalog == rules_.uniqueCatalog);
+}
+
+std::vector<RowWriter::Table> RowWriter::TablesOf(const Values& changed) const {
     const std::vector<Column>& columns = rows_.Columns();
-    std::optional<Table> chosen;
+    std::vector<Table> tables;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         const Column& column = columns[i];
-        const bool counts = changed == nullptr ? !column.baseTable.empty() : (*changed)[i].has_value();
-        if (!rules_.uniqueTable.empty()) {
-            if (SameName(ToUtf16(column.baseTable), ToUtf16(rules_.uniqueTable)) &&
-                (rules_.uniqueSchema.empty() || column.baseSchema == rules_.uniqueSchema) &&
-                (rules_.uniqueCatalog.empty() || column.baseCatalog == rules_.uniqueCatalog)) {
-                return {column.baseCatalog, column.baseSchema, column.baseTable};
-            }
-            continue;
+        if (!changed[i]) continue;
+        const bool isKnown = !column.baseTable.empty() && !column.baseColumn.empty();
+        if (!isKnown || (!rules_.uniqueTable.empty() && !IsUnique(column))) {
+            throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
         }
-        if (!counts) continue;
-        if (chosen && !Belongs(column, *chosen)) {
-            chosen.reset();
-            break;
-        }
+        const bool isNew = std::ranges::none_of(tables, [&](const Table& table) { return Belongs(column, table); });
+        if (isNew) tables.push_back({column.baseCatalog, column.baseSchema, column.baseTable});
+    }
+    return tables;
+}
+
+RowWriter::Table RowWriter::OnlyTable() const {
+    std::optional<Table> chosen;
+    for (const Column& column : rows_.Columns()) {
+        if (column.baseTable.empty() || (!rules_.uniqueTable.empty() && !IsUnique(column))) continue;
+        const bool isSame = chosen && column.baseTable == chosen->name && column.baseSchema == chosen->schema &&
+                            column.baseCatalog == chosen->catalog;
+        // Which of several tables is meant is not to be guessed.
+        if (chosen && !isSame) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
         chosen = Table{column.baseCatalog, column.baseSchema, column.baseTable};
     }
-    if (!chosen || chosen->name.empty()) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
+    if (!chosen) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
     return *chosen;
 }
 
@@ -138,116 +127,185 @@ std::vector<std::size_t> RowWriter::KeyOf(const Table& table) const {
     return key;
 }
 
-bool RowWriter::IsCompared(std::size_t index, const Values* changed) const {
-    const Column& column = rows_.Columns()[index];
-    if (IsInexact(column) || (column.attributes & kFieldLong) != 0 || column.kind == CellKind::Bytes) return false;
-    switch (rules_.updateCriteria) {
-        case kCriteriaAllColumns:
-            return true;
-        case kCriteriaUpdatedColumns:
-            return changed != nullptr && (*changed)[index].has_value();
-        case kCriteriaTimeStamp:
-            return (column.attributes & 0x200) != 0;  // a row version
-        default:
-            return false;
+const std::vector<std::size_t>& RowWriter::RowVersions() const {
+    if (rows_.RowVersions()) return *rows_.RowVersions();
+    std::vector<std::size_t> found;
+    const std::vector<Column>& columns = rows_.Columns();
+    std::vector<Table> asked;
+    for (const Column& of : columns) {
+        if (of.baseTable.empty() || std::ranges::any_of(asked, [&](const Table& table) { return Belongs(of, table); }))
+            continue;
+        const Table& table = asked.emplace_back(Table{of.baseCatalog, of.baseSchema, of.baseTable});
+        CatalogCall call;
+        call.function = CatalogCall::Function::RowVersions;
+        call.catalog = table.catalog;
+        call.schema = table.schema;
+        call.table = table.name;
+        try {
+            auto list = RowSet::Fetch(session_->Catalog(call, ExecuteOptions{rules_.timeoutSeconds, 0}), session_, {});
+            for (std::size_t row = 0; row < list->CountRows(); ++row) {
+                const auto name = list->TextAt(row, 1);
+                for (std::size_t i = 0; name && i < columns.size(); ++i) {
+                    if (Belongs(columns[i], table) && columns[i].baseColumn == *name) found.push_back(i);
+                }
+            }
+        } catch (const AdoError&) {
+            // A driver without this function knows no such columns.
+        }
     }
+    rows_.SetRowVersions(std::move(found));
+    return *rows_.RowVersions();
 }
 
-void RowWriter::AddConditions(Text& text, const Table& table, std::size_t row, const Values* changed) {
+LONG RowWriter::CriteriaFor(const Table& table) const {
+    if (rules_.updateCriteria != kCriteriaTimeStamp) return rules_.updateCriteria;
+    const std::vector<Column>& columns = rows_.Columns();
+    const bool hasVersion =
+        std::ranges::any_of(RowVersions(), [&](std::size_t i) { return Belongs(columns[i], table); });
+    // Without a row version in the result nothing but all columns tells that the row is as it was.
+    return hasVersion ? static_cast<LONG>(kCriteriaTimeStamp) : static_cast<LONG>(kCriteriaAllColumns);
+}
+
+bool RowWriter::IsCompared(std::size_t index, LONG criteria, const Values* changed) const {
+    const Column& column = rows_.Columns()[index];
+    if (criteria == kCriteriaTimeStamp) return std::ranges::find(RowVersions(), index) != RowVersions().end();
+    if (IsInexact(column) || (column.attributes & kFieldLong) != 0 || column.kind == CellKind::Bytes) return false;
+    if (criteria == kCriteriaAllColumns) return true;
+    return criteria == kCriteriaUpdatedColumns && changed != nullptr && (*changed)[index].has_value();
+}
+
+void RowWriter::AddConditions(Text& text, const Table& table, std::size_t row, const Values* changed) const {
     const std::vector<Column>& columns = rows_.Columns();
     const std::vector<std::size_t> key = KeyOf(table);
+    const LONG criteria = CriteriaFor(table);
     const char* joint = " WHERE ";
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!Belongs(columns[i], table)) continue;
-        if (std::ranges::find(key, i) == key.end() && !IsCompared(i, changed)) continue;
-        const Cell original = rows_.OriginalAt(row, i);
+        const bool isKey = std::ranges::find(key, i) != key.end();
+        if (!isKey && !IsCompared(i, criteria, changed)) continue;
+        const Cell known = isKey ? rows_.OriginalAt(row, i) : rows_.UnderlyingAt(row, i);
         text.sql += joint + Quoted(columns[i].baseColumn);
-        if (original.form == Cell::Form::Null) {
+        if (known.form == Cell::Form::Null) {
             text.sql += " IS NULL";
         } else {
             text.sql += " = ?";
-            text.Add(original, columns[i]);
+            text.Add(known, columns[i]);
         }
         joint = " AND ";
     }
 }
 
-void RowWriter::RunForOneRow(const Text& text) {
-    StatementTransaction transaction(*session_, rules_.isolation);
-    const Statement done = session_->Execute(text.sql, std::span<const Parameter>(text.parameters),
-                                             ExecuteOptions{rules_.timeoutSeconds, 0});
-    const LONG affected = done.RowsAffected();
+Statement RowWriter::Run(const Text& text) const {
+    return session_->Execute(text.sql, std::span<const Parameter>(text.parameters),
+                             ExecuteOptions{rules_.timeoutSeconds, 0, manyRows_});
+}
+
+void RowWriter::RunForOneRow(const Text& text) const {
+    const LONG affected = Run(text).RowsAffected();
     if (affected == 0) throw ProviderFailure(kConcurrencyViolation, kTextConcurrency, kCursorSource);
     if (affected > 1) throw ProviderFailure(kErrorsOccurred, kTextTooManyRows, kCursorSource);
-    transaction.Keep();
 }
 
 void RowWriter::Update(std::size_t row, const Values& changed) {
-    if (std::ranges::none_of(changed, [](const auto& value) { return value.has_value(); })) return;
-    const Table table = ChooseTable(&changed);
+    const std::vector<Table> tables = TablesOf(changed);
+    if (tables.empty()) return;
     const std::vector<Column>& columns = rows_.Columns();
-    Text text{"UPDATE " + NameOf(table) + " SET ", {}};
-    const char* joint = "";
-    for (std::size_t i = 0; i < changed.size(); ++i) {
-        if (!changed[i]) continue;
-        if (!Belongs(columns[i], table)) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
-        text.sql += joint + Quoted(columns[i].baseColumn) + " = ?";
-        text.Add(*changed[i], columns[i]);
-        joint = ", ";
+    std::vector<Text> texts;
+    for (const Table& table : tables) {
+        Text& text = texts.emplace_back(Text{"UPDATE " + NameOf(table) + " SET ", {}});
+        const char* joint = "";
+        for (std::size_t i = 0; i < changed.size(); ++i) {
+            if (!changed[i] || !Belongs(columns[i], table)) continue;
+            text.sql += joint + Quoted(columns[i].baseColumn) + " = ?";
+            text.Add(*changed[i], columns[i]);
+            joint = ", ";
+        }
+        AddConditions(text, table, row, &changed);
     }
-    AddConditions(text, table, row, &changed);
-    RunForOneRow(text);
+    RowTransaction transaction(*session_, rules_.isolation);
+    for (const Text& text : texts)
+        RunForOneRow(text);
+    transaction.Keep();
 }
 
 void RowWriter::Delete(std::size_t row) {
-    const Table table = ChooseTable(nullptr);
+    const Table table = OnlyTable();
     Text text{"DELETE FROM " + NameOf(table), {}};
     AddConditions(text, table, row, nullptr);
+    RowTransaction transaction(*session_, rules_.isolation);
     RunForOneRow(text);
+    transaction.Keep();
 }
 
 RowWriter::Values RowWriter::Insert(const Values& given) {
-    const bool isEmpty = std::ranges::none_of(given, [](const auto& value) { return value.has_value(); });
-    const Table table = ChooseTable(isEmpty ? nullptr : &given);
-    const std::vector<Column>& columns = rows_.Columns();
-    Text text{"INSERT INTO " + NameOf(table), {}};
-    if (isEmpty) {
-        text.sql += " DEFAULT VALUES";
-    } else {
-        std::string names;
-        std::string marks;
-        for (std::size_t i = 0; i < given.size(); ++i) {
-            if (!given[i]) continue;
-            if (!Belongs(columns[i], table)) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
-            names += (names.empty() ? "" : ", ") + Quoted(columns[i].baseColumn);
-            marks += marks.empty() ? "?" : ", ?";
-            text.Add(*given[i], columns[i]);
-        }
-        text.sql += " (" + names + ") VALUES (" + marks + ")";
-    }
-    session_->Execute(text.sql, std::span<const Parameter>(text.parameters), ExecuteOptions{rules_.timeoutSeconds, 0});
+    std::vector<Table> tables = TablesOf(given);
+    if (tables.empty()) tables.push_back(OnlyTable());
     Values known = given;
-    if ((rules_.updateResync & (kResyncAutoIncrement | kResyncInserts)) != 0) ReadIdentity(table, known);
+    if (tables.size() == 1) {
+        InsertInto(tables.front(), given, known);
+        return known;
+    }
+    RowTransaction transaction(*session_, rules_.isolation);
+    for (const Table& table : tables)
+        InsertInto(table, given, known);
+    transaction.Keep();
     return known;
 }
 
-void RowWriter::ReadIdentity(const Table& table, Values& values) {
-    const char* const query = session_->Profile().identityQuery;
-    if (query == nullptr) return;
+void RowWriter::InsertInto(const Table& table, const Values& given, Values& known) const {
     const std::vector<Column>& columns = rows_.Columns();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        if (!columns[i].isAutoIncrement || values[i] || !Belongs(columns[i], table)) continue;
-        auto answer = RowSet::Fetch(session_->Execute(query, ExecuteOptions{rules_.timeoutSeconds, 0}), session_, {});
-        if (!answer->HasRow(0)) return;
-        Value number;
-        answer->Read(0, 0, *number.Out());
-        values[i] = ConvertForColumn(number.Get(), columns[i]);
-        return;
+    const DriverProfile& profile = session_->Profile();
+    Text text;
+    std::string names;
+    std::string marks;
+    std::vector<std::size_t> made;  // what the table itself gives the row
+    const bool isAsked = (rules_.updateResync & (kResyncAutoIncrement | kResyncInserts)) != 0;
+    for (std::size_t i = 0; i < given.size(); ++i) {
+        if (!Belongs(columns[i], table)) continue;
+        if (!given[i]) {
+            const bool isMade = columns[i].isAutoIncrement || (columns[i].isKey && profile.hasReturning);
+            if (isAsked && isMade) made.push_back(i);
+            continue;
+        }
+        names += (names.empty() ? "" : ", ") + Quoted(columns[i].baseColumn);
+        marks += marks.empty() ? "?" : ", ?";
+        text.Add(*given[i], columns[i]);
+    }
+    text.sql = "INSERT INTO " + NameOf(table) + " ";
+    text.sql += names.empty() ? profile.emptyInsert : "(" + names + ") VALUES (" + marks + ")";
+    if (made.empty()) {
+        Run(text);
+    } else if (profile.hasReturning) {
+        const char* joint = " RETURNING ";
+        for (const std::size_t i : made)
+            text.sql += std::exchange(joint, ", ") + Quoted(columns[i].baseColumn);
+        TakeFirstRow(Run(text), made, known);
+    } else {
+        Run(text);
+        if (profile.identityQuery == nullptr) return;
+        const ExecuteOptions options{rules_.timeoutSeconds, 0, manyRows_};
+        TakeFirstRow(session_->Execute(profile.identityQuery, options), std::span(made).first(1), known);
     }
 }
 
+void RowWriter::TakeFirstRow(Statement statement, std::span<const std::size_t> columns, Values& values) const {
+    const auto answer = RowSet::Fetch(std::move(statement), session_, {});
+    if (!answer->HasRow(0)) return;
+    for (std::size_t i = 0; i < columns.size() && i < answer->Columns().size(); ++i) {
+        Value value;
+        answer->Read(0, i, *value.Out());
+        values[columns[i]] = ConvertForColumn(value.Get(), rows_.Columns()[columns[i]]);
+    }
+}
+
+bool RowWriter::IsRereadAfterUpdate() const noexcept {
+    // The database has given the row another version with the change.
+    return (rules_.updateResync & kResyncUpdates) != 0 || rules_.updateCriteria == kCriteriaTimeStamp;
+}
+
 bool RowWriter::Reread(std::size_t row, bool underlyingOnly) {
-    const Table table = ChooseTable(nullptr);
+    if (!rules_.resyncCommand.empty()) return RereadByCommand(row, underlyingOnly);
+    const Table table = OnlyTable();
     const std::vector<Column>& columns = rows_.Columns();
     std::vector<std::size_t> chosen;
     std::string names;
@@ -259,14 +317,29 @@ bool RowWriter::Reread(std::size_t row, bool underlyingOnly) {
     Text text{"SELECT " + names + " FROM " + NameOf(table), {}};
     const char* joint = " WHERE ";
     for (const std::size_t i : KeyOf(table)) {
-        text.sql += joint + Quoted(columns[i].baseColumn) + " = ?";
-        text.Add(rows_.OriginalAt(row, i), columns[i]);
-        joint = " AND ";
+        const Cell key = rows_.OriginalAt(row, i);
+        if (key.form == Cell::Form::Null) return false;
+        text.sql += std::exchange(joint, " AND ") + Quoted(columns[i].baseColumn) + " = ?";
+        text.Add(key, columns[i]);
     }
-    auto read = RowSet::Fetch(session_->Execute(text.sql, std::span<const Parameter>(text.parameters),
-                                                ExecuteOptions{rules_.timeoutSeconds, 0}),
-                              session_, {});
+    auto read = RowSet::Fetch(Run(text), session_, {});
     if (!read->HasRow(0)) return false;
+    rows_.Refresh(row, std::move(read), chosen, underlyingOnly);
+    return true;
+}
+
+bool RowWriter::RereadByCommand(std::size_t row, bool underlyingOnly) {
+    const std::vector<Column>& columns = rows_.Columns();
+    Text text{rules_.resyncCommand, {}};
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (columns[i].isKey) text.Add(rows_.OriginalAt(row, i), columns[i]);
+    }
+    auto read = RowSet::Fetch(Run(text), session_, {});
+    if (!read->HasRow(0)) return false;
+    // Its columns are those of the result, in their order.
+    if (read->Columns().size() != columns.size()) throw AdoError(ErrorNumber::InvalidArgument);
+    std::vector<std::size_t> chosen(columns.size());
+    std::ranges::generate(chosen, [next = std::size_t{0}]() mutable { return next++; });
     rows_.Refresh(row, std::move(read), chosen, underlyingOnly);
     return true;
 }

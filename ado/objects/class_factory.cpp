@@ -5,6 +5,7 @@
 
 #include <new>
 
+#include "ado/objects/command_object.h"
 #include "ado/objects/connection.h"
 #include "ado/objects/module.h"
 #include "ado/objects/recordset.h"
@@ -27,6 +28,8 @@ struct ClassRow {
 };
 
 constexpr ClassRow kClasses[] = {
+    {ClassId(0x00000507), &Create<CommandObject>},
+    {ClassId(0x0000050B), &Create<ParameterObject>},
     {ClassId(0x00000514), &Create<Connection>},
     {ClassId(0x00000535), &Create<Recordset>},
 };
@@ -74,7 +77,9 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** object) {
     using tk::ado::kClasses;
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
-    static tk::ado::ClassFactory factories[] = {tk::ado::ClassFactory(kClasses[0]), tk::ado::ClassFactory(kClasses[1])};
+    using Factory = tk::ado::ClassFactory;
+    static Factory factories[] = {Factory(kClasses[0]), Factory(kClasses[1]), Factory(kClasses[2]),
+                                  Factory(kClasses[3])};
     static_assert(std::size(factories) == std::size(kClasses));
     for (std::size_t i = 0; i < std::size(kClasses); ++i) {
         if (kClasses[i].id == clsid) return factories[i].QueryInterface(iid, object);

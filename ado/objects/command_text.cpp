@@ -17,8 +17,16 @@ bool IsNameUnit(char16_t unit) {
            unit == u'_' || unit == u'$' || unit == u'#' || unit >= 0x80;
 }
 
-/// One name, bare or in quotes.
+std::u16string_view Trimmed(std::u16string_view text) {
+    const auto first = text.find_first_not_of(u" \t\r\n");
+    if (first == std::u16string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(u" \t\r\n") - first + 1);
+}
+
+}  // namespace
+
 bool IsSingleName(std::u16string_view text) {
+    text = Trimmed(text);
     if (text.empty()) return false;
     static constexpr struct {
         char16_t open;
@@ -32,14 +40,6 @@ bool IsSingleName(std::u16string_view text) {
            std::ranges::none_of(kWordStatements, [&](std::u16string_view word) { return SameName(word, text); });
 }
 
-std::u16string_view Trimmed(std::u16string_view text) {
-    const auto first = text.find_first_not_of(u" \t\r\n");
-    if (first == std::u16string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(u" \t\r\n") - first + 1);
-}
-
-}  // namespace
-
 Command MakeCommand(std::u16string_view text, LONG options) {
     if (options == -1) options = kCommandUnknown;
     constexpr LONG kKinds =
@@ -47,20 +47,20 @@ Command MakeCommand(std::u16string_view text, LONG options) {
     constexpr LONG kWays = kExecuteAsync | kFetchAsync | kFetchNonBlocking | kExecuteNoRecords;
     if ((options & ~(kKinds | kWays)) != 0) throw AdoError(ErrorNumber::InvalidArgument, NumberText(options));
     Command command;
+    command.text = ToUtf8(text);
     command.asynchronousFetch = (options & (kFetchAsync | kFetchNonBlocking)) != 0;
     command.noRecords = (options & kExecuteNoRecords) != 0;
     LONG kind = options & kKinds;
-    if (kind == 0 || kind == kCommandUnknown) kind = IsSingleName(Trimmed(text)) ? kCommandTable : kCommandText;
+    if (kind == 0 || kind == kCommandUnknown) kind = IsSingleName(text) ? kCommandTable : kCommandText;
     switch (kind) {
         case kCommandText:
-            command.sql = ToUtf8(text);
             break;
         case kCommandTable:
         case kCommandTableDirect:
-            command.sql = "SELECT * FROM " + ToUtf8(text);
+            command.kind = Command::Kind::Table;
             break;
         case kCommandStoredProc:
-            command.sql = "{call " + ToUtf8(text) + "}";
+            command.kind = Command::Kind::Procedure;
             break;
         case kCommandFile:
             throw AdoError(ErrorNumber::FeatureNotAvailable, std::u16string(text));

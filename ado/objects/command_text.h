@@ -3,8 +3,12 @@
 
 #include <windows.h>
 
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "ado/odbc/session.h"
 
 namespace tk::ado {
 
@@ -22,8 +26,19 @@ enum CommandOption : LONG {
     kExecuteNoRecords = 0x80,
 };
 
+/// ParameterDirectionEnum.
+enum ParameterDirection : LONG {
+    kDirectionUnknown = 0,
+    kDirectionInput = 1,
+    kDirectionOutput = 2,
+    kDirectionInputOutput = 3,
+    kDirectionReturnValue = 4
+};
+
 struct Command {
-    std::string sql;  // UTF-8
+    enum class Kind : unsigned char { Text, Table, Procedure };
+    Kind kind = Kind::Text;
+    std::string text;  // UTF-8: the statement, or the name
     bool asynchronousFetch = false;
     bool noRecords = false;
 };
@@ -31,5 +46,29 @@ struct Command {
 /// @param options  -1 or 0: nothing said
 /// @throws AdoError 3001 for kinds that contradict each other, 3251 for what is not offered
 Command MakeCommand(std::u16string_view text, LONG options);
+
+/// True for a text that is one name, bare or in quotes.
+bool IsSingleName(std::u16string_view text);
+
+/// What is sent for a command, and which of its parameters go where.
+struct CommandSql {
+    std::string text;
+    std::vector<std::size_t> marks;    // the parameter of each mark
+    std::vector<std::size_t> fromRow;  // the parameters that the first row of the result gives values to
+};
+
+/// The text of a command on a session's database: a quoted name in the quotes of that database, a call in its form.
+/// @param directions  of the command's parameters, in their order
+/// @throws AdoError when the database cannot be asked
+CommandSql SqlOf(const Command& command, Session& session, std::span<const LONG> directions = {});
+
+/// The name of a stored procedure as the database's catalog has it, and how many characters of the text it takes.
+struct ProcedureName {
+    std::string schema;  // of what stands in front of the name, the part next to it
+    std::string name;
+    bool isQuoted = false;
+    std::size_t length = 0;
+};
+ProcedureName ReadProcedureName(std::string_view text);
 
 }  // namespace tk::ado

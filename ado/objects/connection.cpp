@@ -114,13 +114,13 @@ void Connection::Close(Call&) {
 
 void Connection::Execute(Call& call) {
     const std::u16string text = call.Text(0);
-    const Command command = MakeCommand(text, call.Long(2, -1));
+    const Execution execution = MakeExecution(MakeCommand(text, call.Long(2, -1)), commandTimeout_);
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     Ref<Recordset> result;
     LONG affected = -1;
     {
         StateChange state(state_, kStateOpen | kStateExecuting);
-        result = Recordset::FromCommand(Ref<Connection>(this), text, command, affected);
+        result = Recordset::FromCommand(Ref<Connection>(this), text, execution, affected);
     }
     call.Store(1, Value(affected));
     call.ReturnObject(std::move(result));

@@ -10,19 +10,23 @@
 
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "ado/cursor/client_cursor.h"
 #include "ado/cursor/edit_buffer.h"
 #include "ado/objects/automation.h"
-#include "ado/objects/command_text.h"
+#include "ado/objects/execution.h"
 #include "ado/objects/connection.h"
 #include "ado/objects/open_rows.h"
 #include "ado/objects/properties.h"
 #include "ado/objects/row_access.h"
+#include "ado/objects/rowset_properties.h"
 
 namespace tk::ado {
+
+class CommandObject;
 
 /// LockTypeEnum.
 enum LockType : LONG { kLockReadOnly = 1, kLockPessimistic = 2, kLockOptimistic = 3, kLockBatchOptimistic = 4 };
@@ -37,15 +41,18 @@ public:
     static constexpr const OLECHAR* kClassName = OLESTR("ADODB.Recordset");
     static std::span<const Member<Recordset>> Members();
 
-    Recordset() : access_(*this) {}
+    Recordset();
     ~Recordset() override;
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
 
     // --- for the connection ---
 
     /// Runs a command; a recordset that is closed when there are no rows, none when no records are wanted.
-    static Ref<Recordset> FromCommand(Ref<Connection> connection, const std::u16string& source, const Command& command,
-                                      LONG& affected);
+    static Ref<Recordset> FromCommand(Ref<Connection> connection, const std::u16string& source,
+                                      const Execution& execution, LONG& affected);
+
+    /// Of a result that a Command gave: what ActiveCommand says.
+    void SetCommand(Ref<CommandObject> command);
 
     /// A read-only recordset on rows that are had by running something.
     static Ref<Recordset> FromRows(Ref<Connection> connection, RunCommand run);
@@ -88,8 +95,6 @@ protected:
     std::shared_ptr<ErrorList> Errors() const override;
 
 private:
-    struct PropertyRow;
-    static std::span<const PropertyRow> PropertyRows();
 
     // --- opening, closing, settings ---
     void GetFields(Call& call);
@@ -178,8 +183,10 @@ private:
     void ExpectClosed();
     void Settle(std::shared_ptr<OpenRows> rows, LONG lock);
     void LetGo();
-    std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const Command& command, LONG timeout,
-                                         LONG& affected);
+    std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const Execution& execution, LONG& affected);
+    void OpenExecution(const Ref<Connection>& connection, const Execution& execution);
+    void OpenCommand(Call& call, Ref<CommandObject> command, LONG cursorType, LONG lock, LONG options);
+    static Ref<CommandObject> KnownCommand(const Value& given);
     void OpenFabricated(LONG lock);
     void ApplyView();
 
@@ -196,7 +203,8 @@ private:
     std::size_t FieldArgument(const Call& call);
     std::vector<std::size_t> FieldList(const Value& fields);
     void DeleteRow(std::size_t row);
-    void SendPending(std::size_t row);
+    std::vector<ErrorRecord> SendPending(std::span<const std::size_t> list);
+    static void ThrowIfAny(std::vector<ErrorRecord> failures);
     void DropPending(std::size_t row);
     std::vector<std::size_t> AffectedRows(LONG affect, bool pendingOnly);
 
@@ -218,6 +226,7 @@ private:
     LONG lock_ = kLockReadOnly;  // while open
 
     Ref<Connection> connection_;     // ActiveConnection
+    Ref<CommandObject> command_;     // the Source, or what the rows came from
     std::u16string connectionText_;  // ActiveConnection as text: a connection of its own is opened from it each time
     std::u16string source_;
     std::vector<Column> defined_;  // of a recordset without a source
@@ -233,11 +242,11 @@ private:
     Ref<AutomationObject> dataSource_;
     Value filter_;
     std::u16string sort_;
-    WriteRules rules_;
+    RowsetSettings settings_;
 
     // GetChunk reads on in the same field of the same row; AppendChunk appends from the second call on.
     std::size_t chunkRow_ = 0;
-    std::size_t chunkColumn_ = 0;
+    std::size_t chunkColumn_ = static_cast<std::size_t>(-1);
     std::size_t chunkOffset_ = 0;
     std::vector<bool> appended_;
 };

@@ -1,6 +1,5 @@
 // Recordset: pending changes of many rows, and reading rows again.
-#include "ado/cursor/columns.h"
-#include "ado/cursor/compare.h"
+#include "ado/cursor/batch_writer.h"
 #include "ado/cursor/messages.h"
 #include "ado/cursor/text.h"
 #include "ado/objects/recordset.h"
@@ -10,14 +9,6 @@ namespace {
 
 /// AffectEnum.
 enum Affect : LONG { kAffectCurrent = 1, kAffectGroup = 2, kAffectAll = 3 };
-
-bool IsSame(const Cell& first, const Cell& second) {
-    if (first.form != second.form) return false;
-    if (first.form == Cell::Form::Null) return true;
-    if (first.form == Cell::Form::Date) return first.real == second.real && first.integer == second.integer;
-    if (IsNumber(first.form)) return CompareNumbers(first, second) == 0;
-    return first.text == second.text;
-}
 
 }  // namespace
 
@@ -39,7 +30,7 @@ std::vector<std::size_t> Recordset::AffectedRows(LONG affect, bool pendingOnly) 
         case kAffectAll:
             if (pendingOnly) return rows.PendingRows();
             for (std::size_t row = 0; row < rows.CountRows(); ++row) {
-                if (!rows.IsDeleted(row)) list.push_back(row);
+                if (!rows.IsDeleted(row) || (rows.Status(row) & kStatusPending) != 0) list.push_back(row);
             }
             break;
         default:
@@ -49,33 +40,19 @@ std::vector<std::size_t> Recordset::AffectedRows(LONG affect, bool pendingOnly) 
     return list;
 }
 
-void Recordset::SendPending(std::size_t row) {
+std::vector<ErrorRecord> Recordset::SendPending(std::span<const std::size_t> list) {
     RowStore& rows = *open_->store;
-    const LONG status = rows.Status(row);
-    RowWriter writer(WritingSession(), rows, rules_);
-    if ((status & kStatusDeleted) != 0) {
-        writer.Delete(row);
-        rows.SetStatus(row, kStatusDeleted);
-        return;
+    if (list.empty()) return {};
+    if (!open_->isFabricated) return BatchWriter(WritingSession(), rows, settings_.rules).Send(list);
+    // There is no database: the changes are simply not pending any more.
+    for (const std::size_t row : list) {
+        if (rows.IsDeleted(row)) {
+            rows.SetStatus(row, kStatusDeleted);
+        } else {
+            rows.Accept(row, kStatusOk);
+        }
     }
-    const std::size_t count = rows.Columns().size();
-    RowWriter::Values values(count);
-    const bool isNew = (status & kStatusNew) != 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const Cell now = rows.At(row, i);
-        // Of a new row NULLs are left to the table's defaults.
-        const bool counts = isNew ? now.form != Cell::Form::Null : !IsSame(now, rows.OriginalAt(row, i));
-        if (!counts) continue;
-        values[i].emplace();
-        rows.Read(row, i, *values[i]->Out());
-    }
-    if (!isNew) {
-        writer.Update(row, values);
-        rows.Accept(row, kStatusOk);
-        return;
-    }
-    rows.Change(row, writer.Insert(values), kStatusOk);
-    rows.Accept(row, kStatusOk);
+    return {};
 }
 
 void Recordset::UpdateBatch(Call& call) {
@@ -83,22 +60,13 @@ void Recordset::UpdateBatch(Call& call) {
     ExpectUpdatable();
     if (!IsBatch()) throw AdoError(ErrorNumber::FeatureNotAvailable);
     SaveEdit();
-    const std::vector<std::size_t> list = AffectedRows(affect, true);
-    RowStore& rows = *open_->store;
-    std::vector<ErrorRecord> failures;
-    if (!list.empty()) WritingSession();
-    for (const std::size_t row : list) {
-        const LONG pending = rows.Status(row) & ~kStatusFailures;
-        try {
-            SendPending(row);
-        } catch (const AdoError& error) {
-            // The row stays pending and says why; the others are sent all the same.
-            const LONG why = FailureStatus(error);
-            rows.SetStatus(row, pending | (why != 0 ? why : static_cast<LONG>(kStatusMultipleChanges)));
-            failures.insert(failures.end(), error.Records().begin(), error.Records().end());
-        }
-    }
-    rows.SetAffected(list);
+    std::vector<std::size_t> list = AffectedRows(affect, true);
+    std::vector<ErrorRecord> failures = SendPending(list);
+    open_->store->SetAffected(std::move(list));
+    ThrowIfAny(std::move(failures));
+}
+
+void Recordset::ThrowIfAny(std::vector<ErrorRecord> failures) {
     if (failures.empty()) return;
     ErrorRecord summary;
     summary.number = kErrorsOccurred;
@@ -112,10 +80,7 @@ void Recordset::DropPending(std::size_t row) {
     RowStore& rows = *open_->store;
     const LONG status = rows.Status(row);
     if ((status & kStatusPending) == 0) return;
-    if ((status & kStatusNew) != 0) {
-        rows.Delete(row, kStatusDeleted | kStatusCanceled);
-        return;
-    }
+    if ((status & kStatusNew) != 0) return rows.Delete(row, kStatusDeleted);
     if ((status & kStatusDeleted) != 0) rows.Restore(row, kStatusUnmodified);
     rows.Revert(row, kStatusUnmodified);
 }
@@ -145,13 +110,23 @@ void Recordset::Resync(Call& call) {
     std::vector<std::size_t> list = AffectedRows(affect, false);
     if (what == kAllValues) edit_.Discard();
     RowStore& rows = *open_->store;
+    std::optional<RowWriter> writer;
     for (const std::size_t row : list) {
-        if (rows.IsDeleted(row) || (rows.Status(row) & kStatusNew) != 0) continue;
-        if (!RowWriter(WritingSession(), rows, rules_).Reread(row, what == kUnderlyingValues)) {
-            rows.SetStatus(row, rows.Status(row) | kStatusGone);
+        const LONG status = rows.Status(row);
+        const bool isPending = (status & kStatusPending) != 0;
+        if ((status & kStatusNew) != 0 || (rows.IsDeleted(row) && !isPending)) continue;
+        if (open_->isFabricated) {
+            if (what == kAllValues) DropPending(row);
             continue;
         }
-        if (what == kAllValues) rows.SetStatus(row, kStatusUnmodified);
+        if (!writer) writer.emplace(WritingSession(), rows, settings_.rules, list.size() > 1);
+        if (!writer->Reread(row, what == kUnderlyingValues)) {
+            rows.SetStatus(row, status | kStatusGone);
+            continue;
+        }
+        if (what != kAllValues) continue;
+        if (rows.IsDeleted(row)) rows.Restore(row, kStatusUnmodified);
+        rows.SetStatus(row, kStatusUnmodified);
     }
     rows.SetAffected(std::move(list));
 }

@@ -8,6 +8,27 @@
 #include "ado/objects/recordset.h"
 
 namespace tk::ado {
+namespace {
+
+/// For what comes after a change that has been written.
+template <class Work>
+void IgnoreFailure(Work&& work) {
+    try {
+        work();
+    } catch (const AdoError&) {
+        // The rows are as they were known before.
+    }
+}
+
+/// A field of the program's own has no database that would refuse a text that is too long.
+void ExpectRoom(const Value& value, const Column& column) {
+    const bool isLimited = column.kind == CellKind::Text && column.definedSize > 0;
+    if (!isLimited || (column.attributes & kFieldLong) != 0 || value.Type() != VT_BSTR) return;
+    if (ViewOf(value.Get().bstrVal).size() <= static_cast<std::size_t>(column.definedSize)) return;
+    throw ProviderFailure(kDataOverflow, std::u16string(kTextTooLong) + column.name, kCursorSource);
+}
+
+}  // namespace
 
 void Recordset::ExpectUpdatable() {
     Rows();
@@ -19,6 +40,8 @@ void Recordset::ExpectNoEdit() {
 }
 
 void Recordset::SaveEdit() {
+    // Pieces of a long value are read from its beginning again after a move.
+    chunkColumn_ = static_cast<std::size_t>(-1);
     if (edit_.IsOpen()) WriteEdit();
 }
 
@@ -73,6 +96,7 @@ void Recordset::WriteField(std::size_t column, const Value& value) {
     ExpectUpdatable();
     ClientCursor& cursor = Cursor();
     Value converted = ConvertForColumn(value.Get(), cursor.Store().Columns()[column]);
+    if (open_->isFabricated) ExpectRoom(converted, cursor.Store().Columns()[column]);
     if (!edit_.IsOpen()) {
         const std::size_t row = cursor.Row();
         if (cursor.IsOnDeletedRow()) throw ProviderFailure(kDeletedRow, kTextDeletedRow, kCursorSource);
@@ -161,40 +185,48 @@ void Recordset::WriteNewRow() {
     }
     // The new row comes behind all that were fetched.
     rows.CountRows();
-    RowWriter writer(WritingSession(), rows, rules_);
+    RowWriter writer(WritingSession(), rows, settings_.rules);
     const std::size_t row = rows.Add(writer.Insert(edit_.Values()), kStatusOk);
     cursor_->StandOnAdded(row);
-    if ((rules_.updateResync & kResyncInserts) != 0) writer.Reread(row, false);
+    // The row is written; that it cannot be read again is not a failure of the change.
+    if (writer.IsRereadAfterInsert()) IgnoreFailure([&] { writer.Reread(row, false); });
 }
 
 void Recordset::WriteChangedRow() {
     RowStore& rows = *open_->store;
     const std::size_t row = *edit_.Row();
     if (IsBatch()) {
+        // A pending row that was refused is pending again, for another try.
         const LONG isNew = rows.Status(row) & kStatusNew;
         rows.Change(row, edit_.Values(),
                     kStatusPending | (isNew != 0 ? static_cast<LONG>(kStatusNew) : static_cast<LONG>(kStatusModified)));
         return;
     }
+    std::optional<RowWriter> writer;
     if (!open_->isFabricated) {
-        RowWriter writer(WritingSession(), rows, rules_);
+        writer.emplace(WritingSession(), rows, settings_.rules);
         try {
-            writer.Update(row, edit_.Values());
+            writer->Update(row, edit_.Values());
         } catch (const AdoError& error) {
-            if (const LONG failure = FailureStatus(error); failure != 0) rows.SetStatus(row, failure);
+            rows.SetStatus(row, (rows.Status(row) & ~kStatusFailures) | FailureStatus(error));
+            const bool isConflict = FailureStatus(error) == kStatusConflict && writer->IsRereadAfterConflict();
+            if (isConflict) IgnoreFailure([&] { writer->Reread(row, true); });
             throw;
         }
     }
     rows.Change(row, edit_.Values(), kStatusOk);
     rows.Accept(row, kStatusOk);
-    if (!open_->isFabricated && (rules_.updateResync & kResyncUpdates) != 0) {
-        RowWriter(WritingSession(), rows, rules_).Reread(row, false);
-    }
+    if (writer && writer->IsRereadAfterUpdate()) IgnoreFailure([&] { writer->Reread(row, false); });
 }
 
 void Recordset::CancelUpdate(Call&) {
     ClientCursor& cursor = Cursor();
     if (edit_.IsOpen()) {
+        // Nothing of the change that was refused is left.
+        RowStore& rows = cursor.Store();
+        const auto changed = edit_.Mode() == EditMode::Add ? std::nullopt : edit_.Row();
+        const bool wasRefused = changed && !IsBatch() && (rows.Status(*changed) & kStatusFailures) != 0;
+        if (wasRefused) rows.SetStatus(*changed, rows.Status(*changed) & ~kStatusFailures);
         edit_.Discard();
         appended_.clear();
         return;
@@ -216,9 +248,9 @@ void Recordset::DeleteRow(std::size_t row) {
     }
     if (!open_->isFabricated) {
         try {
-            RowWriter(WritingSession(), rows, rules_).Delete(row);
+            RowWriter(WritingSession(), rows, settings_.rules).Delete(row);
         } catch (const AdoError& error) {
-            if (const LONG failure = FailureStatus(error); failure != 0) rows.SetStatus(row, failure);
+            rows.SetStatus(row, (rows.Status(row) & ~kStatusFailures) | FailureStatus(error));
             throw;
         }
     }
@@ -247,9 +279,22 @@ void Recordset::Delete(Call& call) {
             if (!open_->store->IsDeleted(cursor.RowAtIndex(i))) list.push_back(cursor.RowAtIndex(i));
         }
     }
-    for (const std::size_t row : list)
-        DeleteRow(row);
+    if (affect == kCurrent) {
+        open_->store->SetAffected(list);
+        return DeleteRow(list.front());
+    }
+    // Of a group those that can go, go; the others stay and say why.
+    std::vector<ErrorRecord> failures;
+    for (const std::size_t row : list) {
+        try {
+            DeleteRow(row);
+        } catch (const AdoError& error) {
+            if (error.Records().empty()) throw;
+            failures.insert(failures.end(), error.Records().begin(), error.Records().end());
+        }
+    }
     open_->store->SetAffected(std::move(list));
+    ThrowIfAny(std::move(failures));
 }
 
 void Recordset::GetEditMode(Call& call) {

@@ -224,7 +224,10 @@ std::function<bool(std::size_t)> Recordset::FilterOf(const Value& filter, bool& 
         }
         case kFilterConflicting:
             showDeleted = true;
-            return [rows](std::size_t row) { return (rows->Status(row) & kStatusFailures) != 0; };
+            return [rows](std::size_t row) {
+                const LONG status = rows->Status(row);
+                return (status & kStatusFailures) != 0 && (!rows->IsDeleted(row) || (status & kStatusPending) != 0);
+            };
         default:
             throw AdoError(ErrorNumber::InvalidArgument, NumberText(number.Get().lVal));
     }

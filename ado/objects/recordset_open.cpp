@@ -1,6 +1,7 @@
 // Recordset: opening, closing and what is settled by it.
 #include "ado/cursor/messages.h"
 #include "ado/cursor/text.h"
+#include "ado/objects/command_object.h"
 #include "ado/objects/recordset.h"
 
 namespace tk::ado {
@@ -24,17 +25,16 @@ private:
     std::shared_ptr<Session>& place_;
 };
 
-/// The same command once more; it keeps neither the recordset nor the connection alive.
-RunCommand Repetition(const Command& command, LONG timeout, LONG limit) {
-    return [command, timeout, limit](const Connection& connection) -> std::shared_ptr<RowSet> {
-        const auto session = connection.OpenedSession(ErrorNumber::InvalidConnection);
-        Statement statement = session->Execute(command.sql, ExecuteOptions{timeout, limit});
-        if (!statement.HasRows()) return nullptr;
-        return RowSet::Fetch(std::move(statement), session, FetchOptions{command.asynchronousFetch, limit});
+/// The same once more; it keeps neither the recordset nor its connection alive.
+RunCommand Repetition(const Execution& execution, LONG limit) {
+    return [execution, limit](const Connection& connection) {
+        return RunOn(connection.OpenedSession(ErrorNumber::InvalidConnection), execution, limit).rows;
     };
 }
 
 }  // namespace
+
+Recordset::Recordset() : access_(*this) {}
 
 HRESULT Recordset::QueryInterface(REFIID iid, void** object) {
     if (object == nullptr) return E_POINTER;
@@ -103,38 +103,33 @@ void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
     ++generation_;
 }
 
-std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connection, const Command& command, LONG timeout,
+std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connection, const Execution& execution,
                                                 LONG& affected) {
     const auto session = connection->OpenedSession(ErrorNumber::InvalidConnection);
     const Running running(guard_, running_, session);
-    Statement statement = session->Execute(command.sql, ExecuteOptions{timeout, maxRecords_});
-    affected = statement.RowsAffected();
-    for (const ErrorRecord& warning : statement.Warnings())
+    Executed executed = RunOn(session, execution, maxRecords_);
+    affected = executed.affected;
+    for (const ErrorRecord& warning : executed.warnings)
         connection->ErrorRecords()->Append(warning);
-    if (command.noRecords) return nullptr;
-    if (statement.HasRows()) {
-        return RowSet::Fetch(std::move(statement), session, FetchOptions{command.asynchronousFetch, maxRecords_});
-    }
-    if (session->Profile().hasBatches) {
-        waiting_ = std::make_unique<Statement>(std::move(statement));
+    if (executed.statement && session->Profile().hasBatches) {
+        waiting_ = std::move(executed.statement);
         waitingConnection_ = connection;
     }
-    return nullptr;
+    return std::move(executed.rows);
 }
 
-Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::u16string& source, const Command& command,
-                                      LONG& affected) {
+Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::u16string& source,
+                                      const Execution& execution, LONG& affected) {
     auto result = Make<Recordset>();
-    const LONG timeout = connection->CommandTimeout();
-    auto fetched = result->RunStatement(connection, command, timeout, affected);
-    if (command.noRecords) return {};
+    auto fetched = result->RunStatement(connection, execution, affected);
+    if (execution.noRecords) return {};
     result->connection_ = connection;
     result->source_ = source;
     result->cursorLocation_ = connection->CursorLocation();
     if (!fetched) return result;
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
-    rows->asynchronous = command.asynchronousFetch;
-    rows->runAgain = Repetition(command, timeout, 0);
+    rows->asynchronous = execution.asynchronousFetch;
+    rows->runAgain = Repetition(execution, 0);
     result->Settle(std::move(rows), kLockReadOnly);
     return result;
 }
@@ -158,11 +153,16 @@ void Recordset::Open(Call& call) {
         throw AdoError(ErrorNumber::InvalidArgument);
     }
     std::u16string source = source_;
+    Ref<CommandObject> object = command_;
     if (!call.IsNothing(0)) {
         const Value given = call.Variant(0);
+        object = KnownCommand(given);
+        if (object) return OpenCommand(call, std::move(object), cursorType, lock, options);
         if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+        command_ = nullptr;
         source = ViewOf(given.Get().bstrVal);
     }
+    if (object) return OpenCommand(call, std::move(object), cursorType, lock, options);
     LetGo();
     Ref<Connection> connection = connection_;
     std::u16string text = connectionText_;
@@ -181,21 +181,25 @@ void Recordset::Open(Call& call) {
     connection->OpenedSession(ErrorNumber::InvalidConnection);
     if (source.empty()) throw AdoError(ErrorNumber::InvalidArgument);
 
-    const Command command = MakeCommand(source, options);
+    const LONG timeout = connection->CommandTimeout();
+    const Execution execution = MakeExecution(MakeCommand(source, options), timeout);
     // A connection of its own goes with the rows; the text stays for the next time.
     connection_ = text.empty() ? connection : nullptr;
     connectionText_ = text;
     source_ = source;
     if (cursorType != -1) cursorType_ = cursorType;
     if (lock != -1) wantedLock_ = lock;
-    const LONG timeout = connection->CommandTimeout();
+    settings_.rules.timeoutSeconds = timeout;
+    OpenExecution(connection, execution);
+}
+
+void Recordset::OpenExecution(const Ref<Connection>& connection, const Execution& execution) {
     LONG affected = -1;
-    auto fetched = RunStatement(connection, command, timeout, affected);
+    auto fetched = RunStatement(connection, execution, affected);
     if (!fetched) return;
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
-    rows->asynchronous = command.asynchronousFetch;
-    rules_.timeoutSeconds = timeout;
-    rows->runAgain = Repetition(command, timeout, maxRecords_);
+    rows->asynchronous = execution.asynchronousFetch;
+    rows->runAgain = Repetition(execution, maxRecords_);
     Settle(std::move(rows), wantedLock_);
     filter_ = Value();
     if (!sort_.empty()) ApplyView();
@@ -320,7 +324,7 @@ void Recordset::Clone(Call& call) {
     clone->source_ = source_;
     clone->cursorType_ = cursorType_;
     clone->cursorLocation_ = cursorLocation_;
-    clone->rules_ = rules_;
+    clone->settings_ = settings_;
     clone->Settle(open_, lock == -1 ? lock_ : lock);
     clone->wantedLock_ = clone->lock_;
     call.ReturnObject(std::move(clone));
@@ -340,7 +344,7 @@ void Recordset::PutRefDataSource(Call& call) {
     connection_ = source->connection_;
     source_ = source->source_;
     cursorLocation_ = source->cursorLocation_;
-    rules_ = source->rules_;
+    settings_ = source->settings_;
     filter_ = Value();
     sort_.clear();
     dataSource_ = Ref<AutomationObject>(source.Get());

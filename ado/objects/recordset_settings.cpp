@@ -1,5 +1,6 @@
 // Recordset: the properties that are settled before opening, and those that are only kept.
 #include "ado/cursor/text.h"
+#include "ado/objects/command_object.h"
 #include "ado/objects/fields.h"
 #include "ado/objects/recordset.h"
 
@@ -30,6 +31,9 @@ void Recordset::GetActiveConnection(Call& call) {
 void Recordset::PutActiveConnection(Call& call) {
     const Value given = call.Variant(0);
     const bool isNothing = call.IsNothing(0);
+    // A command's connection is the command's; without one the rows are nobody's but the program's.
+    if (command_ && !isNothing) throw AdoError(ErrorNumber::BoundToCommand);
+    command_ = nullptr;
     if (!isNothing && given.Type() == VT_BSTR && !IsOpen()) {
         connection_ = nullptr;
         connectionText_ = ViewOf(given.Get().bstrVal);
@@ -103,13 +107,8 @@ void Recordset::GetSource(Call& call) {
 void Recordset::PutSource(Call& call) {
     std::u16string source = call.Text(0);
     ExpectClosed();
+    command_ = nullptr;
     source_ = std::move(source);
-}
-
-void Recordset::PutRefSource(Call& call) {
-    call.Object(0);
-    ExpectClosed();
-    throw AdoError(ErrorNumber::InvalidArgument);
 }
 
 void Recordset::GetCursorLocation(Call& call) {
@@ -139,10 +138,6 @@ void Recordset::GetDataMember(Call& call) {
 }
 void Recordset::PutDataMember(Call& call) {
     dataMember_ = call.Text(0);
-}
-
-void Recordset::GetActiveCommand(Call& call) {
-    call.ReturnObject(static_cast<IDispatch*>(nullptr));
 }
 
 void Recordset::GetProperties(Call& call) {

@@ -17,6 +17,7 @@ enum DataType : LONG {
     kTypeDouble = 5,
     kTypeCurrency = 6,
     kTypeDate = 7,
+    kTypeBstr = 8,
     kTypeBoolean = 11,
     kTypeDecimal = 14,
     kTypeTinyInt = 16,

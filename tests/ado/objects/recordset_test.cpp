@@ -572,7 +572,7 @@ TEST_F(RecordsetTest, KeepsItsDynamicProperties) {
     EXPECT_TRUE(criteria.Put(0, Number(0)).Ok());
     EXPECT_EQ(criteria.Get(0).Long(), 0);
     EXPECT_EQ(criteria.Put(0, Number(9)).Error(), 3001u);
-    EXPECT_EQ(properties.Get(collection::kItem, {Text(u"Batch Size")}).Result().Put(0, Number(1)).Error(), 3251u);
+    EXPECT_EQ(properties.Get(collection::kItem, {Text(u"Hidden Columns")}).Result().Put(0, Number(1)).Error(), 3251u);
 }
 
 TEST_F(RecordsetTest, OffersTheShortCut) {

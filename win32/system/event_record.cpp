@@ -107,8 +107,9 @@ private:
         if (name == "type") return ParseType(text, record.type);
         if (name != "data") return true;  // a text of a later version
         auto data = FromBase64(text);
-        if (data) record.data = *std::move(data);
-        return data.has_value();
+        if (!data) return false;
+        record.data = *std::move(data);
+        return true;
     }
 
     void SkipBlanks() noexcept { rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r"), rest_.size())); }
@@ -130,8 +131,9 @@ private:
 
     bool TextInto(std::string& target) {
         auto text = Text();
-        if (text) target = *std::move(text);
-        return text.has_value();
+        if (!text) return false;
+        target = *std::move(text);
+        return true;
     }
 
     bool TextsInto(std::vector<std::string>& texts) {

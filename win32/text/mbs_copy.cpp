@@ -46,7 +46,7 @@ Byte* Append(Byte* target, const Byte* source, std::size_t bytes) noexcept {
 
 unsigned char* _mbscpy(unsigned char* target, const unsigned char* source) {
     if (target == nullptr || source == nullptr) return nullptr;
-    std::strcpy(Text(target), Text(source));
+    std::strcpy(Text(target), Text(source));  // NOLINT(clang-analyzer-security.insecureAPI.strcpy) that is the contract
     return target;
 }
 

@@ -110,6 +110,12 @@ std::size_t RowStore::Add(const std::vector<std::optional<Value>>& values, LONG 
     return row;
 }
 
+void RowStore::MarkNew(std::size_t row, std::vector<bool> given, LONG status) {
+    State& state = Touch(row);
+    state.given = std::move(given);
+    state.status = status;
+}
+
 void RowStore::Delete(std::size_t row, LONG status) {
     State& state = Touch(row);
     state.status = status;

@@ -135,6 +135,10 @@ public:
     /// @return its number
     std::size_t Add(const std::vector<std::optional<Value>>& values, LONG status);
 
+    /// A fetched row that the database has not got yet: it was pending when the rows were saved.
+    /// @param given  for every column whether it was set
+    void MarkNew(std::size_t row, std::vector<bool> given, LONG status);
+
     void Delete(std::size_t row, LONG status);
 
     /// Undoes Delete.

@@ -22,6 +22,7 @@
 #include "ado/objects/open_rows.h"
 #include "ado/objects/properties.h"
 #include "ado/objects/row_access.h"
+#include "ado/persist/recordset_file.h"
 #include "ado/objects/rowset_properties.h"
 
 namespace tk::ado {
@@ -32,6 +33,12 @@ class CommandObject;
 enum LockType : LONG { kLockReadOnly = 1, kLockPessimistic = 2, kLockOptimistic = 3, kLockBatchOptimistic = 4 };
 
 inline constexpr LONG kCursorStatic = 3;
+
+/// The file that a recordset was saved to or opened from.
+struct SavedPlace {
+    std::string path;  // UTF-8; empty: none
+    PersistFormat format = PersistFormat::Binary;
+};
 
 /// Asked from an IUnknown, tells a Recordset of this server; gives the Recordset itself.
 inline constexpr IID kRecordsetObject = {0x5E0D6A90, 0x37B1, 0x47D4, {0x8E, 0x2A, 0x9F, 0x61, 0xB4, 0x02, 0xC7, 0x1D}};
@@ -189,6 +196,9 @@ private:
     static Ref<CommandObject> KnownCommand(const Value& given);
     void OpenFabricated(LONG lock);
     void ApplyView();
+    static bool MeansFile(const Ref<Connection>& connection, std::u16string_view text, std::u16string_view source,
+                          LONG options);
+    void OpenFile(const std::u16string& text, const std::u16string& source, LONG cursorType, LONG lock);
 
     void SaveEdit();
     void ExpectNoEdit();
@@ -243,6 +253,7 @@ private:
     Value filter_;
     std::u16string sort_;
     RowsetSettings settings_;
+    SavedPlace saved_;  // until it is closed: where Save without a destination goes
 
     // GetChunk reads on in the same field of the same row; AppendChunk appends from the second call on.
     std::size_t chunkRow_ = 0;

@@ -79,6 +79,7 @@ void Recordset::LetGo() {
     appended_.clear();
     waiting_.reset();
     waitingConnection_ = nullptr;
+    saved_ = {};
     std::shared_ptr<OpenRows> rows;
     {
         const std::lock_guard lock(guard_);
@@ -171,6 +172,7 @@ void Recordset::Open(Call& call) {
         connection = given.Type() == VT_BSTR ? nullptr : ConnectionOf(given);
         text = given.Type() == VT_BSTR ? ViewOf(given.Get().bstrVal) : std::u16string_view();
     }
+    if (MeansFile(connection, text, source, options)) return OpenFile(text, source, cursorType, lock);
     if (!connection && !text.empty()) connection = ConnectionOf(Value::Text(text));
     if (!connection) {
         if (defined_.empty() || !source.empty()) throw AdoError(ErrorNumber::InvalidConnection);

@@ -160,11 +160,6 @@ void Recordset::Supports(Call& call) {
     call.ReturnBoolean((wanted & ~supported) == 0);
 }
 
-void Recordset::Save(Call&) {
-    Rows();
-    throw AdoError(ErrorNumber::FeatureNotAvailable);
-}
-
 void Recordset::Seek(Call&) {
     Rows();
     throw AdoError(ErrorNumber::FeatureNotAvailable);

@@ -100,8 +100,8 @@ bool IsDate(int year, int month, int day) noexcept {
 double DayNumber(int year, int month, int day) noexcept {
     const long past = year - 1;
     constexpr long kDaysTo1899 = 693593;  // from 1 January 1 to 30 December 1899
-    return static_cast<double>(past * 365 + past / 4 - past / 100 + past / 400 + DaysBefore(year, month) + day - 1 -
-                               kDaysTo1899);
+    const long days = past * 365 + past / 4 - past / 100 + past / 400 + DaysBefore(year, month) + day - 1;
+    return static_cast<double>(days - kDaysTo1899);
 }
 
 }  // namespace

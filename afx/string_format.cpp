@@ -66,6 +66,8 @@ void AppendDigits(CString& target, const Conversion& conversion, unsigned long l
     if (conversion.precision == 0 && number == 0) end = digits;
     if (upper) {
         for (char* at = digits; at < end; ++at) {
+            // The analyzer does not know what to_chars wrote.
+            // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult)
             if (*at >= 'a') *at = static_cast<char>(*at - 'a' + 'A');
         }
     }

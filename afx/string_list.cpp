@@ -95,7 +95,7 @@ void CStringList::AddTail(const CStringList* pNewList) {
 
 void CStringList::RemoveAll() noexcept {
     while (head_ != nullptr)
-        Unlink(head_);
+        Unlink(head_);  // moves head_ on NOLINT(clang-analyzer-cplusplus.NewDelete)
 }
 
 POSITION CStringList::GetHeadPosition() const noexcept {

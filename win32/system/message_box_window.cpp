@@ -57,11 +57,10 @@ Layout LayOut(std::span<const Button> buttons, int safeAnswer) {
 
 std::vector<std::string> Arguments(const Question& question, const Layout& layout) {
     const auto label = [](const Button& button) { return text::Utf16ToUtf8(button.label); };
-    std::vector<std::string> arguments = {"zenity",
-                                          KindOf(question),
-                                          "--no-markup",
-                                          "--title=" + question.caption,
+    std::vector<std::string> arguments = {"zenity", KindOf(question), "--no-markup", "--title=" + question.caption,
                                           "--text=" + question.text,
+                                          // Of several buttons only one is the safe answer, so another one is "OK".
+                                          // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
                                           "--ok-label=" + label(*layout.ok)};
     if (layout.cancel != nullptr) arguments.push_back("--cancel-label=" + label(*layout.cancel));
     if (layout.extra != nullptr) arguments.push_back("--extra-button=" + label(*layout.extra));
@@ -81,6 +80,7 @@ std::optional<Outcome> Run(std::vector<std::string> arguments) {
     FileDescriptor writing(ends[1]);
 
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);

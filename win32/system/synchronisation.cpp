@@ -62,7 +62,7 @@ void Sleep(DWORD dwMilliseconds) {
         until.tv_nsec -= 1'000'000'000;
     }
     // An absolute moment, so that a signal handler in between does not lengthen the wait.
-    do {
+    do {  // NOLINT(bugprone-infinite-loop): INFINITE is meant so
         while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {}
         until.tv_sec += dwMilliseconds / 1000;
     } while (dwMilliseconds == INFINITE);

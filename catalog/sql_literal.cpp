@@ -1,5 +1,3 @@
-#include <afxdisp.h>
-
 #include <charconv>
 
 #include "catalog/value_kind.h"
@@ -37,13 +35,6 @@ CString NumberText(const VARIANT& value) {
     }
 }
 
-CString DayText(DATE date) {
-    const COleDateTime day(date);
-    CString text;
-    text.Format("%d/%02d/%02d", day.GetYear(), day.GetMonth(), day.GetDay());
-    return text;
-}
-
 }  // namespace
 }  // namespace tk::catalog
 
@@ -55,7 +46,7 @@ CString ChangeToSqlFormat(VARIANT value, const char* /*szDbms*/) {
         case ValueKind::Number:
             return NumberText(value);
         case ValueKind::Date:
-            return "'" + DayText(V_DATE(&value)) + "'";
+            return "'" + DateToString(V_DATE(&value), "YYYY/MM/DD") + "'";
         case ValueKind::Text:
             // Contract: quotes inside the text are not doubled.
             return "'" + VariantToString(value) + "'";

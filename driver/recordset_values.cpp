@@ -158,6 +158,11 @@ CString CTRecordset::GetStringValueStr(const char* szName) {
 }
 
 CString CTRecordset::GetStringValueStr(long nIndex) {
+    CString text;
+    if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch);
+        rows != nullptr && ReadLiteral(*rows, static_cast<LONG>(nIndex), &text)) {
+        return text;
+    }
     return VARIANTToString(Owned(GetValue(nIndex)));
 }
 

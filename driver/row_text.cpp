@@ -39,6 +39,25 @@ bool IsPlain(const char* text, std::size_t length) noexcept {
     return plain;
 }
 
+/// @return false for a text that holds a NUL, which has its own rule for where it ends: that is left to the conversion
+///         of its VARIANT
+bool ToGbk(const char* utf8, ULONG length, CString* text) {
+    if (utf8 == nullptr || length == 0) {
+        text->Empty();
+        return true;
+    }
+    const int count = static_cast<int>(length);
+    if (IsPlain(utf8, length)) {
+        *text = CString(utf8, count);
+        return true;
+    }
+    if (std::memchr(utf8, '\0', length) != nullptr) return false;
+    WideBuffer wide(count);  // UTF-8 never has fewer bytes than UTF-16 has units
+    const int units = MultiByteToWideChar(CP_UTF8, 0, utf8, count, wide.Get(), count);
+    *text = CString(static_cast<LPCWSTR>(wide.Get()), units);
+    return true;
+}
+
 }  // namespace
 
 bool FindField(IRowAccess& rows, const char* name, LONG* index) {
@@ -59,21 +78,21 @@ bool FindField(IRowAccess& rows, const char* name, LONG* index) {
 bool ReadText(IRowAccess& rows, LONG index, CString* text) {
     const char* bytes = nullptr;
     ULONG length = 0;
+    return rows.GetText(index, &bytes, &length) == S_OK && ToGbk(bytes, length, text);
+}
+
+bool ReadLiteral(IRowAccess& rows, LONG index, CString* text) {
+    const char* bytes = nullptr;
+    ULONG length = 0;
     if (rows.GetText(index, &bytes, &length) != S_OK) return false;
-    if (bytes == nullptr || length == 0) {
+    if (bytes == nullptr) {
         text->Empty();
         return true;
     }
-    const int count = static_cast<int>(length);
-    if (IsPlain(bytes, length)) {
-        *text = CString(bytes, count);
-        return true;
-    }
-    // A text that holds a NUL has its own rule for where it ends: leave it to the conversion of its VARIANT.
-    if (std::memchr(bytes, '\0', length) != nullptr) return false;
-    WideBuffer wide(count);  // UTF-8 never has fewer bytes than UTF-16 has units
-    const int units = MultiByteToWideChar(CP_UTF8, 0, bytes, count, wide.Get(), count);
-    *text = CString(static_cast<LPCWSTR>(wide.Get()), units);
+    CString value;
+    if (!ToGbk(bytes, length, &value)) return false;
+    value.Replace("'", "''");  // no second byte of a character equals a quote
+    *text = '\'' + value + '\'';
     return true;
 }
 

@@ -14,4 +14,7 @@ bool FindField(IRowAccess& rows, const char* name, LONG* index);
 /// The text of a text field, or "" for a NULL in it, in GBK. @return false: not a text field, or not known here
 bool ReadText(IRowAccess& rows, LONG index, CString* text);
 
+/// The SQL literal of a text field, or "" for a NULL in it, in GBK. @return false: not a text field, or not known here
+bool ReadLiteral(IRowAccess& rows, LONG index, CString* text);
+
 }  // namespace tk::driver

@@ -18,6 +18,7 @@ struct System {
     const char* dataSourceUser;
     const char* dataSourcePassword;
     bool hasSeveralResults;  // two statements in one text
+    bool tellsNotNull;       // of the columns of a query
 };
 
 /// Made at the first call; fails the program when the system cannot be had.

@@ -24,6 +24,7 @@ const System& TheSystem() {
         .dataSourceUser = "tester",
         .dataSourcePassword = "pw",
         .hasSeveralResults = true,
+        .tellsNotNull = true,
     };
     return system;
 }

@@ -107,6 +107,12 @@ TEST_F(RowShortCut, ServesValuesWithoutALateBoundCall) {
     EXPECT_STREQ(recordset_.GetStringValue("EMPTY"), "");
     EXPECT_STREQ(recordset_.GetStringValue(0L), "7");
     EXPECT_STREQ(recordset_.GetStringValue(6L), "        1.5");
+    EXPECT_STREQ(recordset_.GetStringValueStr(1L), "'库存 A'");
+    EXPECT_STREQ(recordset_.GetStringValueStr(2L), "'plain text'");
+    EXPECT_STREQ(recordset_.GetStringValueStr(3L), "");
+    EXPECT_STREQ(recordset_.GetStringValueStr(4L), "");
+    EXPECT_STREQ(recordset_.GetStringValueStr(5L), "''");
+    EXPECT_STREQ(recordset_.GetStringValueStr(6L), "        1.5");
     EXPECT_EQ(recordset_.GetCharValue("PLAIN"), 'p');
     EXPECT_EQ(recordset_.GetFieldCount(), 7);
     recordset_.MoveNext();
@@ -177,10 +183,30 @@ TEST_F(RowShortCut, NamesItCannotTakeGoTheLateBoundWay) {
     EXPECT_EQ(Describe(late), "BSTR \"late\"");
 }
 
+TEST_F(RowShortCut, LiteralsDoubleTheQuotes) {
+    rows_.fields.push_back({u"Q", Text("It''s"), "It''s", 5});
+    EXPECT_STREQ(recordset_.GetStringValueStr(7L), "'It''''s'");
+    rows_.fields.push_back({u"W", Text("'库'"), "'\xE5\xBA\x93'", 5});
+    EXPECT_STREQ(recordset_.GetStringValueStr(8L), "'''库'''");
+}
+
+TEST_F(RowShortCut, ExportsReadOnItAlone) {
+    CString text;
+    CStringArray values;
+    EXPECT_STREQ(recordset_.GetCurRecordToString("|"), "7|'库存 A'|'plain text'|||''|        1.5");
+    EXPECT_EQ(recordset_.SelectCurRecordToString(values, 0), 1);
+    EXPECT_EQ(recordset_.SelectCurRecordToTrimString(values), 1);
+    EXPECT_STREQ(values.GetAt(6), "1.5");
+    EXPECT_EQ(recordset_.SelectNextRecordToString(7, text, "|", 0), 1);
+    EXPECT_STREQ(text, "7|库存 A|plain text||||        1.5");
+    EXPECT_THAT(journal_.Take(), IsEmpty());
+}
+
 TEST_F(RowShortCut, TextsEndWhereTheirVariantEnds) {
     rows_.fields.push_back({u"NUL", Text("ab"), "ab\0cd", 5});
     EXPECT_STREQ(recordset_.GetStringValue("NUL"), "ab");
     EXPECT_EQ(recordset_.GetStringValue("NUL").GetLength(), 2);
+    EXPECT_STREQ(recordset_.GetStringValueStr(7L), "'ab'");
 }
 
 TEST_F(RowShortCut, TextsOfEveryLengthAndPlaceOfTheFirstWideCharacter) {

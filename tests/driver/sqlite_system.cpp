@@ -18,6 +18,7 @@ const System& TheSystem() {
         .dataSourceUser = "",
         .dataSourcePassword = "",
         .hasSeveralResults = false,
+        .tellsNotNull = false,
     };
     return system;
 }

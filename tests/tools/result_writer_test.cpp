@@ -20,7 +20,7 @@ std::string Written(Format format, const std::function<void(ResultWriter&)>& wor
     char* data = nullptr;
     std::size_t size = 0;
     std::FILE* out = open_memstream(&data, &size);
-    const auto writer = MakeResultWriter(format, out);
+    const auto writer = MakeResultWriter(format, out, Charset::Terminal);
     work(*writer);
     writer->Finish();
     std::fclose(out);

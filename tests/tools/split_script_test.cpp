@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tools/tkdb/commands.h"
+#include "tools/tkdb/split_script.h"
 
 namespace tk::tools {
 namespace {

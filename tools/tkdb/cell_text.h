@@ -18,6 +18,6 @@ struct CellText {
 };
 
 /// Texts keep every character, also those outside GBK; binary values become hexadecimal digits.
-CellText ToCellText(const VARIANT& value);
+void SetCellText(const VARIANT& value, CellText& cell);
 
 }  // namespace tk::tools

@@ -11,6 +11,7 @@
 
 #include "tools/demo/demo.h"
 #include "tools/tkdb/commands.h"
+#include "tools/tkdb/split_script.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace {
@@ -29,6 +30,12 @@ bool ReadAll(const std::string& file, std::string& content) {
     content = text.str();
     return true;
 }
+
+struct TextCommand {
+    TextWork work;
+    const char* name;
+    const char* help;
+};
 
 int RunExec(const std::string& connection, std::vector<std::string> statements, const std::string& file,
             bool transaction) {
@@ -80,6 +87,41 @@ int main(int argc, char** argv) {
         ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case));
     query->add_option("--max-rows", maxRows, "Print at most this many rows (0: all)")->check(CLI::NonNegativeNumber);
 
+    const std::map<std::string, ExportFormat> exportFormats{{"csv", ExportFormat::Csv},
+                                                            {"json", ExportFormat::Json},
+                                                            {"markdown", ExportFormat::Markdown},
+                                                            {"xml", ExportFormat::Xml},
+                                                            {"adtg", ExportFormat::TableGram}};
+    ExportFormat exportFormat = ExportFormat::FromName;
+    auto* exports = app.add_subcommand("export", "Write the rows of a query or table to a file, whole or not at all");
+    exports->add_option("connection", connection, "Connection string")->required();
+    exports->add_option("source", sql, "Query, or the name of a table")->required();
+    exports->add_option("--format", exportFormat, "csv, json, xml, adtg or markdown (default: by the file's name)")
+        ->transform(CLI::CheckedTransformer(exportFormats, CLI::ignore_case));
+    exports->add_option("-o,--output", file, "The file to write or replace")->required();
+
+    const std::vector<TextCommand> textCommands{
+        {TextWork::Currency, "currency", "Amounts in Chinese capital numerals"},
+        {TextWork::Numeral, "numeral", "Numbers from 0 to 10 as a Chinese numeral, greater ones modulo 11"},
+        {TextWork::Pinyin, "pinyin", "The pinyin initials of texts"},
+        {TextWork::Date, "date", "Dates by a format of YYYY, YY, MM, DD, hh, mm, ss and W"},
+        {TextWork::Number, "number", "Numbers by a pattern such as #,##0.00 or %.2f"},
+    };
+    std::vector<std::string> texts;
+    std::string textFormat;
+    int currencyMode = 1;
+    auto* text = app.add_subcommand("text", "Convert texts, or each line of standard input");
+    text->require_subcommand(1);
+    for (const auto& command : textCommands) {
+        auto* sub = text->add_subcommand(command.name, command.help);
+        sub->add_option("texts", texts, "What to convert");
+        if (command.work == TextWork::Currency) {
+            sub->add_option("--mode", currencyMode, "1: the usual form; 2: every place")->check(CLI::Range(1, 2));
+        }
+        if (command.work == TextWork::Date) sub->add_option("--format", textFormat, "Default: YYYY/MM/DD hh:mm:ss");
+        if (command.work == TextWork::Number) sub->add_option("--format", textFormat, "Pattern")->required();
+    }
+
     auto* demo = app.add_subcommand("demo", "Load the ISO code lists and work with them");
     demo->add_option("connection", connection, "Connection string (default: an embedded database in a temporary file)");
 
@@ -96,6 +138,10 @@ int main(int argc, char** argv) {
     int code = kSuccess;
     if (exec->parsed()) code = RunExec(connection, statements, file, transaction);
     if (query->parsed()) code = PrintQuery(connection, sql, format, maxRows);
+    if (exports->parsed()) code = ExportRows(connection, sql, exportFormat, file);
+    for (const auto& command : textCommands) {
+        if (text->got_subcommand(command.name)) code = PrintTexts(command.work, texts, currencyMode, textFormat);
+    }
     if (demo->parsed()) code = RunDemo(connection);
     CoUninitialize();
     return code;

@@ -4,6 +4,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 
 namespace tk::tools {
@@ -41,6 +42,36 @@ void Progress::Draw() {
     const long long elapsed = now - started_;
     fmt::print(stderr, "\r\x1b[K{}: {} ({} /s)", label_, done_, static_cast<long long>(done_) * 1000 / elapsed);
     std::fflush(stderr);
+}
+
+ByteProgress::ByteProgress(std::string label, std::function<std::uintmax_t()> bytes)
+    : label_(std::move(label)), bytes_(std::move(bytes)) {
+    if (isatty(STDERR_FILENO) != 0) watcher_ = std::thread([this] { Watch(); });
+}
+
+ByteProgress::~ByteProgress() {
+    if (!watcher_.joinable()) return;
+    {
+        const std::lock_guard guard(lock_);
+        isOver_ = true;
+    }
+    over_.notify_one();
+    watcher_.join();
+}
+
+void ByteProgress::Watch() {
+    const long long started = NowMs();
+    const auto isOver = [this] { return isOver_; };
+    std::unique_lock guard(lock_);
+    bool visible = false;
+    for (long long pause = kFirstShownMs; !over_.wait_for(guard, std::chrono::milliseconds(pause), isOver);
+         pause = kRedrawMs) {
+        visible = true;
+        fmt::print(stderr, "\r\x1b[K{}: {:.1f} MB, {} s", label_, static_cast<double>(bytes_()) / 1e6,
+                   (NowMs() - started) / 1000);
+        std::fflush(stderr);
+    }
+    if (visible) fmt::print(stderr, "\r\x1b[K");
 }
 
 }  // namespace tk::tools

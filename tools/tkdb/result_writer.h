@@ -1,4 +1,9 @@
-// tools/tkdb/result_writer.h - rows on standard output in the form that was asked for.
+// tools/tkdb/result_writer.h - rows in the form that was asked for.
+//
+//   const auto writer = MakeResultWriter(Format::Csv, stdout, Charset::Terminal);
+//   writer->Columns(names);
+//   for (...) writer->Row(cells);
+//   writer->Finish();
 #pragma once
 
 #include <cstdio>
@@ -12,7 +17,10 @@ namespace tk::tools {
 
 enum class Format { Table, Csv, Json, Markdown };
 
-/// Columns first, then each row, then Finish. Texts are UTF-8 inside and go out in the terminal's character set.
+/// Of what is written; JSON is UTF-8 whatever is asked for.
+enum class Charset { Terminal, Utf8 };
+
+/// Columns first, then each row, then Finish. Texts are UTF-8 inside. What the file makes of them shows in its state.
 class ResultWriter {
 public:
     virtual ~ResultWriter() = default;
@@ -22,6 +30,6 @@ public:
 };
 
 /// @param out  borrowed until the writer is gone
-std::unique_ptr<ResultWriter> MakeResultWriter(Format format, std::FILE* out);
+std::unique_ptr<ResultWriter> MakeResultWriter(Format format, std::FILE* out, Charset charset);
 
 }  // namespace tk::tools

@@ -1,0 +1,25 @@
+// tools/tkdb/command_support.h - what every command needs: a connection, and a way to say why not.
+#pragma once
+
+#include <tkkernel/tkkernel.h>
+
+#include <string>
+#include <vector>
+
+namespace tk::tools {
+
+/// Exit codes of the program.
+enum ExitCode { kSuccess = 0, kDatabaseRefused = 1, kWrongUsage = 2, kNotWritten = 3 };
+
+/// Prints the reason. @return the exit code for it
+int Refuse(const CString& error);
+/// The same for an exception, which is deleted.
+int Refuse(CException* e);
+
+/// @param connection  in the terminal's character set
+bool OpenDatabase(CTDatabase& database, const std::string& connection);
+
+/// The names of the columns, in UTF-8; lets exceptions pass.
+std::vector<std::string> ColumnNames(CTRecordset& records);
+
+}  // namespace tk::tools

@@ -65,7 +65,7 @@ CString ConnectionStringOf(IUnknown* source) {
     }
     LPOLESTR text = nullptr;
     if (FAILED(initializer->GetInitializationString(source, kIncludePassword, &text))) return CString();
-    const CString connection(text);
+    CString connection(text);
     CoTaskMemFree(text);
     return connection;
 }

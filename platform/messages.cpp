@@ -2,7 +2,9 @@
 
 namespace tk::platform {
 
+#ifndef __clang__
 static_assert(sizeof("库") == 3, "this source is compiled with GBK as its execution character set");
+#endif
 
 const char kSocketsFailed[] = "SOCKET INIT FAILED.";
 const char kComNotStarted[] = "无法初始化OLE引擎,进程没有调用CoInitialize(NULL)函数!";

@@ -35,7 +35,7 @@ char DecToHex(int nValue) {
 }
 
 int HexToDec(char ch) {
-    const int code = static_cast<signed char>(ch);
+    const int code = static_cast<signed char>(ch);  // NOLINT(bugprone-signed-char-misuse): GBK bytes count below 0
     // Contract: a lower-case letter gives what its code gives, not its value.
     return code > '9' ? code - tk::util::kLetterOffset : code - '0';
 }

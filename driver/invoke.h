@@ -47,12 +47,25 @@ inline IUnknown* GetUnknown(COleDispatchDriver& object, DISPID id) {
     return result;
 }
 
-/// Takes over a VARIANT that a call returned.
-inline COleVariant Owned(VARIANT value) noexcept {
-    COleVariant owner;
-    owner.Attach(value);
-    return owner;
-}
+/// Takes over a VARIANT that a call returned. Most values are numbers and dates, which have nothing to free: for them
+/// this costs a comparison.
+class Owned {
+public:
+    explicit Owned(const VARIANT& value) noexcept : value_(value) {}
+    ~Owned() {
+        if (!IsPlain(V_VT(&value_))) VariantClear(&value_);
+    }
+    Owned(const Owned&) = delete;
+    Owned& operator=(const Owned&) = delete;
+    operator const VARIANT&() const noexcept { return value_; }
+
+private:
+    static constexpr bool IsPlain(VARTYPE type) noexcept {
+        return type < VT_BSTR || type == VT_BOOL || type == VT_DECIMAL;  // VT_EMPTY to VT_DATE
+    }
+
+    VARIANT value_;
+};
 
 template <typename... Arguments>
 void Put(COleDispatchDriver& object, DISPID id, const BYTE* parms, Arguments... arguments) {

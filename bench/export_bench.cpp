@@ -160,6 +160,7 @@ int main(int argc, char** argv) {
                                          })
                 ->Unit(benchmark::kMillisecond)
                 ->UseRealTime()
+                ->MeasureProcessCPUTime()
                 ->Iterations(1);
         }
         benchmark::RunSpecifiedBenchmarks();

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/format_bench.h"
 #include "tkkernel/util.h"
 
 namespace {
@@ -208,6 +209,8 @@ int main(int argc, char** argv) {
         for (auto _ : state)
             benchmark::DoNotOptimize(ByBoost(record));
     });
+
+    RegisterFormats();
 
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

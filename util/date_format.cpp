@@ -1,3 +1,4 @@
+#include <array>
 #include <cmath>
 
 #include "tkkernel/util.h"
@@ -10,10 +11,23 @@ namespace {
 
 constexpr std::string_view kDefaultFormat = "YYYY/MM/DD hh:mm:ss";
 
-struct Token {
-    std::string_view text;
-    void (*add)(TextBuilder& result, const SYSTEMTIME& time);
+/// The letters of a format, which count when they stand twice.
+struct Letter {
+    char letter;
+    WORD SYSTEMTIME::*part;
 };
+constexpr Letter kLetters[] = {
+    {'Y', &SYSTEMTIME::wYear},  // the last two digits; all of them when it stands four times
+    {'M', &SYSTEMTIME::wMonth},  {'D', &SYSTEMTIME::wDay},    {'h', &SYSTEMTIME::wHour},
+    {'m', &SYSTEMTIME::wMinute}, {'s', &SYSTEMTIME::wSecond},
+};
+
+constexpr auto kPartOf = [] {
+    std::array<WORD SYSTEMTIME::*, 256> parts{};
+    for (const Letter& letter : kLetters)
+        parts[static_cast<unsigned char>(letter.letter)] = letter.part;
+    return parts;
+}();
 
 void AddYear(TextBuilder& result, unsigned year) {
     if (year >= 1000) {
@@ -24,30 +38,30 @@ void AddYear(TextBuilder& result, unsigned year) {
     result.AddTwoDigits(year);
 }
 
-/// The longer of two that begin alike comes first. No value holds the letters of a token, so one walk gives what
-/// replacing token after token does.
-constexpr Token kTokens[] = {
-    {"YYYY", [](TextBuilder& result, const SYSTEMTIME& time) { AddYear(result, time.wYear); }},
-    {"YY", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wYear); }},
-    {"MM", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wMonth); }},
-    {"DD", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wDay); }},
-    {"hh", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wHour); }},
-    {"mm", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wMinute); }},
-    {"ss", [](TextBuilder& result, const SYSTEMTIME& time) { result.AddTwoDigits(time.wSecond); }},
-    // Contract: one day ahead: Sunday is called Tuesday. Saturday, beyond the end of the names, takes the first one.
-    {"W", [](TextBuilder& result, const SYSTEMTIME& time) { result.Add(kWeekdays[(time.wDayOfWeek + 1) % 7]); }},
-};
-
-constexpr bool BeginsToken(char ch) {
-    return ch == 'Y' || ch == 'M' || ch == 'D' || ch == 'h' || ch == 'm' || ch == 's' || ch == 'W';
-}
-
-const Token* FindToken(std::string_view text) {
-    if (!BeginsToken(text.front())) return nullptr;
-    for (const Token& token : kTokens) {
-        if (text.starts_with(token.text)) return &token;
+/// Writes what the beginning of a format stands for. No value holds a letter of the format, so one walk gives what
+/// replacing one token after the other does.
+/// @return the bytes of the format that were used
+std::size_t AddNext(TextBuilder& result, std::string_view format, const SYSTEMTIME& time) {
+    const char ch = format.front();
+    if (format.size() > 1 && format[1] == ch) {
+        if (const auto part = kPartOf[static_cast<unsigned char>(ch)]; part != nullptr) {
+            if (format.starts_with("YYYY")) {
+                AddYear(result, time.wYear);
+                return 4;
+            }
+            result.AddTwoDigits(time.*part);
+            return 2;
+        }
     }
-    return nullptr;
+    if (ch == 'W') {
+        // Contract: one day ahead: Sunday is called Tuesday. Saturday, beyond the end of the names, takes the first.
+        result.Add(kWeekdays[(time.wDayOfWeek + 1) % 7]);
+        return 1;
+    }
+    const std::size_t length = CharacterLength(format, 0);
+    result.Add(ch);
+    if (length == 2) result.Add(format[1]);
+    return length;
 }
 
 }  // namespace
@@ -61,15 +75,7 @@ CString DateToString(DATE date, const char* szFormat) {
     std::string_view rest = View(szFormat);
     if (rest.empty()) rest = kDefaultFormat;
     TextBuilder result;
-    while (!rest.empty()) {
-        if (const Token* const token = FindToken(rest)) {
-            token->add(result, time);
-            rest.remove_prefix(token->text.size());
-        } else {
-            const std::size_t length = CharacterLength(rest, 0);
-            result.Add(rest.substr(0, length));
-            rest.remove_prefix(length);
-        }
-    }
+    while (!rest.empty())
+        rest.remove_prefix(AddNext(result, rest, time));
     return result.Take();
 }

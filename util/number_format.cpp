@@ -23,8 +23,8 @@ CString DoubleToString(double nValue, const char* szFormat) {
     if (format == kAmountPattern) return UpperCurrency(nValue, kUsualForm);
     if (format == kFixedAmountPattern) return UpperCurrency(nValue, kFixedForm);
     if (!std::isfinite(nValue)) return {};
-    if (auto text = FormatByPattern(nValue, format)) return *std::move(text);
-    if (auto text = FormatByPrintf(nValue, format)) return *std::move(text);
+    TextBuilder result;
+    if (FormatByPattern(nValue, format, result) || FormatByPrintf(nValue, format, result)) return result.Take();
     return {};
 }
 

@@ -6,7 +6,6 @@
 #include "util/decimal_digits.h"
 #include "util/messages.h"
 #include "util/text.h"
-#include "util/text_builder.h"
 
 namespace tk::util {
 namespace {
@@ -172,32 +171,29 @@ const Section& SectionFor(const Pattern& pattern, double value) {
     return pattern.sections[index < pattern.count && !pattern.sections[index].isEmpty ? index : 0];
 }
 
-CString Print(const Pattern& pattern, double value) {
+void Print(const Pattern& pattern, double value, TextBuilder& result) {
     const Section& section = SectionFor(pattern, value);
-    TextBuilder result;
-    if (!section.hasPlaces) {
-        AddLiteral(result, section.prefix);
-        return result.Take();
-    }
+    if (!section.hasPlaces) return AddLiteral(result, section.prefix);
     const DecimalDigits digits(std::fabs(value), section.shift, section.mostFraction);
     if (value != 0) {
         // What prints as zero is one, and has no sign.
-        if (digits.IsZero() && &SectionFor(pattern, 0) != &section) return Print(pattern, 0);
+        if (digits.IsZero() && &SectionFor(pattern, 0) != &section) return Print(pattern, 0, result);
         if (value < 0 && &section == pattern.sections && !digits.IsZero()) result.Add('-');
     }
     AddLiteral(result, section.prefix);
     AddWhole(result, section, digits.Whole());
     AddFraction(result, section, digits.Fraction());
     AddLiteral(result, section.suffix);
-    return result.Take();
 }
 
 }  // namespace
 
-std::optional<CString> FormatByPattern(double value, std::string_view format) {
+bool FormatByPattern(double value, std::string_view format, TextBuilder& result) {
+    if (format.starts_with('%')) return false;  // the quick way to printf's formats: no pattern begins so
     Pattern pattern;
-    if (!Reader(format).ReadPattern(pattern)) return std::nullopt;
-    return Print(pattern, value);
+    if (!Reader(format).ReadPattern(pattern)) return false;
+    Print(pattern, value, result);
+    return true;
 }
 
 }  // namespace tk::util

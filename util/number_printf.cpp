@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "util/number_text.h"
-#include "util/text_builder.h"
 
 namespace tk::util {
 namespace {
@@ -42,13 +41,10 @@ struct Size {
 constexpr Size kSizes[] = {{"I64", true}, {"I32", false}, {"ll", true}, {"l", false}, {"hh", false},
                            {"h", false},  {"L", false},   {"j", true},  {"z", true},  {"t", true}};
 
-/// What a letter of a format converts as; the rest of printf's letters take no number.
-struct Letter {
-    char written;
-    char meant;
-};
-constexpr Letter kLetters[] = {{'d', 'd'}, {'i', 'd'}, {'u', 'u'}, {'o', 'o'}, {'x', 'x'}, {'X', 'X'},
-                               {'f', 'f'}, {'F', 'f'}, {'e', 'e'}, {'E', 'E'}, {'g', 'g'}, {'G', 'G'}};
+/// The letters that take a number, and what each one converts as; the rest of printf's letters take something else.
+constexpr std::string_view kWritten = "dfiuoxXFeEgG";
+constexpr std::string_view kMeant = "dfduoxXfeEgG";
+static_assert(kWritten.size() == kMeant.size());
 
 bool TakeFlag(char ch, Conversion& conversion) {
     switch (ch) {
@@ -77,6 +73,14 @@ bool TakeNumber(std::string_view& text, int& number) {
     return true;
 }
 
+bool TakeLetter(std::string_view& text, Conversion& conversion) {
+    const std::size_t index = text.empty() ? std::string_view::npos : kWritten.find(text.front());
+    if (index == std::string_view::npos) return false;
+    conversion.letter = kMeant[index];
+    text.remove_prefix(1);
+    return true;
+}
+
 /// Takes what follows a percent sign.
 bool TakeConversion(std::string_view& text, Conversion& conversion) {
     while (!text.empty() && TakeFlag(text.front(), conversion))
@@ -86,17 +90,12 @@ bool TakeConversion(std::string_view& text, Conversion& conversion) {
         text.remove_prefix(1);
         if (!TakeNumber(text, conversion.precision)) return false;
     }
+    if (TakeLetter(text, conversion)) return true;
     for (const Size& size : kSizes) {
         if (!text.starts_with(size.text)) continue;
         conversion.isWide = size.isWide;
         text.remove_prefix(size.text.size());
-        break;
-    }
-    for (const Letter& letter : kLetters) {
-        if (!text.starts_with(letter.written)) continue;
-        conversion.letter = letter.meant;
-        text.remove_prefix(1);
-        return true;
+        return TakeLetter(text, conversion);
     }
     return false;
 }
@@ -213,19 +212,18 @@ bool AddInteger(TextBuilder& result, const Conversion& conversion, double value)
 
 }  // namespace
 
-std::optional<CString> FormatByPrintf(double value, std::string_view text) {
+bool FormatByPrintf(double value, std::string_view text, TextBuilder& result) {
     Format format;
-    if (!Read(text, format)) return std::nullopt;
+    if (!Read(text, format)) return false;
     const Conversion& conversion = format.conversion;
-    TextBuilder result;
     AddLiteral(result, format.prefix);
     if (conversion.IsReal()) {
         if (!AddShortReal(result, conversion, value)) AddByFormatter(result, conversion, value);
     } else if (!AddInteger(result, conversion, value)) {
-        return std::nullopt;
+        return false;
     }
     AddLiteral(result, format.suffix);
-    return result.Take();
+    return true;
 }
 
 }  // namespace tk::util

@@ -110,6 +110,12 @@ HRESULT ParameterObject::QueryInterface(REFIID iid, void** object) {
 
 void ParameterObject::SetValue(const Value& value) {
     hasChunks_ = false;
+    // No database takes an object; one that held this parameter would never be let go again.
+    const VARTYPE type = value.Type();
+    const bool isObject = type == VT_DISPATCH || type == VT_UNKNOWN;
+    if (isObject || ((type & VT_ARRAY) != 0 && type != (VT_ARRAY | VT_UI1))) {
+        throw AdoError(ErrorNumber::DataConversion, declaration_.name);
+    }
     // Without a type, and while nothing is given, there is nothing to compare with.
     if (declaration_.type == 0 || value.IsEmpty()) {
         value_ = value;

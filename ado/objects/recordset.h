@@ -17,13 +17,13 @@
 #include "ado/cursor/client_cursor.h"
 #include "ado/cursor/edit_buffer.h"
 #include "ado/objects/automation.h"
-#include "ado/objects/execution.h"
 #include "ado/objects/connection.h"
+#include "ado/objects/execution.h"
 #include "ado/objects/open_rows.h"
 #include "ado/objects/properties.h"
 #include "ado/objects/row_access.h"
-#include "ado/persist/recordset_file.h"
 #include "ado/objects/rowset_properties.h"
+#include "ado/persist/recordset_file.h"
 
 namespace tk::ado {
 
@@ -102,7 +102,6 @@ protected:
     std::shared_ptr<ErrorList> Errors() const override;
 
 private:
-
     // --- opening, closing, settings ---
     void GetFields(Call& call);
     void GetActiveConnection(Call& call);

@@ -14,6 +14,7 @@ constexpr DefaultKeyword kSqliteDefaults[] = {
 };
 
 constexpr const char* kPostgresWords[] = {"psqlodbc", "postgres"};
+constexpr std::string_view kPostgresSystemColumns[] = {"xmin", "xmax", "cmin", "cmax", "ctid", "tableoid"};
 constexpr DefaultKeyword kPostgresDefaults[] = {
     {"BoolsAsChar", "0", false},
     {"MaxVarcharSize", "4000", false},
@@ -72,6 +73,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasBatches = true,
         .hasManyActiveStatements = true,
         .describesBase = true,
+        .systemColumns = kPostgresSystemColumns,
         .identityQuery = "select lastval()",
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,

@@ -66,11 +66,12 @@ struct DriverProfile {
     int streamingRowsAttribute = 0;           // ... and the rows that come at a time
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
-    bool hasBatches = false;                     // SQLMoreResults is worth asking
-    bool hasManyActiveStatements = false;        // several open results on one connection
-    bool describesBase = false;                  // base table names of result columns can be trusted
-    bool baseColumnIsAlias = false;              // the base column name is the result's alias: check against the table
-    bool hasConnectionDead = true;               // SQL_ATTR_CONNECTION_DEAD exists
+    bool hasBatches = false;               // SQLMoreResults is worth asking
+    bool hasManyActiveStatements = false;  // several open results on one connection
+    bool describesBase = false;            // base table names of result columns can be trusted
+    bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
+    std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong
+    bool hasConnectionDead = true;                         // SQL_ATTR_CONNECTION_DEAD exists
     bool isFileDatabase = false;                 // the database is a local file: its identity tells a replaced one
     bool hasWideParameters = false;              // texts are sent as national characters
     bool hasPlainDecimals = false;               // decimal parameters are sent as plain text

@@ -64,6 +64,8 @@ PhysicalConnection::PhysicalConnection(const Request& request) : dbc_(SharedEnvi
 }
 
 PhysicalConnection::~PhysicalConnection() {
+    // The driver manager frees the statements of a connection that ends: these handles end before.
+    prepared_.clear();
     handles_.clear();
     if (!isAutoCommit_) Odbc().EndTran(SQL_HANDLE_DBC, Get(), SQL_ROLLBACK);
     Odbc().Disconnect(Get());

@@ -72,6 +72,10 @@ void DescribePrepared(Session& session, std::string_view sql, std::span<Column> 
         column.baseCatalog = TextAttribute(statement.Get(), number, SQL_DESC_CATALOG_NAME);
         column.baseSchema = TextAttribute(statement.Get(), number, SQL_DESC_SCHEMA_NAME);
         column.baseColumn = TextAttribute(statement.Get(), number, SQL_DESC_BASE_COLUMN_NAME);
+        // The driver calls every one of these by the same wrong name.
+        const std::string label = text::Utf16ToUtf8(column.name);
+        const auto& hidden = connection.Profile().systemColumns;
+        if (std::ranges::find(hidden, label) != hidden.end()) column.baseColumn = label;
     }
 }
 

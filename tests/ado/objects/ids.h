@@ -112,6 +112,38 @@ enum : DISPID {
 };
 }
 
+namespace command {
+enum : DISPID {
+    kParameters = 0,
+    kActiveConnection = 1,
+    kCommandText = 2,
+    kCommandTimeout = 3,
+    kPrepared = 4,
+    kExecute = 5,
+    kCreateParameter = 6,
+    kCommandType = 7,
+    kName = 8,
+    kState = 9,
+    kCancel = 10,
+    kProperties = 500
+};
+}
+
+namespace parameter {
+enum : DISPID {
+    kValue = 0,
+    kName = 1,
+    kType = 2,
+    kDirection = 3,
+    kPrecision = 4,
+    kNumericScale = 5,
+    kSize = 6,
+    kAppendChunk = 7,
+    kAttributes = 8
+};
+enum : DISPID { kAppend = 0x60030000, kDelete = 0x60030001 };  // of the collection
+}  // namespace parameter
+
 namespace collection {
 enum : DISPID { kItem = 0, kCount = 1, kRefresh = 2, kAppend = 3, kDelete = 4, kNewEnum = -4 };
 }

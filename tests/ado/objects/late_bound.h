@@ -22,6 +22,8 @@ STDAPI DllCanUnloadNow();
 
 namespace tk::ado::test {
 
+constexpr ULONG kCommandClass = 0x00000507;
+constexpr ULONG kParameterClass = 0x0000050B;
 constexpr ULONG kConnectionClass = 0x00000514;
 constexpr ULONG kRecordsetClass = 0x00000535;
 

@@ -70,6 +70,35 @@ const std::vector<Ids>& PropertyIds() {
     return ids;
 }
 
+const std::vector<Ids>& CommandIds() {
+    static const std::vector<Ids> ids = {
+        {kGet,
+         {0, 1, 2, 3, 4, 7, 8, 9, 500, 0x60030000, 0x60030003, 0x60030005, 0x60030007, 0x6003000C, 0x6003000E,
+          0x60040000}},
+        {kPut, {1, 2, 3, 4, 7, 8, 0x60030000, 0x60030003, 0x60030005, 0x60030007, 0x6003000C, 0x6003000E}},
+        {kPutRef, {1, 0x60030000}},
+        {kMethod, {5, 6, 10, 0x60030009, 0x6003000A, 0x60040001}},
+    };
+    return ids;
+}
+
+const std::vector<Ids>& ParametersIds() {
+    static const std::vector<Ids> ids = {{kGet, {-4, 0, 1, 0x60020000}},
+                                         {kMethod, {2, 0x60020002, 0x60030000, 0x60030001}}};
+    return ids;
+}
+
+const std::vector<Ids>& ParameterIds() {
+    static const std::vector<Ids> ids = {
+        {kGet,
+         {0, 1, 2, 3, 4, 5, 6, 8, 0x60030000, 0x60030004, 0x60030006, 0x60030008, 0x6003000A, 0x6003000C, 0x6003000F}},
+        {kPut,
+         {0, 1, 2, 3, 4, 5, 6, 8, 0x60030000, 0x60030004, 0x60030006, 0x60030008, 0x6003000A, 0x6003000C, 0x6003000F}},
+        {kMethod, {7, 0x6003000E}},
+    };
+    return ids;
+}
+
 /// Some objects of each class, none of them with a database behind it.
 struct Subjects {
     Subjects() {
@@ -87,8 +116,11 @@ struct Subjects {
         properties = rows.Get(500).Result();
         property = properties.Get(0, {Number(0)}).Result();
         connection = Object::Create(kConnectionClass);
+        command = Object::Create(kCommandClass);
+        parameters = command.Get(command::kParameters).Result();
+        parameter = command.Call(command::kCreateParameter, {Text(u"p"), Number(3)}).Result();
     }
-    Object connection, rows, fields, field, properties, property;
+    Object connection, rows, fields, field, properties, property, command, parameters, parameter;
 };
 
 struct Subject {
@@ -99,7 +131,9 @@ struct Subject {
 std::vector<Subject> All(const Subjects& subjects) {
     return {{subjects.connection, ConnectionIds()}, {subjects.rows, RecordsetIds()},
             {subjects.fields, FieldsIds()},         {subjects.field, FieldIds()},
-            {subjects.properties, PropertiesIds()}, {subjects.property, PropertyIds()}};
+            {subjects.properties, PropertiesIds()}, {subjects.property, PropertyIds()},
+            {subjects.command, CommandIds()},       {subjects.parameters, ParametersIds()},
+            {subjects.parameter, ParameterIds()}};
 }
 
 TEST(EveryMember, IsKnownByItsIdsAndKinds) {
@@ -145,7 +179,8 @@ public:
             case 8:
                 return Array({});
             case 9: {
-                const auto subject = All(subjects)[Below(6)];
+                const auto all = All(subjects);
+                const auto subject = all[Below(all.size())];
                 return subject.object.AsValue(Below(2) == 0 ? VT_DISPATCH : VT_UNKNOWN);
             }
             case 10: {

@@ -1,0 +1,200 @@
+// Stored procedures and functions on the servers that have them: input, output and return values, rows, descriptions.
+#include <gtest/gtest.h>
+
+#include "database_systems.h"
+
+namespace tk::ado::test {
+namespace {
+
+constexpr LONG kInput = 1;
+constexpr LONG kOutput = 2;
+constexpr LONG kInputOutput = 3;
+constexpr LONG kReturnValue = 4;
+constexpr LONG kStoredProcedure = 4;
+
+class ProcedureTest : public SystemTest {
+protected:
+    void SetUp() override {
+        SystemTest::SetUp();
+        Drop(u"stock");
+        Do(u"create table stock (id integer primary key, name varchar(20))");
+        Do(u"insert into stock values (1, '苹果')");
+        Do(u"insert into stock values (2, 'pear')");
+        if (GetParam() == SystemKind::Postgres) {
+            Do(u"create or replace function \"All Stock\"() returns setof stock language sql as "
+               u"'select * from stock order by id'");
+            Do(u"create or replace function one_of(wanted integer) returns setof stock language sql as "
+               u"'select * from stock where id = wanted'");
+            Do(u"create or replace function plus_one(x integer) returns integer language sql as 'select x + 1'");
+            Do(u"create or replace function divide(a integer, inout b integer, out words varchar) language sql as "
+               u"'select a / b, ''余'' || (a % b)'");
+            Do(u"create or replace procedure \"Add Stock\"(id integer, name varchar, inout total integer) "
+               u"language plpgsql as $$ begin insert into stock values (id, name); "
+               u"total := total + (select count(*) from stock); end $$");
+            Do(u"create or replace procedure empty_stock() language sql as 'delete from stock'");
+        } else {
+            for (const char16_t* name : {u"All Stock", u"one_of", u"divide", u"Add Stock", u"empty_stock"})
+                Do(u"drop procedure if exists \"" + std::u16string(name) + u"\"");
+            Do(u"drop function if exists plus_one");
+            Do(u"create procedure \"All Stock\"() select * from stock order by id");
+            Do(u"create procedure one_of(wanted integer) select * from stock where id = wanted");
+            Do(u"create function plus_one(x integer) returns integer deterministic return x + 1");
+            Do(u"create procedure divide(a integer, inout b integer, out words varchar(20)) begin "
+               u"set words = concat('余', a % b); set b = a div b; end");
+            Do(u"create procedure \"Add Stock\"(id integer, name varchar(20), inout total integer) begin "
+               u"insert into stock values (id, name); set total = total + (select count(*) from stock); end");
+            Do(u"create procedure empty_stock() delete from stock");
+        }
+        command_ = Object::Create(kCommandClass);
+        command_.PutRef(command::kActiveConnection, connection_.AsValue());
+        command_.Put(command::kCommandType, Number(kStoredProcedure));
+    }
+    void SetProcedure(std::u16string_view name) const { command_.Put(command::kCommandText, Text(name)); }
+    Object Add(std::u16string_view name, LONG type, LONG direction, LONG size, const Value& value = Omitted()) const {
+        const Object declared =
+            command_.Call(command::kCreateParameter, {Text(name), Number(type), Number(direction), Number(size), value})
+                .Result();
+        const Outcome appended =
+            command_.Get(command::kParameters).Result().Call(parameter::kAppend, {declared.AsValue()});
+        EXPECT_TRUE(appended.Ok()) << appended;
+        return declared;
+    }
+    Outcome Run(LONG options = -1) const {
+        return command_.Call(command::kExecute, {Omitted(), Omitted(), Number(options)});
+    }
+
+    Object command_;
+};
+
+TEST_P(ProcedureTest, GivesItsRowsToARecordsetOpenedByAConnectionText) {
+    // As the library opens it: the name in double quotes, the connection as a text, both cursor kinds.
+    const std::u16string connection = ToUtf16(ConnectionString(GetParam()));
+    for (const LONG lock : {1, 3}) {
+        SCOPED_TRACE(lock);
+        const Object rows = Object::Create(kRecordsetClass);
+        rows.Put(recordset::kCursorLocation, Number(3));
+        const Outcome opened =
+            rows.Call(recordset::kOpen, {Text(u"\"All Stock\""), Text(connection), Number(lock == 1 ? 0 : 2),
+                                         Number(lock), Number(kStoredProcedure)});
+        ASSERT_TRUE(opened.Ok()) << opened;
+        EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 2);
+        EXPECT_EQ(ValueOf(rows, u"name"), ToUtf8(u"苹果"));
+        const Outcome again = rows.Call(recordset::kRequery);
+        EXPECT_TRUE(again.Ok()) << again;
+    }
+    const Object rows = Object::Create(kRecordsetClass);
+    const Outcome missing = rows.Call(
+        recordset::kOpen, {Text(u"\"no such\""), Text(connection), Number(0), Number(1), Number(kStoredProcedure)});
+    EXPECT_FALSE(missing.Ok());
+    EXPECT_EQ(rows.Get(recordset::kState).Long(), 0);
+}
+
+TEST_P(ProcedureTest, TakesArgumentsInItsText) {
+    SetProcedure(u"one_of(2)");
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(ValueOf(outcome.Result(), u"name"), "pear");
+}
+
+TEST_P(ProcedureTest, TakesInputParameters) {
+    SetProcedure(u"one_of");
+    const Object wanted = Add(u"wanted", 3, kInput, 0, Number(1));
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(ValueOf(outcome.Result(), u"name"), ToUtf8(u"苹果"));
+    wanted.Put(parameter::kValue, Number(2));
+    EXPECT_EQ(ValueOf(Run().Result(), u"name"), "pear");
+    wanted.Put(parameter::kValue, Number(3));
+    EXPECT_TRUE(Run().Result().Get(recordset::kEof).True());
+    // Values of one call.
+    const Outcome given = command_.Call(command::kExecute, {Omitted(), Array({Number(1)})});
+    EXPECT_EQ(ValueOf(given.Result(), u"name"), ToUtf8(u"苹果"));
+}
+
+TEST_P(ProcedureTest, GivesBackOutputValues) {
+    SetProcedure(u"divide");
+    Add(u"a", 3, kInput, 0, Number(17));
+    const Object b = Add(u"b", 3, kInputOutput, 0, Number(5));
+    const Object words = Add(u"words", 202, kOutput, 20);
+    for (const LONG options : {-1, 128}) {
+        SCOPED_TRACE(options);
+        b.Put(parameter::kValue, Number(5));
+        const Outcome outcome = Run(options);
+        ASSERT_TRUE(outcome.Ok()) << outcome;
+        EXPECT_EQ(b.Get(parameter::kValue).value.Type(), VT_I4);
+        EXPECT_EQ(b.Get(parameter::kValue).Long(), 3);
+        EXPECT_EQ(words.Get(parameter::kValue).Utf8(), ToUtf8(u"余2"));
+    }
+    b.Put(parameter::kValue, Value::Null());
+    ASSERT_TRUE(Run().Ok());
+    EXPECT_TRUE(b.Get(parameter::kValue).value.IsNull());
+    EXPECT_TRUE(words.Get(parameter::kValue).value.IsNull());
+}
+
+TEST_P(ProcedureTest, GivesBackTheReturnValueOfAFunction) {
+    SetProcedure(u"plus_one");
+    const Object returned = Add(u"r", 3, kReturnValue, 0);
+    Add(u"x", 3, kInput, 0, Number(41));
+    const Outcome outcome = Run(128);
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(returned.Get(parameter::kValue).Long(), 42);
+}
+
+TEST_P(ProcedureTest, ChangesTables) {
+    SetProcedure(u"\"Add Stock\"");
+    Add(u"id", 3, kInput, 0, Number(7));
+    Add(u"name", 202, kInput, 20, Text(u"it's 新"));
+    const Object total = Add(u"total", 3, kInputOutput, 0, Number(100));
+    const Outcome outcome = Run(128);
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(total.Get(parameter::kValue).Long(), 103);
+    EXPECT_EQ(AskFor(u"select name from stock where id = 7"), ToUtf8(u"it's 新"));
+    const Outcome twice = Run(128);
+    EXPECT_EQ(twice.Error(), 0x80040E2Fu) << twice;
+    const Outcome emptied =
+        connection_.Call(connection::kExecute, {Text(u"empty_stock"), Omitted(), Number(kStoredProcedure)});
+    ASSERT_TRUE(emptied.Ok()) << emptied;
+    EXPECT_EQ(AskFor(u"select count(*) from stock"), "0");
+}
+
+TEST_P(ProcedureTest, IsDescribedByTheDatabase) {
+    SetProcedure(u"divide");
+    const Object list = command_.Get(command::kParameters).Result();
+    // Looked at without having been declared, they are asked for.
+    ASSERT_EQ(list.Get(collection::kCount).Long(), 3);
+    const auto describe = [&](LONG index) {
+        const Object each = list.Get(collection::kItem, {Number(index)}).Result();
+        return each.Get(parameter::kName).Utf8() + " " + each.Get(parameter::kDirection).Utf8() + " " +
+               (each.Get(parameter::kType).Long() == 3 ? "integer" : "text");
+    };
+    EXPECT_EQ(describe(0), "a 1 integer");
+    EXPECT_EQ(describe(1), "b 3 integer");
+    EXPECT_EQ(describe(2), "words 2 text");
+    list.Get(collection::kItem, {Text(u"a")}).Result().Put(parameter::kValue, Number(9));
+    list.Get(collection::kItem, {Text(u"b")}).Result().Put(parameter::kValue, Number(2));
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(list.Get(collection::kItem, {Text(u"words")}).Result().Get(parameter::kValue).Utf8(), ToUtf8(u"余1"));
+    // Another text has other parameters.
+    SetProcedure(u"plus_one");
+    ASSERT_TRUE(list.Call(collection::kRefresh).Ok());
+    ASSERT_EQ(list.Get(collection::kCount).Long(), 2);
+    EXPECT_EQ(describe(0), "RETURN_VALUE 4 integer");
+    EXPECT_EQ(describe(1), "x 1 integer");
+}
+
+TEST_P(ProcedureTest, HasItsMarksCountedInAStatementOfItsOwn) {
+    command_.Put(command::kCommandType, Number(1));
+    SetProcedure(u"select * from stock where id = ? and name = ?");
+    const Object list = command_.Get(command::kParameters).Result();
+    EXPECT_EQ(list.Get(collection::kCount).Long(), 0);
+    const Outcome refreshed = list.Call(collection::kRefresh);
+    ASSERT_TRUE(refreshed.Ok()) << refreshed;
+    EXPECT_EQ(list.Get(collection::kCount).Long(), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, ProcedureTest, ::testing::Values(SystemKind::Postgres, SystemKind::MariaDb),
+                         SystemName);
+
+}  // namespace
+}  // namespace tk::ado::test

@@ -1,0 +1,7 @@
+// Any bytes as a recordset in its binary form.
+#include "saved_recordset.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    tk::fuzz::TryToRead(data, size, tk::ado::ReadTableGram);
+    return 0;
+}

@@ -2,6 +2,7 @@
 #include "ado/cursor/text.h"
 #include "ado/objects/command_object.h"
 #include "ado/odbc/physical_connection.h"
+#include "ado/odbc/procedure_name.h"
 #include "ado/rowset/type_map.h"
 
 namespace tk::ado {

@@ -62,13 +62,4 @@ struct CommandSql {
 /// @throws AdoError when the database cannot be asked
 CommandSql SqlOf(const Command& command, Session& session, std::span<const LONG> directions = {});
 
-/// The name of a stored procedure as the database's catalog has it, and how many characters of the text it takes.
-struct ProcedureName {
-    std::string schema;  // of what stands in front of the name, the part next to it
-    std::string name;
-    bool isQuoted = false;
-    std::size_t length = 0;
-};
-ProcedureName ReadProcedureName(std::string_view text);
-
 }  // namespace tk::ado

@@ -3,6 +3,7 @@
 
 #include "ado/objects/command_text.h"
 #include "ado/odbc/ascii.h"
+#include "ado/odbc/procedure_name.h"
 #include "ado/rowset/row_set.h"
 
 namespace tk::ado {
@@ -114,35 +115,6 @@ CommandSql CallOf(const std::string& text, Session& session, std::span<const LON
 }
 
 }  // namespace
-
-ProcedureName ReadProcedureName(std::string_view text) {
-    ProcedureName read;
-    std::size_t at = 0;
-    for (;;) {
-        while (at < text.size() && text[at] == ' ')
-            ++at;
-        std::string part;
-        const char open = at < text.size() ? text[at] : ' ';
-        const char close = open == '[' ? ']' : open;
-        read.isQuoted = open == kAnsiQuote || open == '`' || open == '[';
-        if (read.isQuoted) {
-            for (++at; at < text.size(); ++at) {
-                if (text[at] == close && text.substr(at + 1, 1) != std::string_view(&close, 1)) break;
-                if (text[at] == close) ++at;
-                part += text[at];
-            }
-            if (at < text.size()) ++at;
-        } else {
-            while (at < text.size() && text[at] != '.' && text[at] != '(' && text[at] != ' ')
-                part += text[at++];
-        }
-        read.name = std::move(part);
-        read.length = at;
-        if (at >= text.size() || text[at] != '.') return read;
-        read.schema = std::move(read.name);
-        ++at;
-    }
-}
 
 CommandSql SqlOf(const Command& command, Session& session, std::span<const LONG> directions) {
     CommandSql sql;

@@ -97,6 +97,7 @@ constexpr DriverProfile kProfiles[] = {
         .identityQuery = "select last_insert_id()",
         .emptyInsert = "() VALUES ()",
         .procedureCall = ProcedureCall::EscapeOrSelect,
+        .hasOutputRow = true,
     },
     {
         .name = "freetds",

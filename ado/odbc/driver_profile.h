@@ -81,6 +81,7 @@ struct DriverProfile {
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
     const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name
     ProcedureCall procedureCall = ProcedureCall::Escape;
+    bool hasOutputRow = false;             // output values come as a row as well; only there a NULL is told
     const char* procedureQuery = nullptr;  // for SelectFromOrCall: a row when the name (a parameter) is a procedure
 };
 

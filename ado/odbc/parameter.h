@@ -6,6 +6,7 @@
 #include <oleauto.h>
 
 #include <cstddef>
+#include <string>
 
 #include "ado/rowset/cell.h"
 #include "ado/rowset/column.h"
@@ -36,6 +37,17 @@ public:
     /// left, not before.
     /// @param value  uninitialised on entry; NULL when the driver has not said anything
     virtual void Read(std::size_t place, const Column& column, VARIANT& value) const = 0;
+
+    // --- for a driver that gives the values as a row as well (output_row.h) ---
+
+    /// How many of the parameters are outputs.
+    virtual std::size_t Count() const noexcept = 0;
+
+    /// The C type in which an output is kept; outputs count from 0, inputs left out.
+    virtual short CType(std::size_t output) const = 0;
+
+    /// @param value  null: NULL
+    virtual void Put(std::size_t output, const std::string* value) = 0;
 };
 
 }  // namespace tk::ado

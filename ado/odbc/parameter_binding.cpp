@@ -116,6 +116,33 @@ void ParameterBinding::Slots::Read(std::size_t place, const Column& column, VARI
     MakeVariant(CellFromText(column.kind, text), column, value);
 }
 
+std::size_t ParameterBinding::Slots::Count() const noexcept {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(list, [](const Slot& slot) { return slot.direction != SQL_PARAM_INPUT; }));
+}
+
+std::size_t ParameterBinding::Slots::PlaceOf(std::size_t output) const {
+    std::size_t place = 0;
+    while (list[place].direction == SQL_PARAM_INPUT || output-- != 0)
+        ++place;
+    return place;
+}
+
+short ParameterBinding::Slots::CType(std::size_t output) const {
+    return list[PlaceOf(output)].cType;
+}
+
+void ParameterBinding::Slots::Put(std::size_t output, const std::string* value) {
+    // The driver may still write into the bytes: they keep their place and size.
+    Slot& slot = list[PlaceOf(output)];
+    slot.indicator = SQL_NULL_DATA;
+    if (value == nullptr) return;
+    const std::size_t most = slot.bytes.size() - (slot.cType == SQL_C_CHAR ? 1 : 0);
+    const std::size_t length = std::min(value->size(), most);
+    std::copy_n(value->begin(), length, slot.bytes.begin());
+    slot.indicator = static_cast<SQLLEN>(length);
+}
+
 void ParameterBinding::ReadVariant(const VARIANT& value, const Column* column, Slot& slot) const {
     if (value.vt == (VT_VARIANT | VT_BYREF)) return ReadVariant(*value.pvarVal, column, slot);
     switch (value.vt) {

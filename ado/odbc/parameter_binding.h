@@ -21,7 +21,7 @@ public:
     ParameterBinding& operator=(const ParameterBinding&) = delete;
 
     /// The output values; they outlive the binding. Null when there is no output parameter.
-    std::shared_ptr<const ParameterOutputs> Outputs() const noexcept { return hasOutputs_ ? slots_ : nullptr; }
+    std::shared_ptr<ParameterOutputs> Outputs() const noexcept { return hasOutputs_ ? slots_ : nullptr; }
 
 private:
     /// One value and how the driver is told about it.
@@ -37,6 +37,12 @@ private:
     struct Slots final : ParameterOutputs {
         std::deque<Slot> list;  // never moves: the driver keeps the addresses
         void Read(std::size_t place, const Column& column, VARIANT& value) const override;
+        std::size_t Count() const noexcept override;
+        short CType(std::size_t output) const override;
+        void Put(std::size_t output, const std::string* value) override;
+
+    private:
+        std::size_t PlaceOf(std::size_t output) const;
     };
 
     void Read(const Parameter& parameter, Slot& slot) const;

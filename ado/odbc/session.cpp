@@ -6,6 +6,7 @@
 
 #include "ado/messages.h"
 #include "ado/odbc/catalog_call.h"
+#include "ado/odbc/output_row.h"
 #include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/physical_connection.h"
 #include "ado/odbc/result_sizes.h"
@@ -195,6 +196,7 @@ struct Session::Impl {
         if (called.binding) statement->outputs = called.binding->Outputs();
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
+        PassOutputRow(*statement);
         return Statement(std::move(statement));
     }
 

@@ -1,5 +1,6 @@
 #include "ado/odbc/statement.h"
 
+#include "ado/odbc/output_row.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/rowset/describe.h"
 
@@ -75,14 +76,18 @@ const std::vector<Column>& Statement::Columns() {
 
 bool Statement::MoreResults() {
     if (!impl_->handle->Profile().hasBatches) return false;
-    const bool isWatched = impl_->handle->Profile().timeLimit == TimeLimit::Watchdog;
-    WatchdogGuard guard(isWatched ? impl_->timeoutSeconds : 0, *impl_->handle);
-    const SQLRETURN result = Odbc().MoreResults(impl_->handle->Get());
+    return impl_->NextResult() && PassOutputRow(*impl_);
+}
+
+bool Statement::Impl::NextResult() {
+    const bool isWatched = handle->Profile().timeLimit == TimeLimit::Watchdog;
+    WatchdogGuard guard(isWatched ? timeoutSeconds : 0, *handle);
+    const SQLRETURN result = Odbc().MoreResults(handle->Get());
     guard.Finish();
     if (result == SQL_NO_DATA) return false;
-    if (!SQL_SUCCEEDED(result)) impl_->Fail(result);
-    impl_->isFirstResult = false;
-    impl_->ReadResultShape();
+    if (!SQL_SUCCEEDED(result)) Fail(result);
+    isFirstResult = false;
+    ReadResultShape();
     return true;
 }
 

@@ -56,7 +56,8 @@ public:
     /// What the driver said although the statement succeeded, for the Errors collection.
     const std::vector<ErrorRecord>& Warnings() const noexcept;
 
-    /// The output parameters of the execution; null when there are none. They outlive the statement.
+    /// The output parameters of the execution; null when there are none. They outlive the statement. A result that only
+    /// holds their values is not one of the statement's results.
     std::shared_ptr<const ParameterOutputs> Outputs() const noexcept;
 
     /// The columns of the current result, described once.

@@ -16,7 +16,7 @@ struct Statement::Impl {
     std::shared_ptr<Lease> lease;
     std::unique_ptr<StatementHandle> handle;
     std::unique_ptr<const ParameterBinding> binding;
-    std::shared_ptr<const ParameterOutputs> outputs;
+    std::shared_ptr<ParameterOutputs> outputs;
     std::string preparedText;      // what the handle is prepared for; empty: nothing that is worth keeping
     std::string text;              // to describe its origins later; empty for catalog calls
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
@@ -34,6 +34,9 @@ struct Statement::Impl {
 
     /// Reads column and row counts after an execution or a step to the next result.
     void ReadResultShape();
+
+    /// Steps to the next result; false when there is none.
+    bool NextResult();
 
     /// A failure of the handle: diagnostics first, then the question whether the connection still lives.
     [[noreturn]] void Fail(SQLRETURN result);

@@ -31,9 +31,12 @@ protected:
             Do(u"create or replace procedure \"Add Stock\"(id integer, name varchar, inout total integer) "
                u"language plpgsql as $$ begin insert into stock values (id, name); "
                u"total := total + (select count(*) from stock); end $$");
+            Do(u"create or replace function tell(inout same integer, inout gone integer, inout word varchar, "
+               u"out missing varchar, out empty varchar) language sql as "
+               u"$$ select same, null::integer, word, null::varchar, ''::varchar $$");
             Do(u"create or replace procedure empty_stock() language sql as 'delete from stock'");
         } else {
-            for (const char16_t* name : {u"All Stock", u"one_of", u"divide", u"Add Stock", u"empty_stock"})
+            for (const char16_t* name : {u"All Stock", u"one_of", u"divide", u"tell", u"Add Stock", u"empty_stock"})
                 Do(u"drop procedure if exists \"" + std::u16string(name) + u"\"");
             Do(u"drop function if exists plus_one");
             Do(u"create procedure \"All Stock\"() select * from stock order by id");
@@ -41,6 +44,8 @@ protected:
             Do(u"create function plus_one(x integer) returns integer deterministic return x + 1");
             Do(u"create procedure divide(a integer, inout b integer, out words varchar(20)) begin "
                u"set words = concat('余', a % b); set b = a div b; end");
+            Do(u"create procedure tell(inout same integer, inout gone integer, inout word varchar(20), "
+               u"out missing varchar(20), out empty varchar(20)) begin set gone = null; set empty = ''; end");
             Do(u"create procedure \"Add Stock\"(id integer, name varchar(20), inout total integer) begin "
                u"insert into stock values (id, name); set total = total + (select count(*) from stock); end");
             Do(u"create procedure empty_stock() delete from stock");
@@ -131,6 +136,36 @@ TEST_P(ProcedureTest, GivesBackOutputValues) {
     EXPECT_TRUE(words.Get(parameter::kValue).value.IsNull());
 }
 
+TEST_P(ProcedureTest, TellsNullFromAnEmptyTextAndFromTheInput) {
+    SetProcedure(u"tell");
+    const Object same = Add(u"same", 3, kInputOutput, 0);
+    const Object gone = Add(u"gone", 3, kInputOutput, 0);
+    const Object word = Add(u"word", 202, kInputOutput, 20);
+    const Object missing = Add(u"missing", 202, kOutput, 20, Text(u"before"));
+    const Object empty = Add(u"empty", 202, kOutput, 20, Text(u"before"));
+    for (const bool prepared : {false, true}) {
+        SCOPED_TRACE(prepared);
+        command_.Put(command::kPrepared, Value::Boolean(prepared));
+        for (int round = 0; round < 2; ++round) {
+            same.Put(parameter::kValue, Number(7));
+            gone.Put(parameter::kValue, Number(8));
+            word.Put(parameter::kValue, Text(u""));
+            const Outcome outcome = Run(128);
+            ASSERT_TRUE(outcome.Ok()) << outcome;
+            EXPECT_EQ(same.Get(parameter::kValue).Utf8(), "7");
+            EXPECT_EQ(gone.Get(parameter::kValue).Utf8(), "NULL");
+            EXPECT_EQ(word.Get(parameter::kValue).Utf8(), "");
+            EXPECT_EQ(missing.Get(parameter::kValue).Utf8(), "NULL");
+            EXPECT_EQ(empty.Get(parameter::kValue).Utf8(), "");
+        }
+        same.Put(parameter::kValue, Value::Null());
+        word.Put(parameter::kValue, Value::Null());
+        ASSERT_TRUE(Run().Ok());
+        EXPECT_EQ(same.Get(parameter::kValue).Utf8(), "NULL");
+        EXPECT_EQ(word.Get(parameter::kValue).Utf8(), "NULL");
+    }
+}
+
 TEST_P(ProcedureTest, GivesBackTheReturnValueOfAFunction) {
     SetProcedure(u"plus_one");
     const Object returned = Add(u"r", 3, kReturnValue, 0);
@@ -192,6 +227,107 @@ TEST_P(ProcedureTest, HasItsMarksCountedInAStatementOfItsOwn) {
     ASSERT_TRUE(refreshed.Ok()) << refreshed;
     EXPECT_EQ(list.Get(collection::kCount).Long(), 2);
 }
+
+/// Procedures that give rows and output values: PostgreSQL has none.
+class RowsAndOutputsTest : public ProcedureTest {
+protected:
+    void SetUp() override {
+        ProcedureTest::SetUp();
+        for (const char16_t* name : {u"列出 Stock", u"stock", u"sizes"})
+            Do(u"drop procedure if exists \"" + std::u16string(name) + u"\"");
+        Do(u"create procedure \"列出 Stock\"(inout least integer, out words varchar(20)) begin "
+           u"select * from stock where id >= least order by id; "
+           u"set words = concat('至', least), least = null; end");
+        // As the table is called whose rows it gives, and with as many outputs as that has columns.
+        Do(u"create procedure stock(inout a integer, inout b integer) begin "
+           u"select * from stock order by id; set a = b, b = null; end");
+        Do(u"create procedure sizes(out text_size longtext, out bytes longblob, out sum_of decimal(12,2), "
+           u"out at datetime) begin set text_size = repeat('长', 3000), bytes = x'00FF00', sum_of = 12345.50, "
+           u"at = '2003-07-04 13:05:09'; end");
+    }
+};
+
+TEST_P(RowsAndOutputsTest, GivesBothAtOnce) {
+    SetProcedure(u"\"列出 Stock\"");
+    const Object least = Add(u"least", 3, kInputOutput, 0, Number(2));
+    const Object words = Add(u"words", 202, kOutput, 20);
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(least.Get(parameter::kValue).Utf8(), "NULL");
+    EXPECT_EQ(words.Get(parameter::kValue).Utf8(), ToUtf8(u"至2"));
+    const Object rows = outcome.Result();
+    EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 1);
+    EXPECT_EQ(ValueOf(rows, u"name"), "pear");
+    // The values are no result; what follows the rows is how the call ended.
+    const Object end = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(static_cast<bool>(end));
+    EXPECT_EQ(end.Get(recordset::kState).Long(), 0);
+    EXPECT_FALSE(static_cast<bool>(end.Call(recordset::kNextRecordset).Result()));
+}
+
+TEST_P(RowsAndOutputsTest, TakesNoTableOfTheSameNameForTheOutputs) {
+    SetProcedure(u"stock");
+    const Object a = Add(u"a", 3, kInputOutput, 0, Number(5));
+    const Object b = Add(u"b", 3, kInputOutput, 0, Number(6));
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(outcome.Result().Get(recordset::kRecordCount).Long(), 2);
+    EXPECT_EQ(a.Get(parameter::kValue).Utf8(), "6");
+    EXPECT_EQ(b.Get(parameter::kValue).Utf8(), "NULL");
+}
+
+TEST_P(RowsAndOutputsTest, GivesNoRecordsetOfTheOutputsAlone) {
+    SetProcedure(u"divide");
+    Add(u"a", 3, kInput, 0, Number(17));
+    const Object b = Add(u"b", 3, kInputOutput, 0, Number(5));
+    Add(u"words", 202, kOutput, 20);
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(outcome.Result().Get(recordset::kState).Long(), 0);
+    EXPECT_EQ(b.Get(parameter::kValue).Long(), 3);
+}
+
+TEST_P(RowsAndOutputsTest, GivesOutputsToACallInItsOwnWords) {
+    command_.Put(command::kCommandType, Number(1));
+    for (const char16_t* text : {u"{call tell(?, ?, ?, ?, ?)}", u"CALL tell(?, ?, ?, ?, ?)"}) {
+        SCOPED_TRACE(ToUtf8(text));
+        SetProcedure(text);
+        const Object list = command_.Get(command::kParameters).Result();
+        while (list.Get(collection::kCount).Long() > 0)
+            ASSERT_TRUE(list.Call(parameter::kDelete, {Number(0)}).Ok());
+        const Object same = Add(u"", 3, kInputOutput, 0, Number(7));
+        const Object gone = Add(u"", 3, kInputOutput, 0, Number(8));
+        Add(u"", 202, kInputOutput, 20, Text(u""));
+        Add(u"", 202, kOutput, 20);
+        const Object empty = Add(u"", 202, kOutput, 20);
+        const Outcome outcome = Run(128);
+        ASSERT_TRUE(outcome.Ok()) << outcome;
+        EXPECT_EQ(same.Get(parameter::kValue).Utf8(), "7");
+        EXPECT_EQ(gone.Get(parameter::kValue).Utf8(), "NULL");
+        EXPECT_EQ(empty.Get(parameter::kValue).Utf8(), "");
+    }
+}
+
+TEST_P(RowsAndOutputsTest, GivesLongExactAndBinaryValues) {
+    SetProcedure(u"sizes");
+    const Object text = Add(u"text_size", 203, kOutput, 4000);
+    const Object bytes = Add(u"bytes", 205, kOutput, 100);
+    const Object sum = Add(u"sum_of", 131, kOutput, 0);
+    sum.Put(parameter::kPrecision, Number(12));
+    sum.Put(parameter::kNumericScale, Number(2));
+    const Object at = Add(u"at", 135, kOutput, 0);
+    const Outcome outcome = Run(128);
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(text.Get(parameter::kValue).Utf8().size(), 9000u);
+    const Value array = bytes.Get(parameter::kValue).value;
+    ASSERT_EQ(array.Type(), VT_ARRAY | VT_UI1);
+    EXPECT_EQ(array.Get().parray->rgsabound[0].cElements, 3u);
+    EXPECT_EQ(sum.Get(parameter::kValue).Utf8(), "12345.5");
+    ASSERT_EQ(at.Get(parameter::kValue).value.Type(), VT_DATE);
+    EXPECT_NEAR(at.Get(parameter::kValue).value.Get().date, 37806.545243, 1e-6);
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, RowsAndOutputsTest, ::testing::Values(SystemKind::MariaDb), SystemName);
 
 INSTANTIATE_TEST_SUITE_P(Servers, ProcedureTest, ::testing::Values(SystemKind::Postgres, SystemKind::MariaDb),
                          SystemName);

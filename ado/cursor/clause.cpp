@@ -103,14 +103,15 @@ void Clause::SetNumber(const Literal& literal) {
     const char* const end = digits.data() + digits.size();
     if (const auto whole = std::from_chars(digits.data(), end, integer); whole.ec == std::errc() && whole.ptr == end) {
         numberForm = Cell::Form::Integer;
+        asReal = static_cast<long double>(integer);
         return;
     }
     const auto number = std::from_chars(digits.data(), end, real);
     if (number.ec != std::errc() || number.ptr != end || digits.find_first_not_of("0123456789+-.eE") != digits.npos) {
         Refuse(literal);
     }
+    // As a column of reals would hold it: 0.1 has to meet 0.1.
     asReal = real;
-    std::from_chars(digits.data(), end, asReal);
     numberForm = digits.find_first_of("eE") == std::string::npos ? Cell::Form::Decimal : Cell::Form::Real;
 }
 

@@ -182,7 +182,9 @@ std::string_view TextOf(const SavedValue& value, CellKind kind, char* buffer) {
             if (kind == CellKind::Real32) {
                 return {buffer, std::to_chars(buffer, end, static_cast<float>(value.real)).ptr};
             }
-            return {buffer, std::to_chars(buffer, end, value.real).ptr};
+            if (kind == CellKind::Real64) return {buffer, std::to_chars(buffer, end, value.real).ptr};
+            // Among integers and decimals the exponent is what tells a real.
+            return {buffer, std::to_chars(buffer, end, value.real, std::chars_format::scientific).ptr};
         case SavedValue::Form::Moment: {
             const CalendarTime& moment = value.moment;
             if (moment.year < 0 || moment.year > 9999) {

@@ -77,7 +77,7 @@ private:
 
     struct Described {
         std::string attribute;
-        std::string name;
+        std::optional<std::string> name;  // the true one, where it is not the attribute's
         LONG number = std::numeric_limits<LONG>::max();
         std::string type;
         std::string more;
@@ -271,7 +271,7 @@ private:
         PlainColumn plain = from.plain;
         plain.dbType = from.type.empty() ? LONG{kTypeWChar} : FindXmlType(from.type, from.more).dbType;
         Column column = ColumnOf(plain);
-        column.name = ToUtf16(from.name.empty() ? from.attribute : from.name);
+        column.name = ToUtf16(from.name.value_or(from.attribute));
         column.baseCatalog = from.baseCatalog;
         column.baseSchema = from.baseSchema;
         column.baseTable = from.baseTable;

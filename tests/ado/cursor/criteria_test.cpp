@@ -62,6 +62,32 @@ TEST(Criteria, ComparesNumbersByValue) {
     Check(kRows);
 }
 
+TEST(Criteria, ComparesRealsWithNumbersOfEveryForm) {
+    const RowStore store(Rows(
+        Columns({{u"weight", kDouble}}),
+        {{Value::Real(1.5)}, {Value::Real(2.25)}, {Value::Real(10)}, {Value::Real(0.1)}, {Null()}, {Value::Real(-3)}}));
+    static constexpr FilterRow kRows[] = {
+        {"an integer", u"weight > 2", "2 3"},
+        {"an equal integer", u"weight = 10", "3"},
+        {"a negative integer", u"weight <= -3", "6"},
+        {"zero", u"weight < 0", "6"},
+        {"a fraction", u"weight > 2.0", "2 3"},
+        {"a fraction that no real is", u"weight = 0.1", "4"},
+        {"an exponent", u"weight = 1e1", "3"},
+        {"an amount of money", u"weight = $1.5", "1"},
+        {"beyond 64 bits", u"weight < 99999999999999999999999", "1 2 3 4 6"},
+    };
+    for (const FilterRow& row : kRows) {
+        SCOPED_TRACE(row.label);
+        const Criteria criteria = Criteria::ParseFilter(row.text, store.Columns());
+        std::string passing;
+        for (std::size_t i = 0; i < 6; ++i) {
+            if (criteria.Matches(store, i)) passing += (passing.empty() ? "" : " ") + std::to_string(i + 1);
+        }
+        EXPECT_EQ(passing, row.ids);
+    }
+}
+
 TEST(Criteria, ComparesTextsWithoutCase) {
     static constexpr FilterRow kRows[] = {
         {"equal", u"name = 'apple'", "1"},

@@ -178,8 +178,10 @@ TEST_F(RecordsetSave, KeepsPendingChangesThatAreSentLater) {
 
 TEST_F(RecordsetSave, SavesWhatATextFilterShowsInTheOrderOfTheSort) {
     const Object rows = OpenGoods(1);
-    rows.Put(recordset::kSort, Text(u"price desc"));
-    rows.Put(recordset::kFilter, Text(u"price > 2"));
+    ASSERT_TRUE(rows.Put(recordset::kSort, Text(u"price desc")).Ok());
+    const Outcome filtered = rows.Put(recordset::kFilter, Text(u"price > 2"));
+    ASSERT_TRUE(filtered.Ok()) << filtered;
+    ASSERT_EQ(rows.Get(recordset::kRecordCount).Long(), 2);
     ASSERT_TRUE(rows.Call(recordset::kSave, {Text(Path("some"))}).Ok());
     const Object opened = Object::Create(kRecordsetClass);
     ASSERT_TRUE(OpenFile(opened, Path("some")).Ok());

@@ -103,7 +103,7 @@ const TypeValues kValues[] = {
     {20, {"0", "9223372036854775807", "-9223372036854775808", "9223372036854775808"}},
     {72,
      {"{6F9619FF-8B86-D011-B42D-00C04FC964FF}", "{00000000-0000-0000-0000-000000000000}", "no guid",
-      "6f9619ff-8b86-d011-b42d-00c04fc964ff"}},
+      "{6F9619FF-8B86-D011-B42D-00C04FC964F}"}},
     {129, {"abc", "", "0123456789", "中文", "a\x01z"}},
     {130, {"0123456789", "short", "甲乙丙丁戊己庚辛壬癸"}},
     {131,
@@ -211,6 +211,29 @@ TEST(SavedRecordset, KeepsPendingChanges) {
     EXPECT_EQ(Exactly(*loaded, 0, 1), "8:Apple");
 }
 
+/// Values that other values of their column would be taken for, were they not saved as they are kept.
+TEST(SavedRecordset, KeepsChangedValuesToTheLastDigit) {
+    const struct {
+        LONG type;
+        const char16_t* changed;
+    } rows[] = {
+        {3, u"20.0"},     {20, u"7454912030520236.5"},
+        {20, u"1e3"},     {131, u"1234567890123456789012345678901234567.8"},
+        {131, u"1.50e0"}, {135, u"2003-07-04 13:05:09.123456789"},
+        {5, u"0.1"},      {72, u"no guid"},
+        {11, u"maybe"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(ToUtf8(row.changed));
+        RowStore store(TextRows({MakeColumn(u"v", row.type, 10, 0x60)}, {{"1"}}));
+        store.Change(0, {Text(row.changed)}, kStatusPending | kStatusModified);
+        ExpectRoundTrips(store);
+        for (const PersistFormat format : kBothFormats) {
+            EXPECT_EQ(SavedBytes(*RoundTrip(store, format), PersistFormat::Xml), SavedBytes(store, PersistFormat::Xml));
+        }
+    }
+}
+
 TEST(SavedRecordset, KeepsHowRowsAreToBeWrittenBack) {
     const auto store = Goods();
     WriteRules rules;
@@ -292,6 +315,17 @@ protected:
         return text;
     }
 
+    std::string RandomGuid() {
+        std::string text = "{";
+        for (const unsigned digits : {8u, 4u, 4u, 4u, 12u}) {
+            for (unsigned i = 0; i < digits; ++i)
+                text += "0123456789ABCDEF"[Below(16)];
+            text += '-';
+        }
+        text.back() = '}';
+        return text;
+    }
+
     std::string RandomCell(const Column& column) {
         if (Below(60) == 0) return RandomText();
         switch (column.kind) {
@@ -304,6 +338,8 @@ protected:
                 return RandomMoment();
             case CellKind::Boolean:
                 return Below(2) == 0 ? "1" : "0";
+            case CellKind::Guid:
+                return RandomGuid();
             default:
                 return RandomNumber();
         }

@@ -1,10 +1,15 @@
 // The program as a user runs it: its output, its exit codes, its errors.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
+#include <signal.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -54,6 +59,75 @@ Outcome RunOnTerminal(const std::string& command) {
     if (waitpid(child, &status, 0) == child && WIFEXITED(status)) outcome.code = WEXITSTATUS(status);
     return outcome;
 }
+
+/// The program while it runs, its output and its errors together. Nothing here waits longer than a minute.
+class RunningTkdb {
+public:
+    explicit RunningTkdb(const std::string& arguments) {
+        const std::string command = std::string("export LC_ALL=C.UTF-8; exec ") + TKDB_PROGRAM + " " + arguments;
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) return;
+        child_ = fork();
+        if (child_ == 0) {
+            dup2(ends[1], STDOUT_FILENO);
+            dup2(ends[1], STDERR_FILENO);
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+        close(ends[1]);
+        output_ = ends[0];
+    }
+    RunningTkdb(const RunningTkdb&) = delete;
+    RunningTkdb& operator=(const RunningTkdb&) = delete;
+    ~RunningTkdb() {
+        Signal(SIGKILL);
+        if (child_ > 0) waitpid(child_, nullptr, 0);
+        if (output_ >= 0) close(output_);
+    }
+
+    void Signal(int number) const {
+        if (child_ > 0) kill(child_, number);
+    }
+
+    /// False when it has not come true after a minute.
+    template <class Fact>
+    bool WaitUntil(Fact fact) const {
+        while (!fact()) {
+            if (IsLate()) return false;
+            poll(nullptr, 0, 5);
+        }
+        return true;
+    }
+
+    /// What it has written to the end, and its exit code; code -1 when it had to be killed.
+    Outcome Finish() {
+        Outcome outcome;
+        std::array<char, 4096> buffer;
+        for (pollfd ready = {output_, POLLIN, 0}; !IsLate();) {
+            if (poll(&ready, 1, 100) <= 0) continue;
+            const ssize_t n = read(output_, buffer.data(), buffer.size());
+            if (n <= 0) break;
+            outcome.output.append(buffer.data(), static_cast<std::size_t>(n));
+        }
+        int status = 0;
+        if (IsLate()) Signal(SIGKILL);
+        if (waitpid(child_, &status, 0) == child_ && WIFEXITED(status)) outcome.code = WEXITSTATUS(status);
+        child_ = -1;
+        return outcome;
+    }
+
+private:
+    static time_t Seconds() {
+        timespec now = {};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        return now.tv_sec;
+    }
+    bool IsLate() const { return Seconds() > deadline_; }
+
+    pid_t child_ = -1;
+    int output_ = -1;
+    time_t deadline_ = Seconds() + 60;
+};
 
 class Tkdb : public testing::Test {
 protected:
@@ -127,6 +201,8 @@ protected:
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
+
+    static bool IsUnfinished(const std::string& name) { return name.starts_with(".tkdb-"); }
 
     /// What lies in the folder beside the database.
     std::set<std::string> Names() const {
@@ -221,10 +297,16 @@ TEST_F(TkdbExport, FullDisksLeaveTheOldFile) {
 
 TEST_F(TkdbExport, AnInterruptionLeavesTheOldFile) {
     ASSERT_EQ(Export("select 1 as n", "o.csv").code, 0);
-    const Outcome outcome = RunTkdb(
+    // Of a driver that gives each row when it is asked for: the query never ends, and the export begins all the same.
+    RunningTkdb program(
         "export " + connection_ +
-            " 'with recursive n(i) as (select 1 union all select i + 1 from n) select i from n' -o " + File("o.csv"),
-        "2>&1", "exec timeout -s INT 2 ");
+        "';StepAPI=1' 'with recursive n(i) as (select 1 union all select i + 1 from n) select i from n' -o " +
+        File("o.csv"));
+    // From the moment that the new file has a place, the export is under way.
+    ASSERT_TRUE(program.WaitUntil([&] { return std::ranges::any_of(Names(), IsUnfinished); }));
+    program.Signal(SIGINT);
+    const Outcome outcome = program.Finish();
+    EXPECT_EQ(outcome.code, 130);
     EXPECT_THAT(outcome.output, HasSubstr("o.csv is as it was"));
     EXPECT_EQ(Content(File("o.csv")), "n\r\n1\r\n");
     EXPECT_EQ(Names(), std::set<std::string>{"o.csv"});

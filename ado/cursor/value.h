@@ -14,6 +14,11 @@
 
 namespace tk::ado {
 
+/// A VARIANT that holds nothing that could be copied: a null reference, or a type that VARIANTs do not have.
+struct BadVariant {
+    HRESULT code;
+};
+
 class Value {
 public:
     Value() noexcept { Forget(); }
@@ -24,6 +29,7 @@ public:
     }
 
     /// A copy of a VARIANT that somebody else owns, references followed.
+    /// @throws BadVariant
     explicit Value(const VARIANT& other) {
         Forget();
         Check(VariantCopyInd(&held_, &other));
@@ -97,7 +103,8 @@ public:
 
 private:
     static void Check(HRESULT result) {
-        if (FAILED(result)) throw std::bad_alloc();
+        if (result == E_OUTOFMEMORY) throw std::bad_alloc();
+        if (FAILED(result)) throw BadVariant{result == DISP_E_BADVARTYPE ? result : DISP_E_TYPEMISMATCH};
     }
     void Forget() noexcept { VariantInit(&held_); }
 

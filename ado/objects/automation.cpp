@@ -49,11 +49,19 @@ ULONG AutomationObject::AddRef() {
     return references_.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
+bool AutomationObject::TryAddRef() noexcept {
+    ULONG held = references_.load(std::memory_order_relaxed);
+    while (held != 0 && held < kEnding) {
+        if (references_.compare_exchange_weak(held, held + 1, std::memory_order_relaxed)) return true;
+    }
+    return false;
+}
+
 ULONG AutomationObject::Release() {
     const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) {
         // Whatever the destructor does with references to this object must not end it again.
-        references_.store(0x40000000, std::memory_order_relaxed);
+        references_.store(kEnding, std::memory_order_relaxed);
         delete this;
     }
     return left;
@@ -140,6 +148,9 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPA
         } catch (...) {
             return E_OUTOFMEMORY;
         }
+    } catch (const BadVariant& bad) {
+        // Inside an argument: an element of an array, or what an object gave.
+        return bad.code;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     } catch (...) {

@@ -84,6 +84,9 @@ public:
                                      VARIANT* result, EXCEPINFO* exception, UINT* argument) final;
     using IUnknown::QueryInterface;
 
+    /// One more reference, from whoever holds none: refused once the last one is gone.
+    bool TryAddRef() noexcept;
+
 protected:
     AutomationObject();
     virtual ~AutomationObject();
@@ -100,6 +103,7 @@ private:
     const MemberInfo* Choose(DISPID id, WORD flags, const DISPPARAMS& parameters) const noexcept;
     HRESULT Report(const AdoError& error, EXCEPINFO* exception) const;
 
+    static constexpr ULONG kEnding = 0x40000000;  // no number of references that anybody holds
     std::atomic<ULONG> references_{1};
 };
 

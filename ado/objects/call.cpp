@@ -3,9 +3,11 @@
 namespace tk::ado {
 namespace {
 
+/// A reference to a reference is seen through, but not one that leads to itself.
 const VARIANT& Follow(const VARIANT& argument) noexcept {
+    constexpr int kMostSteps = 8;
     const VARIANT* value = &argument;
-    while (value->vt == (VT_VARIANT | VT_BYREF) && value->pvarVal != nullptr)
+    for (int i = 0; i < kMostSteps && value->vt == (VT_VARIANT | VT_BYREF) && value->pvarVal != nullptr; ++i)
         value = value->pvarVal;
     return *value;
 }
@@ -99,7 +101,12 @@ std::u16string Call::Text(UINT index) const {
 }
 
 Value Call::Variant(UINT index) const {
-    return IsOmitted(index) ? Value() : Value(*arguments_[index]);
+    if (IsOmitted(index)) return {};
+    try {
+        return Value(Follow(*arguments_[index]));
+    } catch (const BadVariant& bad) {
+        throw Fault(bad.code, index);
+    }
 }
 
 Value Call::PlainValue(UINT index) const {
@@ -129,8 +136,7 @@ void Call::Store(UINT index, Value value) {
     if (index >= count_ || arguments_[index] == nullptr) return;
     VARIANT* target = arguments_[index];
     if (target->vt == (VT_VARIANT | VT_BYREF)) {
-        while (target->vt == (VT_VARIANT | VT_BYREF) && target->pvarVal != nullptr)
-            target = target->pvarVal;
+        target = const_cast<VARIANT*>(&Follow(*target));
         if ((target->vt & VT_BYREF) == 0) {
             VariantClear(target);
             *target = value.Detach();

@@ -16,18 +16,35 @@ namespace {
 constexpr std::u16string_view kVersion = u"2.8";
 constexpr LONG kCommitRetaining = 0x20000;
 constexpr LONG kAbortRetaining = 0x40000;
-constexpr LONG kModeRead = 1;
 
-/// Sets the state for the time of a call and what follows it at the end, whatever happens.
-class StateChange {
+/// A closed connection is being opened, by one thread only, and closed again unless that succeeds.
+class Opening {
 public:
-    StateChange(std::atomic<LONG>& state, LONG during) : state_(state), after_(state.exchange(during)) {}
-    ~StateChange() { state_.store(after_, std::memory_order_release); }
-    void EndAs(LONG state) noexcept { after_ = state; }
+    explicit Opening(std::atomic<LONG>& state) : state_(state) {
+        LONG before = kStateClosed;
+        if (!state_.compare_exchange_strong(before, kStateConnecting)) throw AdoError(ErrorNumber::ObjectOpen);
+    }
+    ~Opening() {
+        if (!isOpen_) state_.store(kStateClosed, std::memory_order_release);
+    }
+    void Succeed() noexcept {
+        state_.store(kStateOpen, std::memory_order_release);
+        isOpen_ = true;
+    }
 
 private:
     std::atomic<LONG>& state_;
-    LONG after_;
+    bool isOpen_ = false;
+};
+
+/// One more statement runs. What becomes of the connection meanwhile is not the statement's to say.
+class Executing {
+public:
+    explicit Executing(std::atomic<int>& count) : count_(count) { count_.fetch_add(1, std::memory_order_relaxed); }
+    ~Executing() { count_.fetch_sub(1, std::memory_order_relaxed); }
+
+private:
+    std::atomic<int>& count_;
 };
 
 }  // namespace
@@ -52,9 +69,16 @@ std::shared_ptr<Session> Connection::OpenedSession(ErrorNumber whenClosed) const
 }
 
 void Connection::Register(const std::shared_ptr<OpenRows>& rows) {
-    const std::lock_guard lock(lock_);
-    std::erase_if(recordsets_, [](const auto& known) { return known.expired(); });
-    recordsets_.push_back(rows);
+    {
+        const std::lock_guard lock(lock_);
+        if (session_) {
+            std::erase_if(recordsets_, [](const auto& known) { return known.expired(); });
+            return recordsets_.push_back(rows);
+        }
+    }
+    // Another thread closed the connection while the rows were on their way.
+    rows->closed.store(true, std::memory_order_release);
+    rows->store->Fetched().Cancel();
 }
 
 ConnectionString Connection::Parsed() const {
@@ -63,21 +87,29 @@ ConnectionString Connection::Parsed() const {
     return parsed;
 }
 
+ConnectionProperties Connection::CurrentProperties() const {
+    {
+        const std::lock_guard lock(lock_);
+        if (session_) return session_->Properties();
+    }
+    return ReadProperties(Parsed());
+}
+
 void Connection::Open(std::u16string_view text, std::u16string_view user, std::u16string_view password) {
-    ExpectClosed();
+    Opening opening(state_);
     if (!text.empty()) text_ = text;
     user_ = user;
     password_ = password;
     CredentialMemory& memory = CredentialMemory::Instance();
-    const auto settings = memory.Prepare({text_, provider_, user_, password_, connectionTimeout_, mode_ == kModeRead});
-    StateChange state(state_, kStateConnecting);
+    const auto settings =
+        memory.Prepare({text_, provider_, user_, password_, connectionTimeout_, IsReadOnlyMode(mode_)});
     std::shared_ptr<Session> session = Session::Open(*settings);
     memory.Remember(session->DisplayString(), *settings);
     {
         const std::lock_guard lock(lock_);
         session_ = std::move(session);
+        opening.Succeed();
     }
-    state.EndAs(kStateOpen);
 }
 
 void Connection::OpenMember(Call& call) {
@@ -106,10 +138,12 @@ void Connection::Close(Call&) {
     if (session->InTransaction()) throw AdoError(ErrorNumber::InTransaction);
     CloseRecordsets();
     {
+        // Of two threads that close one closes and the other finds it closed.
         const std::lock_guard lock(lock_);
+        if (session_ != session) throw AdoError(ErrorNumber::ObjectClosed);
         session_.reset();
+        state_.store(kStateClosed, std::memory_order_release);
     }
-    state_.store(kStateClosed, std::memory_order_release);
 }
 
 void Connection::Execute(Call& call) {
@@ -119,7 +153,7 @@ void Connection::Execute(Call& call) {
     Ref<Recordset> result;
     LONG affected = -1;
     {
-        StateChange state(state_, kStateOpen | kStateExecuting);
+        const Executing executing(executing_);
         result = Recordset::FromCommand(Ref<Connection>(this), text, execution, affected);
     }
     call.Store(1, Value(affected));
@@ -236,7 +270,7 @@ void Connection::PutCursorLocation(Call& call) {
 }
 
 void Connection::GetMode(Call& call) {
-    call.ReturnLong(mode_);
+    call.ReturnLong(CurrentProperties().mode.value_or(mode_));
 }
 
 void Connection::PutMode(Call& call) {
@@ -258,7 +292,9 @@ void Connection::PutProvider(Call& call) {
 }
 
 void Connection::GetState(Call& call) {
-    call.ReturnLong(state_.load());
+    const LONG state = state_.load(std::memory_order_acquire);
+    const bool isExecuting = state == kStateOpen && executing_.load(std::memory_order_relaxed) > 0;
+    call.ReturnLong(isExecuting ? state | kStateExecuting : state);
 }
 
 void Connection::OpenSchema(Call& call) {

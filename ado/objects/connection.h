@@ -102,10 +102,14 @@ private:
     void CloseRecordsets();
     Value ReadSpecial(int which);
     ConnectionString Parsed() const;
+
+    /// Of the session, or what the string says while there is none.
+    ConnectionProperties CurrentProperties() const;
     static std::span<const PropertyRow> PropertyRows();
 
-    std::atomic<LONG> state_{kStateClosed};
-    mutable std::mutex lock_;  // session_ and recordsets_, for Cancel and for recordsets of other threads
+    std::atomic<LONG> state_{kStateClosed};  // closed, connecting or open
+    std::atomic<int> executing_{0};          // statements that run now
+    mutable std::mutex lock_;                // session_ and recordsets_, for Cancel and for recordsets of other threads
     std::shared_ptr<Session> session_;
     std::vector<std::weak_ptr<OpenRows>> recordsets_;
 
@@ -118,7 +122,7 @@ private:
     LONG isolationLevel_ = 0x1000;
     LONG attributes_ = 0;
     LONG cursorLocation_ = 2;
-    LONG mode_ = 0;
+    LONG mode_ = 0;  // as put; the text's own one counts more
     std::shared_ptr<ErrorList> errors_ = std::make_shared<ErrorList>();
 };
 

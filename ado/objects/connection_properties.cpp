@@ -65,7 +65,6 @@ enum Special : int {
 // SQLGetInfo items that the special ones ask for.
 constexpr unsigned short kInfoDbmsName = 17;
 constexpr unsigned short kInfoDatabaseName = 16;
-constexpr unsigned short kInfoDefaultIsolation = 26;
 
 bool IsPasswordKey(std::string_view key) {
     const std::u16string name = ToUtf16(key);
@@ -239,7 +238,7 @@ Value Connection::ReadProperty(std::size_t index) {
 
 Value Connection::ReadSpecial(int which) {
     const ConnectionString parsed = Parsed();
-    const ConnectionProperties properties = ReadProperties(parsed);
+    const ConnectionProperties properties = CurrentProperties();
     const auto text = [](const std::string& utf8) { return Value::Text(ToUtf16(utf8)); };
     switch (which) {
         case kDbmsName:
@@ -253,8 +252,7 @@ Value Connection::ReadSpecial(int which) {
         case kConnectionStatus:
             return Value(OpenedSession(ErrorNumber::ObjectClosed)->IsDead() ? LONG{2} : LONG{1});
         case kAutocommitIsolation:
-            return Value(MappedBits(MapOf(kIsolations),
-                                    OpenedSession(ErrorNumber::ObjectClosed)->InfoNumber(kInfoDefaultIsolation)));
+            return Value(MappedBits(MapOf(kIsolations), OpenedSession(ErrorNumber::ObjectClosed)->Isolation()));
         case kUserId:
             return user_.empty() ? text(properties.userId) : Value::Text(user_);
         case kPassword:
@@ -269,7 +267,10 @@ Value Connection::ReadSpecial(int which) {
             return text(properties.location);
         case kExtendedProperties: {
             if (!properties.extendedProperties.empty() || parsed.Find("Extended Properties") != nullptr) {
-                return text(properties.extendedProperties);
+                // As in the connection string, a password is not shown once it has done its work.
+                const bool isHidden = IsOpen() && !properties.persistSecurityInfo;
+                return text(isHidden ? ConnectionString::Parse(properties.extendedProperties).WithoutPassword()
+                                     : properties.extendedProperties);
             }
             // What goes to the driver as it stands is an extended property, passwords apart.
             if (!SameName(ToUtf16(parsed.Provider()), u"MSDASQL")) return Value::Text({});

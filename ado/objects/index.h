@@ -46,7 +46,11 @@ std::size_t ItemIndex(const VARIANT& index, std::size_t count, Find&& find) {
 template <class Use>
 auto WithIndex(const Call& call, UINT argument, Use&& use) {
     const VARIANT& index = call.Argument(argument);
-    return index.vt == VT_DISPATCH ? use(call.PlainValue(argument).Get()) : use(index);
+    try {
+        return index.vt == VT_DISPATCH ? use(call.PlainValue(argument).Get()) : use(index);
+    } catch (const BadVariant& bad) {
+        throw call.Fault(bad.code, argument);
+    }
 }
 
 }  // namespace tk::ado

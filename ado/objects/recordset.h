@@ -3,7 +3,8 @@
 // Its members by subject: recordset_open (opening, closing, settings), recordset_move (position, filter, sort, find),
 // recordset_edit (changes), recordset_batch (pending changes), recordset_rows (GetRows, GetString), recordset_chunks.
 //
-// Threads: one caller at a time, its clones and views included; State and Cancel from any thread.
+// Threads: one caller at a time, its clones and views included; State and Cancel from any thread. Close of two threads
+// at once closes it once.
 #pragma once
 
 #include <tkkernel/row_access.h>
@@ -16,6 +17,7 @@
 
 #include "ado/cursor/client_cursor.h"
 #include "ado/cursor/edit_buffer.h"
+#include "ado/objects/anchor.h"
 #include "ado/objects/automation.h"
 #include "ado/objects/connection.h"
 #include "ado/objects/execution.h"
@@ -79,6 +81,9 @@ public:
     /// Base tables, keys and automatic numbers, asked from the database when first wanted.
     void DescribeOrigins();
 
+    static constexpr std::size_t kNoColumn = static_cast<std::size_t>(-1);
+    static constexpr std::size_t kNoRow = static_cast<std::size_t>(-1);
+
     enum class Version { Current, Original, Underlying };
     Value ReadField(std::size_t column, Version version);
     void WriteField(std::size_t column, const Value& value);
@@ -88,6 +93,11 @@ public:
 
     ClientCursor* FastCursor() noexcept {
         return open_ && !open_->closed.load(std::memory_order_relaxed) && !edit_.IsOpen() ? cursor_.get() : nullptr;
+    }
+
+    /// Reading a field ends what GetChunk was reading of another one; without a column, of any.
+    void LeaveChunks(std::size_t column = kNoColumn) noexcept {
+        if (column != chunkColumn_) chunkColumn_ = kNoColumn;
     }
     ClientCursor* AnyCursor() noexcept { return IsOpen() ? cursor_.get() : nullptr; }
 
@@ -188,13 +198,23 @@ private:
     ClientCursor& Cursor();  // throws 3704
     void ExpectClosed();
     void Settle(std::shared_ptr<OpenRows> rows, LONG lock);
+
+    /// What an open recordset lives on. Taken out under guard_, and let go of without it.
+    struct Held {
+        std::shared_ptr<OpenRows> rows;
+        std::unique_ptr<ClientCursor> cursor;
+        std::unique_ptr<Statement> waiting;
+        Ref<Connection> waitingConnection;
+    };
+    Held TakeHeld() noexcept;
+    static void Drop(Held held);
     void LetGo();
     std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const Execution& execution, LONG& affected);
     void OpenExecution(const Ref<Connection>& connection, const Execution& execution);
     void OpenCommand(Call& call, Ref<CommandObject> command, LONG cursorType, LONG lock, LONG options);
     static Ref<CommandObject> KnownCommand(const Value& given);
     void OpenFabricated(LONG lock);
-    void ApplyView();
+    void SettleInView(std::shared_ptr<OpenRows> rows, LONG lock);
     static bool MeansFile(const Ref<Connection>& connection, std::u16string_view text, std::u16string_view source,
                           LONG options);
     void OpenFile(const std::u16string& text, const std::u16string& source, LONG cursorType, LONG lock);
@@ -220,11 +240,13 @@ private:
     /// A bookmark or one of current, first and last; nothing for "current" and for an argument left out.
     std::optional<std::size_t> StartRow(const Value& start);
     std::size_t RowOfBookmark(const Value& bookmark);
+    /// The test that a filter text means; empty for an empty text and for any other kind of filter.
+    static std::function<bool(std::size_t)> TextFilter(const Value& filter, const RowStore& rows);
     std::function<bool(std::size_t)> FilterOf(const Value& filter, bool& showDeleted);
 
     RowAccess access_;
 
-    mutable std::mutex guard_;  // open_ and running_ against State and Cancel of other threads
+    mutable std::mutex guard_;  // open_, cursor_ and running_ against State, Cancel and Close of other threads
     std::shared_ptr<OpenRows> open_;
     std::shared_ptr<Session> running_;
     std::unique_ptr<ClientCursor> cursor_;
@@ -248,7 +270,9 @@ private:
     LONG marshalOptions_ = 0;
     bool stayInSync_ = true;
     std::u16string dataMember_;
-    Ref<AutomationObject> dataSource_;
+    // Two recordsets may have been each other's source: neither keeps the other.
+    std::shared_ptr<Anchor<Recordset>> dataSource_;
+    std::shared_ptr<Anchor<Recordset>> anchor_;  // once it was a source itself
     Value filter_;
     std::u16string sort_;
     RowsetSettings settings_;
@@ -256,7 +280,7 @@ private:
 
     // GetChunk reads on in the same field of the same row; AppendChunk appends from the second call on.
     std::size_t chunkRow_ = 0;
-    std::size_t chunkColumn_ = static_cast<std::size_t>(-1);
+    std::size_t chunkColumn_ = kNoColumn;
     std::size_t chunkOffset_ = 0;
     std::vector<bool> appended_;
 };

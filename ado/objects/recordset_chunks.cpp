@@ -19,7 +19,7 @@ Value Recordset::GetChunk(std::size_t column, LONG length) {
     ExpectLong(Columns()[column]);
     if (length < 1) throw AdoError(ErrorNumber::InvalidArgument);
     const Value value = ReadField(column, Version::Current);
-    const std::size_t row = edit_.Mode() == EditMode::Add ? static_cast<std::size_t>(-1) : cursor.Row();
+    const std::size_t row = edit_.Mode() == EditMode::Add ? kNoRow : cursor.Row();
     if (row != chunkRow_ || column != chunkColumn_) {
         chunkRow_ = row;
         chunkColumn_ = column;

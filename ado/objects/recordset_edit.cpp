@@ -41,7 +41,7 @@ void Recordset::ExpectNoEdit() {
 
 void Recordset::SaveEdit() {
     // Pieces of a long value are read from its beginning again after a move.
-    chunkColumn_ = static_cast<std::size_t>(-1);
+    chunkColumn_ = kNoColumn;
     if (edit_.IsOpen()) WriteEdit();
 }
 
@@ -68,6 +68,7 @@ std::vector<std::size_t> Recordset::FieldList(const Value& fields) {
 
 Value Recordset::ReadField(std::size_t column, Version version) {
     ClientCursor& cursor = Cursor();
+    LeaveChunks(column);
     RowStore& rows = cursor.Store();
     Value value;
     if (edit_.Mode() == EditMode::Add) {
@@ -104,6 +105,8 @@ void Recordset::WriteField(std::size_t column, const Value& value) {
         appended_.clear();
     }
     edit_.Set(column, std::move(converted));
+    // The value is another: its pieces begin anew.
+    chunkColumn_ = kNoColumn;
 }
 
 LONG Recordset::ActualSize(std::size_t column) {

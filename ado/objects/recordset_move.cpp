@@ -187,16 +187,19 @@ void Recordset::Find(Call& call) {
     cursor.Find(criteria, skip, direction == -1, start);
 }
 
+std::function<bool(std::size_t)> Recordset::TextFilter(const Value& filter, const RowStore& rows) {
+    if (filter.Type() != VT_BSTR) return {};
+    const std::u16string_view text = ViewOf(filter.Get().bstrVal);
+    if (text.find_first_not_of(u" \t\r\n") == std::u16string_view::npos) return {};
+    auto criteria = std::make_shared<const Criteria>(Criteria::ParseFilter(text, rows.Columns()));
+    return [criteria, &rows](std::size_t row) { return criteria->Matches(rows, row); };
+}
+
 std::function<bool(std::size_t)> Recordset::FilterOf(const Value& filter, bool& showDeleted) {
     showDeleted = false;
     const std::shared_ptr<RowStore> store = Rows().store;
     if (filter.IsEmpty() || filter.IsNull()) return {};
-    if (filter.Type() == VT_BSTR) {
-        const std::u16string_view text = ViewOf(filter.Get().bstrVal);
-        if (text.find_first_not_of(u" \t\r\n") == std::u16string_view::npos) return {};
-        auto criteria = std::make_shared<const Criteria>(Criteria::ParseFilter(text, store->Columns()));
-        return [criteria, rows = store.get()](std::size_t row) { return criteria->Matches(*rows, row); };
-    }
+    if (filter.Type() == VT_BSTR) return TextFilter(filter, *store);
     if ((filter.Type() & VT_ARRAY) != 0) {
         auto shown = std::make_shared<std::vector<bool>>();
         for (const Value& bookmark : ArrayItems(filter)) {

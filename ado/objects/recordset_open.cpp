@@ -1,5 +1,6 @@
 // Recordset: opening, closing and what is settled by it.
 #include "ado/cursor/messages.h"
+#include "ado/cursor/sort.h"
 #include "ado/cursor/text.h"
 #include "ado/objects/command_object.h"
 #include "ado/objects/recordset.h"
@@ -50,6 +51,7 @@ HRESULT Recordset::QueryInterface(REFIID iid, void** object) {
 }
 
 Recordset::~Recordset() {
+    if (anchor_) anchor_->Leave();
     LetGo();
 }
 
@@ -73,22 +75,30 @@ void Recordset::ExpectClosed() {
     if (IsOpen()) throw AdoError(ErrorNumber::ObjectOpen);
 }
 
-void Recordset::LetGo() {
-    cursor_.reset();
+Recordset::Held Recordset::TakeHeld() noexcept {
     edit_.Discard();
     appended_.clear();
-    waiting_.reset();
-    waitingConnection_ = nullptr;
     saved_ = {};
-    std::shared_ptr<OpenRows> rows;
+    chunkColumn_ = kNoColumn;
+    if (open_) ++generation_;
+    return {std::exchange(open_, nullptr), std::exchange(cursor_, nullptr), std::exchange(waiting_, nullptr),
+            std::exchange(waitingConnection_, nullptr)};
+}
+
+void Recordset::Drop(Held held) {
+    held.cursor.reset();
+    held.waiting.reset();
+    // The last one to leave ends a fetch that nobody waits for any more.
+    if (held.rows.use_count() == 1) held.rows->store->Fetched().Cancel();
+}
+
+void Recordset::LetGo() {
+    Held held;
     {
         const std::lock_guard lock(guard_);
-        rows.swap(open_);
+        held = TakeHeld();
     }
-    if (!rows) return;
-    ++generation_;
-    // The last one to leave ends a fetch that nobody waits for any more.
-    if (rows.use_count() == 1) rows->store->Fetched().Cancel();
+    Drop(std::move(held));
 }
 
 void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
@@ -98,8 +108,8 @@ void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
     {
         const std::lock_guard guard(guard_);
         open_ = std::move(rows);
+        cursor_ = std::move(cursor);
     }
-    cursor_ = std::move(cursor);
     lock_ = lock == kLockPessimistic ? kLockOptimistic : lock;
     ++generation_;
 }
@@ -110,8 +120,7 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
     const Running running(guard_, running_, session);
     Executed executed = RunOn(session, execution, maxRecords_);
     affected = executed.affected;
-    for (const ErrorRecord& warning : executed.warnings)
-        connection->ErrorRecords()->Append(warning);
+    if (!executed.warnings.empty()) connection->ErrorRecords()->ReplaceWarnings(executed.warnings);
     if (executed.statement && session->Profile().hasBatches) {
         waiting_ = std::move(executed.statement);
         waitingConnection_ = connection;
@@ -202,9 +211,8 @@ void Recordset::OpenExecution(const Ref<Connection>& connection, const Execution
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
     rows->asynchronous = execution.asynchronousFetch;
     rows->runAgain = Repetition(execution, maxRecords_);
-    Settle(std::move(rows), wantedLock_);
     filter_ = Value();
-    if (!sort_.empty()) ApplyView();
+    SettleInView(std::move(rows), wantedLock_);
 }
 
 void Recordset::OpenFabricated(LONG lock) {
@@ -215,18 +223,42 @@ void Recordset::OpenFabricated(LONG lock) {
     filter_ = Value();
 }
 
-void Recordset::ApplyView() {
-    cursor_->SetSort(ParseSort(sort_, open_->store->Columns()));
-    bool showDeleted = false;
-    auto visible = FilterOf(filter_, showDeleted);
-    if (visible || showDeleted) cursor_->SetFilter(std::move(visible), showDeleted);
+void Recordset::SettleInView(std::shared_ptr<OpenRows> rows, LONG lock) {
+    std::vector<SortKey> sort;
+    std::function<bool(std::size_t)> visible;
+    try {
+        // A sort or filter that does not fit the rows leaves the recordset as it was.
+        sort = ParseSort(sort_, rows->store->Columns());
+        visible = TextFilter(filter_, *rows->store);
+    } catch (...) {
+        rows->store->Fetched().Cancel();
+        throw;
+    }
+    Settle(std::move(rows), lock);
+    // Bookmarks and the marks of changes were those of other rows.
+    if (filter_.Type() != VT_BSTR) filter_ = Value();
+    try {
+        if (!sort.empty()) cursor_->SetSort(std::move(sort));
+        if (visible) cursor_->SetFilter(std::move(visible));
+    } catch (...) {
+        LetGo();  // the rows could not be fetched to their end
+        throw;
+    }
 }
 
 void Recordset::Close(Call&) {
-    Rows();
-    // Contract: pending changes of a batch are lost without a word, an open edit of a single row is not.
-    if (edit_.IsOpen() && !IsBatch()) throw AdoError(ErrorNumber::IllegalOperation);
-    LetGo();
+    Held held;
+    bool wasOpen = false;
+    {
+        // Of two threads that close one closes and the other finds it closed.
+        const std::lock_guard lock(guard_);
+        wasOpen = IsOpen();
+        // Contract: pending changes of a batch are lost without a word, an open edit of a single row is not.
+        if (wasOpen && edit_.IsOpen() && !IsBatch()) throw AdoError(ErrorNumber::IllegalOperation);
+        held = TakeHeld();
+    }
+    Drop(std::move(held));
+    if (!wasOpen) throw AdoError(ErrorNumber::ObjectClosed);
     dataSource_ = nullptr;
 }
 
@@ -249,10 +281,9 @@ void Recordset::Requery(Call& call) {
     fresh->runAgain = run;
     fresh->asynchronous = asynchronous;
     const unsigned generation = generation_;
-    Settle(std::move(fresh), lock_);
+    SettleInView(std::move(fresh), lock_);
     // Fields of a recordset that was only asked again are still its fields.
     generation_ = generation;
-    ApplyView();
 }
 
 void Recordset::NextRecordset(Call& call) {
@@ -349,12 +380,14 @@ void Recordset::PutRefDataSource(Call& call) {
     settings_ = source->settings_;
     filter_ = Value();
     sort_.clear();
-    dataSource_ = Ref<AutomationObject>(source.Get());
+    if (!source->anchor_) source->anchor_ = std::make_shared<Anchor<Recordset>>(*source);
+    dataSource_ = source->anchor_;
 }
 
 void Recordset::GetDataSource(Call& call) {
-    if (dataSource_) dataSource_->AddRef();
-    call.ReturnUnknown(dataSource_.Get());
+    const Ref<Recordset> source = dataSource_ ? dataSource_->Find() : Ref<Recordset>();
+    if (source) source->AddRef();
+    call.ReturnUnknown(static_cast<IDispatch*>(source.Get()));
 }
 
 }  // namespace tk::ado

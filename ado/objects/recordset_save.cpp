@@ -59,10 +59,9 @@ void Recordset::OpenFile(const std::u16string& text, const std::u16string& sourc
     if (cursorType != -1) cursorType_ = cursorType;
     if (lock != -1) wantedLock_ = lock;
     settings_.rules = std::move(loaded.rows.rules);
-    Settle(std::move(rows), wantedLock_);
-    saved_ = {path, loaded.format};
     filter_ = Value();
-    if (!sort_.empty()) ApplyView();
+    SettleInView(std::move(rows), wantedLock_);
+    saved_ = {path, loaded.format};
 }
 
 void Recordset::Save(Call& call) {

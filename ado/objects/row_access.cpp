@@ -44,6 +44,7 @@ HRESULT RowAccess::GetValue(LONG index, VARIANT* value) {
         if (column >= rows.Columns().size()) return S_FALSE;
         const auto row = cursor->LiveRow();
         if (!row) return S_FALSE;
+        owner_.LeaveChunks(column);
         rows.Read(*row, column, *value);
         return S_OK;
     });
@@ -69,6 +70,7 @@ HRESULT RowAccess::GetText(LONG index, const char** text, ULONG* length) {
         if (column >= rows.Columns().size()) return S_FALSE;
         const auto row = cursor->LiveRow();
         if (!row) return S_FALSE;
+        owner_.LeaveChunks(column);
         const auto cell = rows.TextAt(*row, column);
         if (!cell) return S_FALSE;
         *text = cell->data();
@@ -81,6 +83,7 @@ HRESULT RowAccess::MoveNext() {
     return Try([&]() -> HRESULT {
         ClientCursor* const cursor = owner_.FastCursor();
         if (cursor == nullptr || cursor->Eof()) return S_FALSE;
+        owner_.LeaveChunks();
         cursor->MoveNext();
         return S_OK;
     });

@@ -69,10 +69,15 @@ struct ConnectionProperties {
     std::optional<std::string> dbmsName;  // overrides what "DBMS Name" reports
     bool persistSecurityInfo = false;
     std::optional<int> connectTimeoutSeconds;
-    std::optional<int> mode;
+    std::optional<int> mode;  // ConnectModeEnum
     int localeIdentifier = 0;
     int oleDbServices = -1;  // -2 switches the session cache off
 };
+
+/// ConnectModeEnum: reading is asked for, writing is not.
+constexpr bool IsReadOnlyMode(int mode) noexcept {
+    return (mode & 3) == 1;
+}
 
 /// A string made ready for SQLDriverConnect.
 struct ResolvedConnection {

@@ -49,6 +49,7 @@ constexpr DriverProfile kProfiles[] = {
         .timeLimit = TimeLimit::Watchdog,
         .streaming = Streaming::SideConnection,
         .streamingKeywords = "StepAPI=1",
+        .readOnlyStatement = "pragma query_only=1",
         .keySource = KeySource::Pragma,
         .hasManyActiveStatements = true,
         .describesBase = true,
@@ -69,6 +70,7 @@ constexpr DriverProfile kProfiles[] = {
         .streaming = Streaming::Attribute,
         .streamingAttribute = 65539,      // the driver's own: use declare/fetch
         .streamingRowsAttribute = 65541,  // the driver's own: rows of one fetch
+        .readOnlyStatement = "SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY",
         .pingStatement = "SELECT 1",
         .hasBatches = true,
         .hasManyActiveStatements = true,
@@ -91,6 +93,7 @@ constexpr DriverProfile kProfiles[] = {
         .timeLimit = TimeLimit::Variable,
         .timeLimitStatement = "SET SESSION max_statement_time=",
         .loginTimeoutKeyword = "CONN_TIMEOUT",
+        .readOnlyStatement = "SET SESSION TRANSACTION READ ONLY",
         .hasBatches = true,
         .hasManyActiveStatements = true,
         .describesBase = true,

@@ -64,6 +64,7 @@ struct DriverProfile {
     const char* streamingKeywords = nullptr;  // for Streaming::SideConnection
     int streamingAttribute = 0;               // for Streaming::Attribute: on or off
     int streamingRowsAttribute = 0;           // ... and the rows that come at a time
+    const char* readOnlyStatement = nullptr;  // makes the server refuse every change of the session
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;               // SQLMoreResults is worth asking

@@ -57,6 +57,8 @@ PhysicalConnection::PhysicalConnection(const Request& request) : dbc_(SharedEnvi
         odbc.GetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, &isolation, SQL_IS_UINTEGER, nullptr);
         firstIsolation_ = isolation_ = isolation;
         ReadFileIdentity();
+        // Most drivers take the access mode for a hint.
+        if (request.readOnly && profile_->readOnlyStatement != nullptr) RunSimple(profile_->readOnlyStatement);
     } catch (...) {
         odbc.Disconnect(Get());
         throw;
@@ -168,6 +170,12 @@ void PhysicalConnection::SetIsolation(SQLUINTEGER isolation) {
     const SQLRETURN result = Odbc().SetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, Number(isolation), SQL_IS_UINTEGER);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
     isolation_ = isolation;
+}
+
+SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
+    SQLUINTEGER isolation = isolation_;
+    Odbc().GetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, &isolation, SQL_IS_UINTEGER, nullptr);
+    return isolation;
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {

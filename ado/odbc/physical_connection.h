@@ -78,6 +78,7 @@ public:
     bool IsAutoCommit() const noexcept { return isAutoCommit_; }
     void SetAutoCommit(bool on);
     void SetIsolation(SQLUINTEGER isolation);
+    SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
 
     /// Switches the driver's way of streaming results, where it is a connection attribute.

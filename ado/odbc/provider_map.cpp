@@ -143,6 +143,36 @@ std::optional<int> ReadInteger(const std::string* value) {
     return number;
 }
 
+/// ConnectModeEnum: a number, or words with bars between them.
+std::optional<int> ReadMode(const std::string* value) {
+    static constexpr struct {
+        std::string_view word;
+        int bits;
+    } kWords[] = {
+        {"Read", 1},
+        {"Write", 2},
+        {"ReadWrite", 3},
+        {"Share Deny Read", 4},
+        {"Share Deny Write", 8},
+        {"Share Exclusive", 0xC},
+        {"Share Deny None", 0x10},
+    };
+    if (const auto number = ReadInteger(value)) return number;
+    if (value == nullptr) return std::nullopt;
+    int mode = 0;
+    std::string_view rest = *value;
+    for (bool isLast = false; !isLast;) {
+        const std::size_t bar = rest.find('|');
+        isLast = bar == std::string_view::npos;
+        const std::string_view word = Trim(rest.substr(0, bar));
+        const auto known = std::ranges::find_if(kWords, [&](const auto& row) { return EqualsNoCase(row.word, word); });
+        if (known == std::end(kWords)) return std::nullopt;
+        mode |= known->bits;
+        if (!isLast) rest.remove_prefix(bar + 1);
+    }
+    return mode;
+}
+
 /// Cuts "host,port" in two; the port is empty when there is none.
 std::pair<std::string, std::string> SplitPort(const std::string& source, char separator) {
     const std::size_t at = source.rfind(separator);
@@ -306,9 +336,11 @@ void AddLoginTimeout(ConnectionString& odbc, int seconds) {
     if (keyword != nullptr && seconds > 0) odbc.SetIfAbsent(keyword, std::to_string(seconds));
 }
 
-ConnectionProperties ReadProperties(const ConnectionString& text) {
+ConnectionProperties ReadProperties(const ConnectionString& given) {
     ConnectionProperties properties;
-    properties.provider = text.Provider();
+    properties.provider = given.Provider();
+    // What stands inside Extended Properties counts where the string itself does not say it.
+    const ConnectionString text = MergeExtended(given);
     properties.dataSource = text.Get({"Data Source", "DSN", "Server", "Address", "Addr", "Network Address", "DBQ"});
     properties.initialCatalog = text.Get({"Initial Catalog", "Database"});
     properties.userId = text.Get({"User ID", "UID", "User"});
@@ -320,7 +352,7 @@ ConnectionProperties ReadProperties(const ConnectionString& text) {
     if (!properties.connectTimeoutSeconds) {
         properties.connectTimeoutSeconds = ReadInteger(text.Find("Connection Timeout"));
     }
-    properties.mode = ReadInteger(text.Find("Mode"));
+    properties.mode = ReadMode(text.Find("Mode"));
     properties.localeIdentifier = ReadInteger(text.Find("Locale Identifier")).value_or(0);
     properties.oleDbServices = ReadInteger(text.Find("OLE DB Services")).value_or(-1);
     return properties;
@@ -333,9 +365,6 @@ ResolvedConnection Resolve(const ConnectionString& given, std::string_view user,
         throw AdoError(ErrorNumber::InvalidArgument, u"Provider, File Name");
     }
     const ConnectionString text = MergeExtended(given);
-    if (!resolved.properties.dbmsName) {
-        if (const std::string* name = text.Find("DBMS Name")) resolved.properties.dbmsName = *name;
-    }
     if (!user.empty()) resolved.properties.userId = user;
 
     std::string driver;

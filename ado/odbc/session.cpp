@@ -49,7 +49,7 @@ std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std
     facts->key = std::move(key);
     facts->properties = std::move(resolved.properties);
     facts->request.loginTimeoutSeconds = facts->properties.connectTimeoutSeconds.value_or(settings.loginTimeoutSeconds);
-    facts->request.readOnly = settings.readOnly;
+    facts->request.readOnly = facts->properties.mode ? IsReadOnlyMode(*facts->properties.mode) : settings.readOnly;
     AddLoginTimeout(resolved.odbc, facts->request.loginTimeoutSeconds);
     facts->request.odbcString = resolved.odbc.ToOdbc();
     facts->display =
@@ -379,6 +379,10 @@ std::string Session::InfoText(unsigned short item) {
 
 unsigned Session::InfoNumber(unsigned short item) {
     return impl_->Physical().InfoNumber(item);
+}
+
+unsigned Session::Isolation() {
+    return impl_->Physical().Isolation();
 }
 
 std::string Session::CurrentCatalog() {

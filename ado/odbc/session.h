@@ -30,7 +30,7 @@ struct SessionSettings {
     std::string user;               // empty: as the string says
     std::string password;           // empty: as the string says
     LONG loginTimeoutSeconds = 15;  // 0: no limit
-    bool readOnly = false;
+    bool readOnly = false;          // where the string says nothing of it
 };
 
 struct ExecuteOptions {
@@ -82,6 +82,9 @@ public:
     /// SQLGetInfo as text or number; "" or 0 when the driver does not answer.
     std::string InfoText(unsigned short item);
     unsigned InfoNumber(unsigned short item);
+
+    /// ODBC's bit of the isolation that statements run in.
+    unsigned Isolation();
 
     std::string CurrentCatalog();
     void SetCurrentCatalog(std::string_view name);

@@ -142,7 +142,7 @@ constexpr unsigned char kColumnRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kColumnOrder[] = {0, 1, 2, 6};
 
 CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    if (session->Profile().keySource == KeySource::Pragma) return FileColumns(session, restrictions.Text(2));
+    if (AsksFiles(*session)) return FileColumns(session, restrictions.Text(2));
     CatalogCall call;
     call.function = CatalogCall::Function::Columns;
     call.catalog = restrictions.Text(0);

@@ -55,6 +55,25 @@ bool IsTextType(int type) {
 
 }  // namespace
 
+bool AsksFiles(const Session& session) {
+    return session.Profile().keySource == KeySource::Pragma;
+}
+
+void ExpectReadableFile(const std::shared_ptr<Session>& session) {
+    SelectRows(session, "select count(*) from sqlite_master");
+}
+
+CatalogRows FileTables(const std::shared_ptr<Session>& session, const std::string& table) {
+    enum Answer : std::size_t { kTable = 1, kKind };
+    std::string sql = "select name, upper(type) from sqlite_master where type in ('table', 'view')";
+    if (!table.empty()) sql += " and name = " + Quoted(table);
+    CatalogRows rows;
+    for (const CatalogRow& answer : SelectRows(session, sql)) {
+        rows.push_back(RowMaker(5).Set(3, TextCell(answer.Text(kTable))).Set(4, TextCell(answer.Text(kKind))).Take());
+    }
+    return rows;
+}
+
 CatalogRows FileColumns(const std::shared_ptr<Session>& session, const std::string& table) {
     enum Answer : std::size_t { kTable = 1, kOrdinal, kName, kType, kNotNull, kDefault, kKey };
     std::string sql =

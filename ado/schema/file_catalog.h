@@ -8,7 +8,15 @@
 
 namespace tk::ado {
 
+/// Whether the session's database is one to ask like this.
+bool AsksFiles(const Session& session);
+
+/// The driver answers for a file that is locked, or is no database, as for an empty one.
+/// @throws AdoError that says what is wrong with the file
+void ExpectReadableFile(const std::shared_ptr<Session>& session);
+
 /// @param table  UTF-8; empty: all tables and views
+CatalogRows FileTables(const std::shared_ptr<Session>& session, const std::string& table);
 CatalogRows FileColumns(const std::shared_ptr<Session>& session, const std::string& table);
 
 CatalogRows FilePrimaryKeys(const std::shared_ptr<Session>& session, const std::string& table);

@@ -1,5 +1,6 @@
 // Primary keys, foreign keys and indexes. Each needs the table restriction: without it the answer is empty.
 #include "ado/cursor/text.h"
+#include "ado/odbc/odbc_api.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
 
@@ -7,10 +8,6 @@ namespace tk::ado {
 namespace {
 
 using Type = SchemaType;
-
-bool AsksFiles(const Session& session) {
-    return session.Profile().keySource == KeySource::Pragma;
-}
 
 std::string CatalogOf(Session& session, std::string given) {
     return given.empty() ? session.CurrentCatalog() : given;
@@ -115,6 +112,7 @@ enum StatisticsColumn : std::size_t {
     kColumnName = 9,
     kSortSequence = 10,
     kIsPrimary = 20,
+    kNullOrder = 21,
 };
 
 Value IndexSchema(const CatalogRow& row) {
@@ -168,7 +166,7 @@ constexpr SchemaColumn kIndexColumns[] = {
     {u"NULLS", Type::Long},
     {u"SORT_BOOKMARKS", Type::Flag, 0, &False},
     {u"AUTO_UPDATE", Type::Flag, 0, &True},
-    {u"NULL_COLLATION", Type::Long},
+    {u"NULL_COLLATION", Type::Long, kNullOrder},
     {u"ORDINAL_POSITION", Type::UnsignedLong, 8},
     {u"COLUMN_NAME", Type::Text, 9},
     {u"COLUMN_GUID", Type::Guid},
@@ -180,6 +178,21 @@ constexpr SchemaColumn kIndexColumns[] = {
 };
 constexpr unsigned char kIndexRestrictions[] = {0, 1, 5, 9, 2};
 constexpr unsigned char kIndexOrder[] = {7, 9, 3, 4, 5, 16};
+
+/// Where NULL comes in the order of an index, for all of the database alike.
+LONG NullOrderOf(Session& session) {
+    constexpr LONG kEnd = 1, kHigh = 2, kLow = 4, kStart = 8;
+    switch (session.InfoNumber(SQL_NULL_COLLATION)) {
+        case SQL_NC_LOW:
+            return kLow;
+        case SQL_NC_START:
+            return kStart;
+        case SQL_NC_END:
+            return kEnd;
+        default:
+            return kHigh;
+    }
+}
 
 /// The columns of each index and of the key, to tell which index is the key's.
 bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key) {
@@ -221,8 +234,11 @@ CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restricti
     std::vector<bool> isKey;
     for (const CatalogRow& row : rows)
         isKey.push_back(IsKey(rows, row, key));
-    for (std::size_t i = 0; i < rows.size(); ++i)
+    const LONG nullOrder = NullOrderOf(*session);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
         rows[i].Set(kIsPrimary, Value(isKey[i] ? LONG{1} : LONG{0}));
+        rows[i].Set(kNullOrder, Value(nullOrder));
+    }
     return rows;
 }
 

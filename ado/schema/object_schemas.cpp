@@ -1,5 +1,6 @@
 // Catalogs, schemata, tables and procedures.
 #include "ado/cursor/text.h"
+#include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
 
 namespace tk::ado {
@@ -13,6 +14,7 @@ constexpr SchemaColumn kCatalogColumns[] = {{u"CATALOG_NAME", Type::Text, 1}, {u
 constexpr unsigned char kCatalogRestrictions[] = {0};
 
 CatalogRows ReadCatalogs(const std::shared_ptr<Session>& session, const Restrictions&) {
+    if (AsksFiles(*session)) ExpectReadableFile(session);
     CatalogCall call;
     call.function = CatalogCall::Function::Catalogs;
     CatalogRows rows = CallCatalog(session, call);
@@ -30,6 +32,7 @@ constexpr SchemaColumn kSchemaColumns[] = {
 constexpr unsigned char kSchemaRestrictions[] = {0, 1, 2};
 
 CatalogRows ReadSchemata(const std::shared_ptr<Session>& session, const Restrictions&) {
+    if (AsksFiles(*session)) ExpectReadableFile(session);
     CatalogCall call;
     call.function = CatalogCall::Function::Schemas;
     CatalogRows rows = CallCatalog(session, call);
@@ -48,6 +51,7 @@ constexpr unsigned char kTableRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kTableOrder[] = {3, 0, 1, 2};
 
 CatalogRows ReadTables(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    if (AsksFiles(*session)) return FileTables(session, restrictions.Text(2));
     CatalogCall call;
     call.function = CatalogCall::Function::Tables;
     // Without a catalog some servers list those of everybody; names are patterns to the driver and meet themselves.
@@ -79,6 +83,7 @@ constexpr unsigned char kProcedureRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kProcedureOrder[] = {0, 1, 2};
 
 CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    if (AsksFiles(*session)) ExpectReadableFile(session);
     CatalogCall call;
     call.function = CatalogCall::Function::Procedures;
     call.catalog = restrictions.Text(0);

@@ -317,5 +317,82 @@ TEST_F(Generations, EnumerateACollection) {
     items->Release();
 }
 
+/// VARIANTs that no honest program makes, and references to references, which some do.
+class OddArgumentTest : public DatabaseTest {
+protected:
+    HRESULT Invoke(const Object& rows, DISPID id, WORD flags, VARIANT argument, UINT& place) const {
+        const bool isPut = flags == DISPATCH_PROPERTYPUT;
+        DISPID name = DISPID_PROPERTYPUT;
+        DISPPARAMS parameters{&argument, isPut ? &name : nullptr, 1, isPut ? 1u : 0u};
+        VARIANT result;
+        VariantInit(&result);
+        EXCEPINFO exception{};
+        const HRESULT outcome =
+            rows.Dispatch()->Invoke(id, IID_NULL, 0, flags, &parameters, &result, &exception, &place);
+        VariantClear(&result);
+        SysFreeString(exception.bstrSource);
+        SysFreeString(exception.bstrDescription);
+        return outcome == DISP_E_EXCEPTION ? exception.scode : outcome;
+    }
+    static VARIANT Of(VARTYPE type) {
+        VARIANT variant{};
+        variant.vt = type;
+        return variant;
+    }
+};
+
+TEST_F(OddArgumentTest, NamesTheArgumentWhoseTypeIsWrong) {
+    const Object opened = Connect();
+    CreateGoods(opened);
+    const Object rows = OpenRows(opened, u"select * from goods");
+    VARIANT itself = Of(VT_VARIANT | VT_BYREF);
+    itself.pvarVal = &itself;
+    const struct {
+        const char* label;
+        VARIANT argument;
+        HRESULT result;
+    } kRows[] = {
+        {"no text behind the reference", Of(VT_BSTR | VT_BYREF), DISP_E_TYPEMISMATCH},
+        {"no number behind the reference", Of(VT_I4 | VT_BYREF), DISP_E_TYPEMISMATCH},
+        {"no VARIANT behind the reference", Of(VT_VARIANT | VT_BYREF), DISP_E_TYPEMISMATCH},
+        {"a reference to itself", itself, DISP_E_TYPEMISMATCH},
+        {"a type of property sets", Of(VT_FILETIME), DISP_E_BADVARTYPE},
+        {"a type that does not exist", Of(0x0777), DISP_E_BADVARTYPE},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        for (const DISPID put : {recordset::kFilter, recordset::kBookmark, recordset::kSource}) {
+            SCOPED_TRACE(put);
+            UINT place = 99;
+            const HRESULT result = Invoke(rows, put, DISPATCH_PROPERTYPUT, row.argument, place);
+            EXPECT_TRUE(result == row.result || (put == recordset::kSource && result != E_OUTOFMEMORY))
+                << std::hex << result;
+            if (result == row.result) EXPECT_EQ(place, 0u);
+        }
+        UINT place = 99;
+        EXPECT_EQ(Invoke(rows, recordset::kCollect, DISPATCH_PROPERTYGET, row.argument, place), row.result);
+        EXPECT_EQ(place, 0u);
+    }
+    EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 3);
+}
+
+TEST_F(OddArgumentTest, FollowsReferencesToReferences) {
+    const Object opened = Connect();
+    CreateGoods(opened);
+    const Object rows = OpenRows(opened, u"select * from goods");
+    const Value name = Text(u"id");
+    VARIANT inner = name.Get();
+    VARIANT middle = Of(VT_VARIANT | VT_BYREF);
+    middle.pvarVal = &inner;
+    VARIANT outer = Of(VT_VARIANT | VT_BYREF);
+    outer.pvarVal = &middle;
+    UINT place = 99;
+    EXPECT_EQ(Invoke(rows, recordset::kCollect, DISPATCH_PROPERTYGET, outer, place), S_OK);
+    const Value filter = Text(u"id = 2");
+    inner = filter.Get();
+    EXPECT_EQ(Invoke(rows, recordset::kFilter, DISPATCH_PROPERTYPUT, outer, place), S_OK);
+    EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 1);
+}
+
 }  // namespace
 }  // namespace tk::ado::test

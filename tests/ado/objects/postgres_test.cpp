@@ -219,5 +219,60 @@ TEST_F(PostgresTest, SendsABatch) {
     EXPECT_EQ(ValueOf(rows, u"id"), "3");
 }
 
+TEST_F(PostgresTest, KeepsTheWarningsOfOneStatementOnly) {
+    const Object errors = connection_.Get(connection::kErrors).Result();
+    errors.Call(0x60030001);
+    for (int i = 0; i < 20; ++i)
+        Execute(connection_, u"drop table if exists no_such_table");
+    ASSERT_EQ(errors.Get(collection::kCount).Long(), 1);
+    EXPECT_NE(errors.Get(collection::kItem, {Number(0)}).Result().Get(0).Utf8().find("no_such_table"),
+              std::string::npos);
+    // A failure takes the place of everything; warnings come behind it.
+    EXPECT_FALSE(connection_.Call(connection::kExecute, {Text(u"select * from missing")}).Ok());
+    const LONG failures = errors.Get(collection::kCount).Long();
+    EXPECT_EQ(errors.Get(collection::kItem, {Number(0)}).Result().Get(0).Utf8().find("no_such_table"),
+              std::string::npos);
+    for (int i = 0; i < 3; ++i) {
+        Execute(connection_, u"drop table if exists no_such_table");
+        EXPECT_EQ(errors.Get(collection::kCount).Long(), failures + 1);
+    }
+    EXPECT_EQ(errors.Get(collection::kItem, {Number(0)}).Result().Get(0).Utf8().find("no_such_table"),
+              std::string::npos);
+    // Success says nothing.
+    EXPECT_EQ(Ask(connection_, u"select 1"), "1");
+    EXPECT_EQ(errors.Get(collection::kCount).Long(), failures + 1);
+}
+
+TEST_F(PostgresTest, RefusesChangesOnAConnectionForReading) {
+    const std::u16string text = ToUtf16(Server().ConnectionString());
+    for (const bool inString : {false, true}) {
+        SCOPED_TRACE(inString);
+        const Object opened = Object::Create(kConnectionClass);
+        if (!inString) opened.Put(connection::kMode, Number(1));
+        const Outcome outcome = opened.Call(connection::kOpen, {Text(inString ? text + u";Mode=Read" : text)});
+        ASSERT_TRUE(outcome.Ok()) << outcome;
+        const std::vector<Value> insert = {Text(u"insert into goods (name) values ('pear')"), Omitted(), Number(129)};
+        EXPECT_FALSE(opened.Call(connection::kExecute, insert).Ok());
+        EXPECT_TRUE(opened.Call(connection::kBeginTrans).Ok());
+        EXPECT_FALSE(opened.Call(connection::kExecute, insert).Ok());
+        EXPECT_TRUE(opened.Call(connection::kRollbackTrans).Ok());
+        EXPECT_EQ(Ask(opened, u"select count(*) from goods"), "2");
+    }
+}
+
+TEST_F(PostgresTest, SaysInWhichIsolationStatementsRun) {
+    const Object opened = Connect();
+    const auto level = [&] {
+        const Object properties = opened.Get(connection::kProperties).Result();
+        return properties.Get(collection::kItem, {Text(u"Autocommit Isolation Levels")}).Result().Get(0).Long();
+    };
+    EXPECT_EQ(level(), 0x1000);
+    opened.Put(connection::kIsolationLevel, Number(0x100000));
+    EXPECT_TRUE(opened.Call(connection::kBeginTrans).Ok());
+    EXPECT_EQ(Ask(opened, u"show transaction_isolation"), "serializable");
+    EXPECT_EQ(level(), 0x100000);
+    EXPECT_TRUE(opened.Call(connection::kRollbackTrans).Ok());
+}
+
 }  // namespace
 }  // namespace tk::ado::test

@@ -1,6 +1,8 @@
 // The catalog of a database as rowsets.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "ado/schema/declared_type.h"
 #include "database_test.h"
 
@@ -157,6 +159,57 @@ TEST(DeclaredType, ReadsWhatACreateTableSays) {
         EXPECT_EQ(type.size, row.size);
         EXPECT_EQ(type.digits, row.digits);
     }
+}
+
+TEST_F(SchemaTest, ListsTheTablesThatTheDatabaseMakesForItself) {
+    Execute(connection_, u"create table counted (id integer primary key autoincrement)");
+    EXPECT_EQ(List(Schema(20), {u"TABLE_CATALOG", u"TABLE_SCHEMA", u"TABLE_NAME", u"TABLE_TYPE", u"DESCRIPTION"}),
+              ToUtf8(u"NULL,NULL,counted,TABLE,NULL;NULL,NULL,maker,TABLE,NULL;NULL,NULL,sqlite_sequence,TABLE,NULL;"
+                     u"NULL,NULL,货物,TABLE,NULL;NULL,NULL,cheap,VIEW,NULL;"));
+    EXPECT_EQ(List(Schema(20, {Value(), Value(), Text(u"it's")}), {u"TABLE_NAME"}), "");
+}
+
+TEST_F(SchemaTest, SaysThatTheFileIsLocked) {
+    const Object other = Connect(u";Timeout=200");
+    Execute(connection_, u"begin exclusive");
+    for (const LONG schema : {1, 4, 16, 17, 20}) {
+        SCOPED_TRACE(schema);
+        const Outcome outcome = other.Call(connection::kOpenSchema, {Number(schema)});
+        EXPECT_FALSE(outcome.Ok());
+        EXPECT_NE(ToUtf8(outcome.description).find("locked"), std::string::npos) << outcome;
+    }
+    Execute(connection_, u"commit");
+    for (const LONG schema : {1, 4, 16, 17, 20}) {
+        SCOPED_TRACE(schema);
+        const Outcome outcome = other.Call(connection::kOpenSchema, {Number(schema)});
+        EXPECT_TRUE(outcome.Ok()) << outcome;
+    }
+}
+
+TEST_F(SchemaTest, SaysThatTheFileIsNoDatabase) {
+    std::ofstream(folder_ / "text.db") << std::string(8192, 'x');
+    const Object opened = Object::Create(kConnectionClass);
+    const Outcome outcome =
+        opened.Call(connection::kOpen, {Text(u"Driver=SQLite3;Database=" + ToUtf16((folder_ / "text.db").string()))});
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    for (const LONG schema : {1, 4, 16, 17, 20}) {
+        SCOPED_TRACE(schema);
+        const Outcome asked = opened.Call(connection::kOpenSchema, {Number(schema)});
+        EXPECT_FALSE(asked.Ok());
+        EXPECT_NE(ToUtf8(asked.description).find("not a database"), std::string::npos) << asked;
+    }
+}
+
+TEST_F(SchemaTest, SaysWhereAnIndexHasNull) {
+    const Outcome order = connection_.Get(connection::kProperties)
+                              .Result()
+                              .Get(collection::kItem, {Text(u"NULL Collation Order")})
+                              .Result()
+                              .Get(0);
+    ASSERT_TRUE(order.Ok()) << order;
+    const Object indexes = Schema(12, {Value(), Value(), Value(), Value(), Text(u"货物")});
+    EXPECT_EQ(indexes.Get(kFields, {Text(u"NULL_COLLATION")}).Result().Get(field::kType).Long(), 3);
+    EXPECT_EQ(List(indexes, {u"NULL_COLLATION"}), order.Utf8() + ";" + order.Utf8() + ";");
 }
 
 }  // namespace

@@ -188,19 +188,20 @@ void CommandObject::Execute(Call& call) {
     std::vector<Value> values;
     if (!call.IsNothing(1)) values = ListItems(call.PlainValue(1));
     const Execution execution = MakeExecution(options, std::move(values));
+    const auto session = connection->OpenedSession(ErrorNumber::InvalidConnection);
     struct Running {
         CommandObject& command;
-        Running(CommandObject& owner, std::shared_ptr<Session> session) : command(owner) {
+        Running(CommandObject& owner, std::shared_ptr<Session> used) : command(owner) {
             const std::lock_guard lock(command.guard_);
-            command.running_ = std::move(session);
+            command.running_ = std::move(used);
         }
         ~Running() {
             const std::lock_guard lock(command.guard_);
             command.running_.reset();
         }
-    } running(*this, connection->OpenedSession(ErrorNumber::InvalidConnection));
+    } running(*this, session);
     LONG affected = -1;
-    Ref<Recordset> result = Recordset::FromCommand(connection, text_, execution, affected);
+    Ref<Recordset> result = Recordset::FromCommand(connection, session, text_, execution, affected);
     if (result) result->SetCommand(Ref<CommandObject>(this));
     call.Store(0, Value(affected));
     call.ReturnObject(std::move(result));

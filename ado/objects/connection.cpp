@@ -154,7 +154,7 @@ void Connection::Execute(Call& call) {
     LONG affected = -1;
     {
         const Executing executing(executing_);
-        result = Recordset::FromCommand(Ref<Connection>(this), text, execution, affected);
+        result = Recordset::FromCommand(Ref<Connection>(this), session, text, execution, affected);
     }
     call.Store(1, Value(affected));
     call.ReturnObject(std::move(result));
@@ -308,11 +308,16 @@ void Connection::OpenSchema(Call& call) {
 
 void Connection::Cancel(Call&) {
     std::shared_ptr<Session> session;
+    std::vector<std::weak_ptr<OpenRows>> recordsets;
     {
         const std::lock_guard lock(lock_);
         session = session_;
+        recordsets = recordsets_;
     }
     if (session) session->Cancel();
+    for (const auto& known : recordsets) {
+        if (const auto rows = known.lock()) rows->store->Fetched().Interrupt();
+    }
 }
 
 void Connection::GetProperties(Call& call) {

@@ -114,9 +114,9 @@ void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
     ++generation_;
 }
 
-std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connection, const Execution& execution,
+std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connection,
+                                                const std::shared_ptr<Session>& session, const Execution& execution,
                                                 LONG& affected) {
-    const auto session = connection->OpenedSession(ErrorNumber::InvalidConnection);
     const Running running(guard_, running_, session);
     Executed executed = RunOn(session, execution, maxRecords_);
     affected = executed.affected;
@@ -128,10 +128,10 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
     return std::move(executed.rows);
 }
 
-Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::u16string& source,
-                                      const Execution& execution, LONG& affected) {
+Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
+                                      const std::u16string& source, const Execution& execution, LONG& affected) {
     auto result = Make<Recordset>();
-    auto fetched = result->RunStatement(connection, execution, affected);
+    auto fetched = result->RunStatement(connection, session, execution, affected);
     if (execution.noRecords) return {};
     result->connection_ = connection;
     result->source_ = source;
@@ -206,7 +206,8 @@ void Recordset::Open(Call& call) {
 
 void Recordset::OpenExecution(const Ref<Connection>& connection, const Execution& execution) {
     LONG affected = -1;
-    auto fetched = RunStatement(connection, execution, affected);
+    auto fetched =
+        RunStatement(connection, connection->OpenedSession(ErrorNumber::InvalidConnection), execution, affected);
     if (!fetched) return;
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
     rows->asynchronous = execution.asynchronousFetch;
@@ -344,7 +345,10 @@ void Recordset::Cancel(Call&) {
         session = running_;
     }
     if (session) session->Cancel();
-    if (rows && rows->asynchronous) rows->store->Fetched().Cancel();
+    if (!rows) return;
+    // Rows that are fetched ahead unseen are nobody's call: only a call that waits for them is ended.
+    RowSet& fetched = rows->store->Fetched();
+    rows->asynchronous ? fetched.Cancel() : fetched.Interrupt();
 }
 
 void Recordset::Clone(Call& call) {

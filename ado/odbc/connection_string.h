@@ -94,6 +94,10 @@ ConnectionProperties ReadProperties(const ConnectionString& text);
 /// @throws AdoError ProviderNotFound when the provider is unknown or no driver for it is installed
 ResolvedConnection Resolve(const ConnectionString& text, std::string_view user, std::string_view password);
 
+/// For the drivers that wait for locks themselves, deaf to cancellation: tells the driver to wait only a moment.
+/// @return the milliseconds that are left to wait by LockWait; 0: the driver's own waiting is enough
+int TakeLockTime(ConnectionString& odbc);
+
 /// For the drivers that ignore the login time-out of ODBC and have a keyword for it.
 void AddLoginTimeout(ConnectionString& odbc, int seconds);
 

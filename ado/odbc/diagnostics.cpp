@@ -218,6 +218,22 @@ AdoError MakeError(const std::vector<DiagnosticRecord>& records) {
     return MakeError(records, FailureClass{});
 }
 
+AdoError MakeCancelledError() {
+    return MakeError({{"HY008", 0, "Operation canceled"}});
+}
+
+AdoError MakeWaitedError() {
+    return MakeError({{"HYT00", 0, "Timeout expired"}});
+}
+
+bool IsEnded(const AdoError& error) noexcept {
+    return error.Code() == kCanceled || error.Code() == kAbortLimit;
+}
+
+bool AreOfLock(const std::vector<DiagnosticRecord>& records) {
+    return std::ranges::any_of(records, [](const auto& each) { return Classify(each).code == kConcurrency; });
+}
+
 AdoError MakeTimeoutError(const std::vector<DiagnosticRecord>& records, bool isCertain) {
     const FailureClass timeout = {kAbortLimit, kCauseTimeout, false};
     return Make(records, isCertain ? timeout : FailureClass{}, &timeout);

@@ -42,6 +42,16 @@ AdoError MakeError(const std::vector<DiagnosticRecord>& records);
 /// As above; what the records do not tell is taken from the fallback.
 AdoError MakeError(const std::vector<DiagnosticRecord>& records, const FailureClass& fallback);
 
+/// A wait of ours that another thread has cancelled, or whose time is over.
+AdoError MakeCancelledError();
+AdoError MakeWaitedError();
+
+/// True for an error that says so, or that a driver gives for a call that was ended.
+bool IsEnded(const AdoError& error) noexcept;
+
+/// True when the records say that another connection holds a lock.
+bool AreOfLock(const std::vector<DiagnosticRecord>& records);
+
 /// As above, for a statement with a time limit that nobody has cancelled: where the driver says "cancelled" this says
 /// that the time is over; with isCertain also where the driver tells no cause at all.
 AdoError MakeTimeoutError(const std::vector<DiagnosticRecord>& records, bool isCertain);

@@ -50,6 +50,8 @@ constexpr DriverProfile kProfiles[] = {
         .streaming = Streaming::SideConnection,
         .streamingKeywords = "StepAPI=1",
         .readOnlyStatement = "pragma query_only=1",
+        .lockTimeKeyword = "Timeout",
+        .lockedNative = 5,
         .keySource = KeySource::Pragma,
         .hasManyActiveStatements = true,
         .describesBase = true,
@@ -76,6 +78,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasManyActiveStatements = true,
         .describesBase = true,
         .systemColumns = kPostgresSystemColumns,
+        .hidesOddMoments = true,
         .identityQuery = "select lastval()",
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,

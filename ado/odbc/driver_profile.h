@@ -65,6 +65,8 @@ struct DriverProfile {
     int streamingAttribute = 0;               // for Streaming::Attribute: on or off
     int streamingRowsAttribute = 0;           // ... and the rows that come at a time
     const char* readOnlyStatement = nullptr;  // makes the server refuse every change of the session
+    const char* lockTimeKeyword = nullptr;    // milliseconds that the driver waits for locks, deaf to everything else
+    int lockedNative = 0;                     // ... and what it says when they are over
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;               // SQLMoreResults is worth asking
@@ -77,6 +79,7 @@ struct DriverProfile {
     bool hasWideParameters = false;              // texts are sent as national characters
     bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
     bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
+    bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
     bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked

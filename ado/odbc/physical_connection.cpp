@@ -12,6 +12,7 @@ namespace tk::ado {
 namespace {
 
 constexpr std::size_t kKeptHandles = 4;
+constexpr std::size_t kLongestString = 32767;
 
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
 constexpr long long kTrustedIdleMs = 1000;
@@ -29,8 +30,11 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
 
 }  // namespace
 
-PhysicalConnection::PhysicalConnection(const Request& request) : dbc_(SharedEnvironment()) {
+PhysicalConnection::PhysicalConnection(const Request& request)
+    : dbc_(SharedEnvironment()), lockMilliseconds_(request.lockMilliseconds) {
     const OdbcApi& odbc = Odbc();
+    // Lengths of connection strings are 16 bits wide in ODBC.
+    if (request.odbcString.size() > kLongestString) throw AdoError(ErrorNumber::InvalidArgument);
     if (request.loginTimeoutSeconds > 0) {
         odbc.SetConnectAttr(Get(), SQL_ATTR_LOGIN_TIMEOUT, Number(static_cast<SQLULEN>(request.loginTimeoutSeconds)),
                             SQL_IS_UINTEGER);
@@ -221,18 +225,22 @@ bool PhysicalConnection::Reset() noexcept try {
     return false;
 }
 
-bool PhysicalConnection::IsUsable(long long idleMs) noexcept try {
-    if (profile_->isFileDatabase) {
-        // A file put in the place of the former one is another database.
-        struct stat status = {};
-        return stat(file_.c_str(), &status) == 0 && fileIdentity_ == std::pair{status.st_dev, status.st_ino};
-    }
-    if (idleMs < kTrustedIdleMs) return true;
+bool PhysicalConnection::Answers() noexcept try {
+    if (profile_->isFileDatabase) return true;
     if (IsDead()) return false;
     if (profile_->pingStatement != nullptr) RunSimple(profile_->pingStatement);
     return true;
 } catch (const AdoError&) {
     return false;
+}
+
+bool PhysicalConnection::IsUsable(long long idleMs) noexcept {
+    if (profile_->isFileDatabase) {
+        // A file put in the place of the former one is another database.
+        struct stat status = {};
+        return stat(file_.c_str(), &status) == 0 && fileIdentity_ == std::pair{status.st_dev, status.st_ino};
+    }
+    return idleMs < kTrustedIdleMs || Answers();
 }
 
 }  // namespace tk::ado

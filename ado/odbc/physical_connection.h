@@ -29,6 +29,7 @@ public:
         std::string odbcString;
         LONG loginTimeoutSeconds = 15;
         bool readOnly = false;
+        int lockMilliseconds = 0;  // for LockWait
     };
 
     /// @throws AdoError with the driver's diagnostics
@@ -48,6 +49,9 @@ public:
 
     /// Asks the driver whether the connection is lost.
     bool IsDead() const noexcept;
+
+    /// How long LockWait waits; 0: not at all.
+    int LockMilliseconds() const noexcept { return lockMilliseconds_; }
 
     /// A file database whose file is known: another connection to it sees the same.
     bool IsPlainFile() const noexcept { return !file_.empty(); }
@@ -71,6 +75,9 @@ public:
 
     /// Rolls back, sets auto-commit and isolation back. False when the connection is not fit for another session.
     bool Reset() noexcept;
+
+    /// Asks the server for a sign of life; true for a file database.
+    bool Answers() noexcept;
 
     /// Before another session gets it: still connected, and to the same database.
     bool IsUsable(long long idleMs) noexcept;
@@ -99,6 +106,7 @@ private:
     SQLUINTEGER firstIsolation_ = 0;
     SQLUINTEGER isolation_ = 0;
     LONG timeLimit_ = 0;
+    int lockMilliseconds_;
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;

@@ -336,6 +336,16 @@ void AddLoginTimeout(ConnectionString& odbc, int seconds) {
     if (keyword != nullptr && seconds > 0) odbc.SetIfAbsent(keyword, std::to_string(seconds));
 }
 
+int TakeLockTime(ConnectionString& odbc) {
+    constexpr int kMoment = 100;
+    const char* keyword = ProfileOf(odbc).lockTimeKeyword;
+    if (keyword == nullptr) return 0;
+    const int whole = ReadInteger(odbc.Find(keyword)).value_or(0);
+    if (whole <= kMoment) return 0;
+    odbc.Set(keyword, std::to_string(kMoment));
+    return whole - kMoment;
+}
+
 ConnectionProperties ReadProperties(const ConnectionString& given) {
     ConnectionProperties properties;
     properties.provider = given.Provider();

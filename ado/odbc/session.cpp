@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <mutex>
 
 #include "ado/messages.h"
+#include "ado/odbc/background_work.h"
 #include "ado/odbc/catalog_call.h"
+#include "ado/odbc/lock_wait.h"
 #include "ado/odbc/output_row.h"
 #include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/physical_connection.h"
@@ -51,6 +52,7 @@ std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std
     facts->request.loginTimeoutSeconds = facts->properties.connectTimeoutSeconds.value_or(settings.loginTimeoutSeconds);
     facts->request.readOnly = facts->properties.mode ? IsReadOnlyMode(*facts->properties.mode) : settings.readOnly;
     AddLoginTimeout(resolved.odbc, facts->request.loginTimeoutSeconds);
+    facts->request.lockMilliseconds = TakeLockTime(resolved.odbc);
     facts->request.odbcString = resolved.odbc.ToOdbc();
     facts->display =
         facts->properties.persistSecurityInfo ? settings.connection.Text() : settings.connection.WithoutPassword();
@@ -106,7 +108,7 @@ SQLUINTEGER OdbcIsolation(LONG isolation, unsigned offered) {
 
 struct Session::Impl {
     struct Work {
-        std::function<void()> finish;
+        std::weak_ptr<BackgroundWork> work;
         bool onSideConnection = false;
     };
 
@@ -114,26 +116,28 @@ struct Session::Impl {
     std::shared_ptr<Lease> lease;
     std::vector<Work> work;
     bool isInTransaction = false;
-    std::mutex gate;                     // for Cancel
-    StatementHandle* running = nullptr;  // while a call of ours runs
-    bool hasPlan = false;                // the handle of the call that runs is prepared for its text already
+    RunningCall running;
+    bool hasPlan = false;  // the handle of the call that runs is prepared for its text already
 
     PhysicalConnection& Physical() const noexcept { return **lease; }
 
-    /// Ends what workers still do on this session's connection; with them done its statements may run.
-    void FinishWork(bool alsoOnSide) {
-        std::vector<Work> finishing;
-        std::vector<Work> staying;
-        for (Work& each : work)
-            (each.onSideConnection && !alsoOnSide ? staying : finishing).push_back(std::move(each));
-        work = std::move(staying);
-        for (Work& each : finishing)
-            each.finish();
-    }
-
-    void SetRunning(StatementHandle* handle) noexcept {
-        const std::lock_guard lock(gate);
-        running = handle;
+    /// Waits for what workers still do on this session's connection; with that done its statements may run.
+    /// @param seconds  0: no limit
+    void FinishWork(bool alsoOnSide, LONG seconds) {
+        if (work.empty()) [[likely]]
+            return;
+        const Patience patience(seconds, running);
+        for (std::size_t i = 0; i < work.size();) {
+            if (work[i].onSideConnection && !alsoOnSide) {
+                ++i;
+                continue;
+            }
+            const auto other = work[i].work.lock();
+            if (other != nullptr && !other->FinishWork(patience)) {
+                throw patience.IsCancelled() ? MakeCancelledError() : MakeWaitedError();
+            }
+            work.erase(work.begin() + static_cast<std::ptrdiff_t>(i));
+        }
     }
 
     bool CanUseSide(const StatementKind& kind) const noexcept {
@@ -176,18 +180,23 @@ struct Session::Impl {
         handle.SetTimeout(options.timeoutSeconds);
         handle.SetMaxRows(options.maxRows);
         handle.Start();
-        SetRunning(&handle);
-        struct Ended {
-            Impl& impl;
-            ~Ended() { impl.SetRunning(nullptr); }
-        } ended{*this};
+        const RunningCall::Scope scope(running, handle);
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
         CallResult called = call(handle);
-        guard.Finish();
         on->MarkUsed();
+        if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) [[unlikely]] {
+            // The session's own connection waits for locks; the side connection leaves that to it.
+            LockWait wait(**on);
+            while (called.result == SQL_ERROR && on == lease && wait.GoesOn(handle)) {
+                called.binding.reset();
+                handle.Close();
+                called = call(handle);
+            }
+            if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) statement->Fail(called.result);
+        }
+        guard.Finish();
         const SQLRETURN result = called.result;
-        if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) statement->Fail(result);
         if (result == SQL_SUCCESS_WITH_INFO) {
             statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
         }
@@ -204,19 +213,37 @@ struct Session::Impl {
     /// once, when the call does no harm by being made twice.
     template <class Call>
     Statement RunOnOwn(std::string_view sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
-        if (!lease->IsFreshFromCache() || !isRepeatable || isInTransaction) return Run(lease, sql, options, call);
+        if (!lease->IsFreshFromCache() || isInTransaction) return Run(lease, sql, options, call);
+        if (!isRepeatable) {
+            ReplaceIfLost();
+            return Run(lease, sql, options, call);
+        }
         try {
             return Run(lease, sql, options, call);
         } catch (const AdoError&) {
             if (!Physical().IsBroken()) throw;
         }
-        lease = OpenLease(facts);
+        Replace();
         return Run(lease, sql, options, call);
+    }
+
+    /// The session's connection was lost while it lay idle: so may the others have been that lie there.
+    void Replace() {
+        SessionCache::Instance().Distrust(facts->key);
+        lease = OpenLease(facts);
+    }
+
+    /// Before the first work on a connection from the cache that cannot be tried twice.
+    void ReplaceIfLost() {
+        if (!lease->IsFreshFromCache()) return;
+        if (Physical().Answers()) return lease->MarkUsed();
+        Physical().MarkBroken();
+        Replace();
     }
 
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         const StatementKind kind = Inspect(sql);
-        FinishWork(!kind.isReading);
+        FinishWork(!kind.isReading, options.timeoutSeconds);
         if (kind.changesSession) Physical().MarkChanged();
         const auto call = [&](StatementHandle& handle) {
             std::unique_ptr<const ParameterBinding> binding;
@@ -255,7 +282,8 @@ struct Session::Impl {
             if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
             inside.isOnSideConnection = true;
             return statement;
-        } catch (const AdoError&) {
+        } catch (const AdoError& error) {
+            if (IsEnded(error)) throw;
             return std::nullopt;  // the session's own connection says what is wrong
         }
     }
@@ -264,12 +292,25 @@ struct Session::Impl {
         if (!isInTransaction) throw TransactionError(kNoTransactionCode, kNoTransaction);
     }
 
+    /// A commit may have to wait for the locks of readers.
+    void EndWhenUnlocked(PhysicalConnection& connection, SQLSMALLINT completion) {
+        const RunningCall::Wait waiting(running);
+        for (LockWait wait(connection);;) {
+            try {
+                return connection.EndTransaction(completion);
+            } catch (const AdoError& error) {
+                if (running.IsWaitCancelled()) throw MakeCancelledError();
+                if (!wait.GoesOn(error)) throw;
+            }
+        }
+    }
+
     void EndTransaction(SQLSMALLINT completion) {
         RequireTransaction();
-        FinishWork(true);
+        FinishWork(true, 0);
         PhysicalConnection& connection = Physical();
         try {
-            connection.EndTransaction(completion);
+            EndWhenUnlocked(connection, completion);
             // One driver reports success on a connection that is gone: nothing has been committed then.
             if (connection.IsDead()) {
                 throw MakeError({}, FailureClass{E_FAIL, kCauseConnection, true});
@@ -292,7 +333,7 @@ Session::~Session() {
     // A fetch that still runs keeps the connection until it is done; a transaction ends now.
     if (!impl_->isInTransaction) return;
     try {
-        impl_->FinishWork(true);
+        impl_->FinishWork(true, 0);
     } catch (...) {
         impl_->Physical().MarkBroken();
     }
@@ -339,20 +380,24 @@ Statement Session::Execute(std::string_view sql, std::span<const Parameter> para
 }
 
 Statement Session::Catalog(const CatalogCall& call, const ExecuteOptions& options) {
-    impl_->FinishWork(false);
+    impl_->FinishWork(false, options.timeoutSeconds);
     return impl_->RunOnOwn({}, true, options, [&](StatementHandle& handle) {
         return Impl::CallResult{RunCatalogCall(handle.Get(), call), nullptr};
     });
 }
 
 void Session::Cancel() noexcept {
-    const std::lock_guard lock(impl_->gate);
-    if (impl_->running != nullptr) impl_->running->CancelRunning();
+    impl_->running.Cancel();
+}
+
+RunningCall& Session::Running() const noexcept {
+    return impl_->running;
 }
 
 void Session::Begin(LONG isolation) {
     if (impl_->isInTransaction) throw TransactionError(kTransactionExistsCode, kTransactionExists);
-    impl_->FinishWork(true);
+    impl_->FinishWork(true, 0);
+    impl_->ReplaceIfLost();
     PhysicalConnection& connection = impl_->Physical();
     const SQLUINTEGER wanted = OdbcIsolation(isolation, connection.InfoNumber(SQL_TXN_ISOLATION_OPTION));
     connection.SetStreaming(false);
@@ -390,7 +435,7 @@ std::string Session::CurrentCatalog() {
 }
 
 void Session::SetCurrentCatalog(std::string_view name) {
-    impl_->FinishWork(true);
+    impl_->FinishWork(true, 0);
     impl_->Physical().SetCurrentCatalog(name);
 }
 
@@ -400,14 +445,19 @@ bool Session::IsDead() {
     return true;
 }
 
-void Session::SetBackgroundWork(std::function<void()> finish, bool onSideConnection) {
+void Session::SetBackgroundWork(std::weak_ptr<BackgroundWork> work, bool onSideConnection) {
     constexpr std::size_t kMostWork = 8;  // what has ended long ago is still in the list
-    if (impl_->work.size() >= kMostWork) impl_->FinishWork(true);
-    impl_->work.push_back({std::move(finish), onSideConnection});
+    if (impl_->work.size() >= kMostWork) {
+        std::erase_if(impl_->work, [](const Impl::Work& each) {
+            const auto known = each.work.lock();
+            return known == nullptr || known->IsDone();
+        });
+    }
+    impl_->work.push_back({std::move(work), onSideConnection});
 }
 
 void Session::FinishBackgroundWork() {
-    impl_->FinishWork(true);
+    impl_->FinishWork(false, 0);
 }
 
 PhysicalConnection& Session::Physical() const noexcept {

@@ -7,7 +7,6 @@
 // a worker finishes that fetch first when it is asked for another statement (see SetBackgroundWork).
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -22,7 +21,9 @@
 
 namespace tk::ado {
 
+class BackgroundWork;
 class PhysicalConnection;
+class RunningCall;
 
 /// What opening a session needs, all texts UTF-8.
 struct SessionSettings {
@@ -69,9 +70,10 @@ public:
     /// A catalog function of ODBC; null and empty texts are sent as null. See statement.h for CatalogCall.
     Statement Catalog(const CatalogCall& call, const ExecuteOptions& options);
 
-    /// From any thread: ends the Execute or Catalog call that is running on this session, if there is one, with
-    /// "cancelled" (its caller gets the AdoError).
+    /// From any thread: ends the call that is running on this session, if there is one, with "cancelled" (its caller
+    /// gets the AdoError): an execution, what the caller has named by Running, or a wait for other work of the session.
     void Cancel() noexcept;
+    RunningCall& Running() const noexcept;
 
     /// Auto-commit off / commit / roll back; isolation is an ADO value (0x1000 …), applied before the transaction.
     void Begin(LONG isolation);
@@ -92,12 +94,13 @@ public:
     /// True when the driver says that the connection is lost; asks, does not guess from the state alone.
     bool IsDead();
 
-    /// A worker that still uses this session's statement; the next Execute, Catalog, Begin, Commit or Rollback
-    /// calls finish first, so that drivers with one active statement work too.
+    /// A worker that still uses this session's statement. The next Execute, Catalog, Begin, Commit or Rollback waits
+    /// for its end first, so that drivers with one active statement work too; Execute and Catalog within their time
+    /// limit.
     /// @param onSideConnection  the worker reads on a connection of its own; statements that only read need not wait
-    void SetBackgroundWork(std::function<void()> finish, bool onSideConnection = false);
+    void SetBackgroundWork(std::weak_ptr<BackgroundWork> work, bool onSideConnection = false);
 
-    /// Waits for the workers.
+    /// Waits for the workers that read on the session's own connection.
     void FinishBackgroundWork();
 
     /// The physical connection, for the row set's own questions.

@@ -26,6 +26,7 @@ struct SessionCache::Impl {
         std::string key;
         std::unique_ptr<PhysicalConnection> connection;
         Clock::time_point since;
+        bool isDoubted = false;
     };
 
     mutable std::mutex mutex;
@@ -106,7 +107,7 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
                                            [&](const Impl::Idle& each) { return each.key == key; });
             if (last == impl_->idle.rend()) return nullptr;
             found = std::move(last->connection);
-            idleTime = Clock::now() - last->since;
+            idleTime = last->isDoubted ? Clock::duration::max() : Clock::now() - last->since;
             impl_->idle.erase(std::next(last).base());
         }
         if (found->IsUsable(std::chrono::duration_cast<std::chrono::milliseconds>(idleTime).count())) return found;
@@ -114,7 +115,9 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
 }
 
 void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept try {
-    if (connection == nullptr || !connection->Reset()) return;
+    if (connection == nullptr) return;
+    if (connection->IsBroken()) Distrust(key);
+    if (!connection->Reset()) return;
     std::unique_ptr<PhysicalConnection> surplus;
     const std::lock_guard lock(impl_->mutex);
     impl_->ForgetParent();
@@ -129,6 +132,13 @@ void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnec
     if (impl_->isAsleep) impl_->changed.notify_one();
 } catch (...) {
     // No memory or no thread for keeping it: it is closed.
+}
+
+void SessionCache::Distrust(const std::string& key) noexcept {
+    const std::lock_guard lock(impl_->mutex);
+    impl_->ForgetParent();
+    for (Impl::Idle& each : impl_->idle)
+        each.isDoubted = each.isDoubted || each.key == key;
 }
 
 void SessionCache::Clear() noexcept {

@@ -47,6 +47,9 @@ public:
     /// Keeps the connection if it can be used again; closes it otherwise.
     void Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept;
 
+    /// The idle connections of that key are asked before they are handed out, however short they were idle.
+    void Distrust(const std::string& key) noexcept;
+
     /// Closes the idle connections.
     void Clear() noexcept;
 

@@ -32,6 +32,17 @@ void Statement::Impl::ReadResultShape() {
     }
 }
 
+bool Statement::Impl::Restart() {
+    if (text.empty()) return false;
+    handle->Close();
+    const SQLRETURN result = preparedText.empty()
+                                 ? Odbc().ExecDirect(handle->Get(), reinterpret_cast<SQLCHAR*>(text.data()),
+                                                     static_cast<SQLINTEGER>(text.size()))
+                                 : Odbc().Execute(handle->Get());
+    if (!SQL_SUCCEEDED(result)) Fail(result);
+    return true;
+}
+
 void Statement::Impl::Fail(SQLRETURN result) {
     std::vector<DiagnosticRecord> records;
     if (result != SQL_INVALID_HANDLE) records = ReadDiagnostics(SQL_HANDLE_STMT, handle->Get());
@@ -41,6 +52,10 @@ void Statement::Impl::Fail(SQLRETURN result) {
     if (isLost || (*lease)->IsDead()) (*lease)->MarkBroken();
     // A server's own time limit reads like a cancellation; nobody has asked for one.
     const bool isExpired = handle->WasExpired();
+    if (AreOfLock(records)) {  // the call was waiting when it was ended, and the driver tells only what for
+        if (isExpired) records.insert(records.begin(), {"HYT00", 0, "Timeout expired"});
+        if (handle->WasCancelled()) records.insert(records.begin(), {"HY008", 0, "Operation canceled"});
+    }
     if (isExpired || (timeoutSeconds > 0 && !handle->WasCancelled())) throw MakeTimeoutError(records, isExpired);
     throw MakeError(records);
 }

@@ -38,6 +38,9 @@ struct Statement::Impl {
     /// Steps to the next result; false when there is none.
     bool NextResult();
 
+    /// Executes the text again, parameters as they were; nothing has been fetched yet. False for catalog calls.
+    bool Restart();
+
     /// A failure of the handle: diagnostics first, then the question whether the connection still lives.
     [[noreturn]] void Fail(SQLRETURN result);
 };

@@ -1,9 +1,11 @@
 // C types in column-wise blocks that stay bound to the handle. The block is small at first, so that a query for one row
 // pays for little. A text longer than its cell is fetched whole by SQLSetPos and SQLGetData.
 #include <algorithm>
+#include <cstring>
 
 #include "ado/rowset/cell_reader.h"
 #include "ado/rowset/fetcher.h"
+#include "ado/rowset/odd_moment.h"
 #include "ado/rowset/type_map.h"
 
 namespace tk::ado {
@@ -104,6 +106,7 @@ public:
         if (result == SQL_SUCCESS_WITH_INFO && rows > 1) FailOnBadRow(fetched);
         try {
             AddVariableCells(fetched);
+            if (statement_.handle->Profile().hidesOddMoments) KeepOddMoments(fetched);
         } catch (...) {
             builder_.Discard();
             throw;
@@ -195,6 +198,34 @@ private:
                     AddLong(row, index);
                 }
             }
+        }
+    }
+
+    /// Moments that the driver gave wrongly become texts of the chunk.
+    void KeepOddMoments(std::size_t fetched) {
+        for (std::size_t i = 0; i < widths_.size(); ++i) {
+            const BoundColumn& column = block_->columns[i];
+            if (column.cType == SQL_C_TYPE_DATE) {
+                KeepOdd<SQL_DATE_STRUCT>(i, column, fetched);
+            } else if (column.cType == SQL_C_TYPE_TIMESTAMP) {
+                KeepOdd<SQL_TIMESTAMP_STRUCT>(i, column, fetched);
+            }
+        }
+    }
+
+    template <class Fields>
+    void KeepOdd(std::size_t index, const BoundColumn& column, std::size_t fetched) {
+        const DoubtfulMoments doubtful;
+        for (std::size_t row = 0; row < fetched; ++row) {
+            if (column.indicators[row] < 0) continue;
+            Fields fields;
+            std::memcpy(&fields, column.values.get() + row * sizeof fields, sizeof fields);
+            if (!doubtful.Has(fields)) [[likely]]
+                continue;
+            auto text = ReadOddMoment(statement_, row, static_cast<int>(index) + 1);
+            if (!text) continue;
+            SetTextNumber(fields, builder_.Keep(std::move(*text)));
+            std::memcpy(column.values.get() + row * sizeof fields, &fields, sizeof fields);
         }
     }
 

@@ -66,11 +66,16 @@ std::string_view Chunk::Outside(const char* index) const noexcept {
     return outside_[number];
 }
 
-void ChunkBuilder::AddOutside(std::string text) {
+std::uint32_t ChunkBuilder::Keep(std::string text) {
     const auto number = static_cast<std::uint32_t>(outside_.size());
     text.shrink_to_fit();
     outsideBytes_ += text.size();
     outside_.push_back(std::move(text));
+    return number;
+}
+
+void ChunkBuilder::AddOutside(std::string text) {
+    const std::uint32_t number = Keep(std::move(text));
     AddBytes(reinterpret_cast<const char*>(&number), sizeof number);
     ends_.back() |= Chunk::kOutside;
 }

@@ -82,6 +82,9 @@ public:
         return (bits[row / 8] >> (row % 8) & 1) != 0;
     }
 
+    /// A text that was kept beside the cells.
+    std::string_view Text(std::size_t number) const noexcept { return outside_[number]; }
+
     template <class Value>
     Value Fixed(const RowLayout& layout, std::size_t row, std::size_t slot) const noexcept {
         Value value;
@@ -125,6 +128,9 @@ public:
         ends_.push_back(position_);
     }
     void AddOutside(std::string text);
+
+    /// Keeps a text beside the cells; its number, for Chunk::Text, goes into a fixed-width value.
+    std::uint32_t Keep(std::string text);
 
     std::size_t VariableCells() const noexcept { return ends_.size(); }
     std::size_t ArenaBytes() const noexcept { return position_ + outsideBytes_; }

@@ -3,6 +3,7 @@
 #include <tkwin32/text.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 #include "ado/rowset/type_map.h"
@@ -13,12 +14,24 @@ namespace {
 constexpr LONG kLongBytes = 2147483647;
 constexpr LONG kLongWideUnits = 1073741823;
 
-std::string TextAttribute(StatementHandle& handle, int number, SQLUSMALLINT attribute) {
-    char buffer[512] = {};
+bool HasTableBehind(StatementHandle& handle, int number) noexcept {
+    char table[8] = {};  // empty or not is all that counts
     SQLSMALLINT length = 0;
-    const SQLRETURN result = Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number), attribute, buffer,
-                                                 sizeof buffer - 1, &length, nullptr);
-    return SQL_SUCCEEDED(result) ? std::string(buffer) : std::string();
+    const SQLRETURN result = Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number),
+                                                 SQL_DESC_BASE_TABLE_NAME, table, sizeof table, &length, nullptr);
+    return SQL_SUCCEEDED(result) && table[0] != '\0';
+}
+
+/// What a driver has cut may end within a character.
+void CutAtCharacter(std::string& utf8) {
+    const auto isContinuation = [](char byte) { return (byte & 0xC0) == 0x80; };
+    std::size_t start = utf8.size();
+    while (start > 0 && utf8.size() - start < 4 && isContinuation(utf8[start - 1]))
+        --start;
+    if (start == 0) return;
+    const auto lead = static_cast<unsigned char>(utf8[start - 1]);
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
+    if (utf8.size() - (start - 1) < length) utf8.resize(start - 1);
 }
 
 SQLLEN NumberAttribute(StatementHandle& handle, int number, SQLUSMALLINT attribute, SQLLEN otherwise) {
@@ -45,6 +58,30 @@ LONG Attributes(const SqlTypeRule& rule, SQLSMALLINT nullable) {
     return attributes;
 }
 
+/// A name that did not fit, asked again. Some drivers tell how long it is, others only how much they gave.
+std::string LongName(StatementHandle& handle, int number) {
+    constexpr std::size_t kMost = 32767;  // lengths are 16 bits wide
+    std::string name;
+    std::size_t stored = 0;
+    for (std::size_t size = 4096;; size = std::min(size * 4, kMost)) {
+        name.assign(size, '\0');
+        SQLSMALLINT length = 0;
+        SQLSMALLINT sqlType = 0;
+        SQLULEN columnSize = 0;
+        SQLSMALLINT digits = 0;
+        SQLSMALLINT nullable = 0;
+        const SQLRETURN result =
+            Odbc().DescribeCol(handle.Get(), static_cast<SQLUSMALLINT>(number), reinterpret_cast<SQLCHAR*>(name.data()),
+                               static_cast<SQLSMALLINT>(size - 1), &length, &sqlType, &columnSize, &digits, &nullable);
+        if (!SQL_SUCCEEDED(result)) handle.Throw(result);
+        stored = strnlen(name.data(), size - 1);
+        if (stored + 2 < size || size == kMost) break;
+    }
+    name.resize(stored);
+    CutAtCharacter(name);
+    return name;
+}
+
 Column MakeColumn(StatementHandle& handle, int number) {
     char name[512] = {};
     SQLSMALLINT nameLength = 0;
@@ -56,10 +93,11 @@ Column MakeColumn(StatementHandle& handle, int number) {
         Odbc().DescribeCol(handle.Get(), static_cast<SQLUSMALLINT>(number), reinterpret_cast<SQLCHAR*>(name),
                            sizeof name - 1, &nameLength, &sqlType, &size, &digits, &nullable);
     if (!SQL_SUCCEEDED(result)) handle.Throw(result);
+    const bool isCut = strnlen(name, sizeof name) + 2 >= sizeof name;
     if (sqlType == SQL_BINARY && handle.Profile().hasOnlyLongBinary) sqlType = SQL_LONGVARBINARY;
 
     Column column;
-    column.name = text::Utf8ToUtf16(name);
+    column.name = text::Utf8ToUtf16(isCut ? LongName(handle, number) : name);
     column.sqlType = sqlType;
     column.isUnsigned = IsIntegerType(sqlType) && NumberAttribute(handle, number, SQL_DESC_UNSIGNED, 0) != 0;
     const SqlTypeRule& rule = FindSqlType(sqlType, column.isUnsigned);
@@ -76,7 +114,7 @@ Column MakeColumn(StatementHandle& handle, int number) {
     }
     column.attributes = Attributes(rule, nullable);
     if (rule.dbType == kTypeBigInt || rule.dbType == kTypeUnsignedBigInt) {
-        column.isExpression = TextAttribute(handle, number, SQL_DESC_BASE_TABLE_NAME).empty();
+        column.isExpression = !HasTableBehind(handle, number);
     }
     return column;
 }
@@ -93,11 +131,7 @@ std::vector<Column> DescribeColumns(StatementHandle& handle, int count) {
 
 bool HasOnlyTableColumns(StatementHandle& handle, int count) noexcept {
     for (int number = 1; number <= count; ++number) {
-        char table[8] = {};  // empty or not is all that counts
-        SQLSMALLINT length = 0;
-        const SQLRETURN result = Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number),
-                                                     SQL_DESC_BASE_TABLE_NAME, table, sizeof table, &length, nullptr);
-        if (!SQL_SUCCEEDED(result) || table[0] == '\0') return false;
+        if (!HasTableBehind(handle, number)) return false;
     }
     return true;
 }

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <limits>
 
+#include "ado/odbc/lock_wait.h"
 #include "ado/odbc/result_sizes.h"
 #include "ado/odbc/watchdog.h"
 #include "ado/rowset/row_set_impl.h"
@@ -36,7 +37,10 @@ bool RowSet::Impl::Step(std::size_t rows) {
     const std::size_t have = arrived.load(std::memory_order_relaxed);
     const std::size_t wanted = maxRows == 0 ? rows : std::min(rows, maxRows - have);
     if (wanted == 0) return false;
+    // A driver that steps through its rows does its work here, not in the execution.
+    WatchdogGuard guard(stepSeconds, *statement->Internals().handle);
     auto chunk = fetcher->FetchChunk(have, wanted);
+    guard.Finish();
     if (chunk == nullptr) return false;
     const std::size_t count = chunk->Rows();
     {
@@ -48,12 +52,25 @@ bool RowSet::Impl::Step(std::size_t rows) {
     return !fetcher->AtEnd();
 }
 
+bool RowSet::Impl::FirstStep(std::size_t rows) {
+    Statement::Impl& inside = statement->Internals();
+    LockWait wait(**inside.lease);
+    for (;;) {
+        try {
+            return Step(rows);
+        } catch (const AdoError& error) {
+            if (arrived != 0 || inside.text.empty() || inside.handle->WasCancelled() || inside.handle->WasExpired() ||
+                !wait.GoesOn(error)) {
+                throw;
+            }
+        }
+        WatchdogGuard guard(stepSeconds, *inside.handle);
+        inside.Restart();
+    }
+}
+
 void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     const bool isWhole = failure == nullptr && !isCancelled;
-    {
-        const std::lock_guard lock(mutex);
-        cancelTarget = nullptr;
-    }
     fetcher.reset();
     if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
         RememberRows(statement->Internals().resultName, arrived);
@@ -65,6 +82,10 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
             nextError = CurrentError();
         }
     }
+    {
+        const std::lock_guard lock(mutex);
+        cancelTarget = nullptr;  // further results are cancelled by whoever runs them
+    }
     statement.reset();
     // The connection is free again before anybody hears of the end.
     const std::lock_guard lock(mutex);
@@ -74,7 +95,7 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     changed.notify_all();
 }
 
-void RowSet::Impl::Run(std::size_t until) noexcept {
+void RowSet::Impl::Run(std::size_t until, const Patience* patience) noexcept {
     {
         const std::lock_guard lock(mutex);
         isRunning = true;
@@ -82,7 +103,8 @@ void RowSet::Impl::Run(std::size_t until) noexcept {
     try {
         const std::size_t full = fetcher->FullRows();
         while (!isCancelled.load(std::memory_order_relaxed)) {
-            if (arrived.load(std::memory_order_relaxed) >= until) {
+            if (isInterrupted.load(std::memory_order_relaxed)) throw MakeCancelledError();
+            if (arrived.load(std::memory_order_relaxed) >= until || (patience != nullptr && patience->IsOver())) {
                 {
                     const std::lock_guard lock(mutex);
                     isRunning = false;
@@ -108,8 +130,46 @@ void RowSet::Impl::CancelStatement() noexcept {
     if (cancelTarget != nullptr) cancelTarget->CancelRunning();
 }
 
+bool RowSet::Impl::FinishWork(const Patience& patience) noexcept {
+    constexpr auto kMoment = std::chrono::milliseconds(20);  // how soon a cancelled wait is noticed
+    for (;;) {
+        {
+            std::unique_lock lock(mutex);
+            if (changed.wait_for(lock, kMoment, [this] { return isComplete.load(); })) return true;
+        }
+        if (patience.IsOver()) return false;
+        if (Claim()) Run(kAllRows, &patience);  // every thread of the pool is busy with other fetches
+    }
+}
+
+void RowSet::Impl::Interrupt() noexcept {
+    const std::lock_guard lock(mutex);
+    if (readers == 0 || isComplete) return;
+    isInterrupted = true;
+    if (cancelTarget != nullptr) cancelTarget->CancelRunning();
+}
+
+/// Tells Interrupt that a reader waits.
+class RowSet::Impl::ReaderCount {
+public:
+    explicit ReaderCount(Impl& impl) : impl_(impl) {
+        const std::lock_guard lock(impl_.mutex);
+        ++impl_.readers;
+    }
+    ~ReaderCount() {
+        const std::lock_guard lock(impl_.mutex);
+        --impl_.readers;
+    }
+    ReaderCount(const ReaderCount&) = delete;
+    ReaderCount& operator=(const ReaderCount&) = delete;
+
+private:
+    Impl& impl_;
+};
+
 void RowSet::Impl::WaitFor(std::size_t rows) {
     if (arrived.load(std::memory_order_acquire) >= rows || isComplete.load(std::memory_order_acquire)) return;
+    const ReaderCount reader(*this);
     if (Claim()) Run(rows);
     std::unique_lock lock(mutex);
     while (arrived.load(std::memory_order_relaxed) < rows && !isComplete) {
@@ -156,22 +216,19 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Sessi
     impl->cancelTarget = inside.handle.get();
     impl->fetcher = MakeFetcher(inside, impl->layout);
 
-    const bool isWatched = profile.timeLimit == TimeLimit::Watchdog;
-    // A driver that steps through its rows does its work here, not in the execution.
-    WatchdogGuard guard(isWatched ? inside.timeoutSeconds : 0, *inside.handle);
-    bool more = impl->Step(impl->fetcher->FirstRows());
-    if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
-    guard.Finish();
+    if (profile.timeLimit == TimeLimit::Watchdog) impl->stepSeconds = inside.timeoutSeconds;
+    bool more = true;
+    {
+        const RunningCall::Scope running(session->Running(), *inside.handle);
+        more = impl->FirstStep(impl->fetcher->FirstRows());
+        if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
+    }
     auto rows = std::shared_ptr<RowSet>(new RowSet(impl));
     if (!more) {
         impl->Finish(nullptr);
         return rows;
     }
-    session->SetBackgroundWork(
-        [weak = std::weak_ptr(impl)] {
-            if (const auto running = weak.lock()) running->WaitForAll();
-        },
-        inside.isOnSideConnection);
+    session->SetBackgroundWork(std::weak_ptr<BackgroundWork>(impl), inside.isOnSideConnection);
     FetchPool::Instance().Submit(impl);
     return rows;
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "ado/rowset/date_value.h"
+#include "ado/rowset/moment_fields.h"
 #include "ado/rowset/origins.h"
 #include "ado/rowset/row_set_impl.h"
 #include "ado/rowset/type_map.h"
@@ -48,10 +49,14 @@ Cell FixedCell(const RowLayout& layout, const Chunk& chunk, CellKind kind, std::
             return {Cell::Form::Boolean, chunk.Fixed<unsigned char>(layout, row, slot) != 0 ? 1 : 0, 0, {}};
         case CellKind::Date: {
             const auto date = chunk.Fixed<SQL_DATE_STRUCT>(layout, row, slot);
+            if (const auto number = TextNumberOf(date)) [[unlikely]]
+                return {Cell::Form::Text, 0, 0, chunk.Text(*number)};
             return MomentCell(date.year, date.month, date.day, 0, 0, 0, 0);
         }
         case CellKind::Timestamp: {
             const auto stamp = chunk.Fixed<SQL_TIMESTAMP_STRUCT>(layout, row, slot);
+            if (const auto number = TextNumberOf(stamp)) [[unlikely]]
+                return {Cell::Form::Text, 0, 0, chunk.Text(*number)};
             return MomentCell(stamp.year, stamp.month, stamp.day, stamp.hour, stamp.minute, stamp.second,
                               stamp.fraction);
         }
@@ -197,6 +202,10 @@ bool RowSet::IsComplete() const noexcept {
 
 void RowSet::Cancel() {
     impl_->Stop();
+}
+
+void RowSet::Interrupt() noexcept {
+    impl_->Interrupt();
 }
 
 void RowSet::Read(std::size_t row, std::size_t column, VARIANT& value) const {

@@ -73,6 +73,9 @@ public:
     /// Stops the fetch at the server and here; rows that have arrived stay.
     void Cancel();
 
+    /// From any thread: ends the fetch when a reader waits for its rows; the reader gets "cancelled". Else nothing.
+    void Interrupt() noexcept;
+
     /// Reads one cell as the VARIANT that Field.Value gives (types by the tables of the object model).
     /// @param value  uninitialised on entry; the caller's afterwards
     void Read(std::size_t row, std::size_t column, VARIANT& value) const;

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/odbc/background_work.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/rowset/chunk.h"
 #include "ado/rowset/fetch_pool.h"
@@ -20,10 +21,12 @@
 
 namespace tk::ado {
 
-struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl> {
+struct RowSet::Impl final : FetchJob, BackgroundWork, std::enable_shared_from_this<RowSet::Impl> {
     Impl(std::vector<Column> described, bool allVariable)
         : columns(std::move(described)), layout(columns, allVariable) {}
     Impl(std::vector<Column> described, RowLayout places) : columns(std::move(described)), layout(std::move(places)) {}
+
+    class ReaderCount;
 
     // --- reading ---
 
@@ -53,11 +56,16 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
 
     // --- fetching ---
 
-    /// Fetches up to `rows` more rows; false after the last one. The caller has claimed the job.
+    /// Fetches up to `rows` more rows, within the statement's time limit; false after the last one. The caller has
+    /// claimed the job.
     bool Step(std::size_t rows);
 
-    /// Fetches until `until` rows have arrived, or to the end. The caller has claimed the job.
-    void Run(std::size_t until) noexcept;
+    /// The same for the first rows, which may have to wait for a lock.
+    bool FirstStep(std::size_t rows);
+
+    /// Fetches until `until` rows have arrived, until the patience is over, or to the end. The caller has claimed the
+    /// job.
+    void Run(std::size_t until, const Patience* patience = nullptr) noexcept;
 
     /// The fetch has ended: lets go of the statement, looks for a further result, wakes the readers.
     void Finish(std::unique_ptr<AdoError> failure) noexcept;
@@ -69,6 +77,12 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
     void WaitFor(std::size_t rows);
     void WaitForAll();
 
+    bool IsDone() const noexcept override { return isComplete; }
+    bool FinishWork(const Patience& patience) noexcept override;
+
+    /// Ends a fetch that a reader waits for; the reader, and every one after it, gets "cancelled".
+    void Interrupt() noexcept;
+
     /// Ends the fetch from outside, within a bounded time.
     void Stop() noexcept;
     void CancelStatement() noexcept;
@@ -79,14 +93,17 @@ struct RowSet::Impl final : FetchJob, std::enable_shared_from_this<RowSet::Impl>
     std::atomic<std::size_t> arrived = 0;
     std::atomic<bool> isComplete = false;
     std::atomic<bool> isCancelled = false;
+    std::atomic<bool> isInterrupted = false;
     std::unique_ptr<AdoError> error;          // thrown to readers as copies: it crosses threads
     bool isRunning = false;                   // a thread is inside Run
+    int readers = 0;                          // that wait for rows
     StatementHandle* cancelTarget = nullptr;  // until the statement is let go
 
     // Touched by the one thread that has claimed the job.
     std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
+    LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none
     std::unique_ptr<Statement> next;
     std::unique_ptr<AdoError> nextError;
 

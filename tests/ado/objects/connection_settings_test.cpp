@@ -49,8 +49,12 @@ TEST_F(ConnectionSettingsTest, TakesTheModeFromWhereverItIsSaid) {
         SCOPED_TRACE(row.label);
         const Object opened = Object::Create(kConnectionClass);
         EXPECT_TRUE(opened.Put(connection::kConnectionString, Text(ConnectionText(row.inString))).Ok());
-        if (row.asProperty >= 0) EXPECT_TRUE(PropertyOf(opened, u"Mode").Put(0, Number(row.asProperty)).Ok());
-        if (row.asMember >= 0) EXPECT_TRUE(opened.Put(connection::kMode, Number(row.asMember)).Ok());
+        if (row.asProperty >= 0) {
+            EXPECT_TRUE(PropertyOf(opened, u"Mode").Put(0, Number(row.asProperty)).Ok());
+        }
+        if (row.asMember >= 0) {
+            EXPECT_TRUE(opened.Put(connection::kMode, Number(row.asMember)).Ok());
+        }
         EXPECT_EQ(opened.Get(connection::kMode).Long(), row.mode);
         const Outcome outcome = opened.Call(connection::kOpen);
         ASSERT_TRUE(outcome.Ok()) << outcome;

@@ -315,6 +315,26 @@ TEST_F(ConnectionTest, EndsARunningStatementFromAnotherThread) {
     EXPECT_EQ(Ask(opened, u"select 5"), "5");
 }
 
+TEST_F(ConnectionTest, StaysClosedWhenItIsClosedDuringAnExecute) {
+    const Object opened = Connect();
+    std::thread other([&] {
+        for (int i = 0; i < 5000 && (opened.Get(connection::kState).Long() & 4) == 0; ++i)
+            Sleep(2);
+        EXPECT_TRUE(opened.Call(connection::kClose).Ok());
+        EXPECT_EQ(opened.Get(connection::kState).Long() & 1, 0);
+    });
+    // Long enough to be closed in its middle; what it gives does not matter.
+    opened.Call(connection::kExecute,
+                {Text(u"with recursive c(n) as (select 1 union all select n + 1 from c where n < 3000000) "
+                      u"select max(n) from c")});
+    other.join();
+    EXPECT_EQ(opened.Get(connection::kState).Long(), 0);
+    EXPECT_EQ(opened.Call(connection::kExecute, {Text(u"select 1")}).Error(), 3704u);
+    const Outcome again = opened.Call(connection::kOpen, {Text(ConnectionText())});
+    EXPECT_TRUE(again.Ok()) << again;
+    EXPECT_EQ(Ask(opened, u"select 5"), "5");
+}
+
 TEST_F(ConnectionTest, WorksForManyThreadsWithOneConnectionEach) {
     CreateGoods(Connect());
     std::vector<std::thread> threads;

@@ -367,7 +367,9 @@ TEST_F(OddArgumentTest, NamesTheArgumentWhoseTypeIsWrong) {
             const HRESULT result = Invoke(rows, put, DISPATCH_PROPERTYPUT, row.argument, place);
             EXPECT_TRUE(result == row.result || (put == recordset::kSource && result != E_OUTOFMEMORY))
                 << std::hex << result;
-            if (result == row.result) EXPECT_EQ(place, 0u);
+            if (result == row.result) {
+                EXPECT_EQ(place, 0u);
+            }
         }
         UINT place = 99;
         EXPECT_EQ(Invoke(rows, recordset::kCollect, DISPATCH_PROPERTYGET, row.argument, place), row.result);

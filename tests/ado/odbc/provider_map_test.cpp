@@ -9,6 +9,28 @@
 namespace tk::ado {
 namespace {
 
+TEST(TakeLockTime, LeavesTheDriverAMomentAndGivesTheRest) {
+    const struct {
+        const char* label;
+        const char* text;
+        int rest;
+        std::string_view timeout;
+    } rows[] = {
+        {"as given", "Driver=SQLite3;Timeout=5000", 4900, "100"},
+        {"a moment", "Driver=SQLite3;Timeout=100", 0, "100"},
+        {"none", "Driver=SQLite3;Timeout=0", 0, "0"},
+        {"no number", "Driver=SQLite3;Timeout=x", 0, "x"},
+        {"left to the driver", "Driver=SQLite3", 0, ""},
+        {"another driver", "Driver={PostgreSQL Unicode};Timeout=5000", 0, "5000"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.label);
+        ConnectionString odbc = ConnectionString::Parse(row.text);
+        EXPECT_EQ(TakeLockTime(odbc), row.rest);
+        EXPECT_EQ(odbc.Get({"Timeout"}), row.timeout);
+    }
+}
+
 // The machine's drivers and data sources, as these tests want them.
 struct Listed {
     const char* name;

@@ -107,6 +107,16 @@ TEST(Session, ReportsWhatCannotBeOpened) {
     EXPECT_EQ(Failure([] { Session::Open(test::Settings("Provider=MSPersist")); }), 0x800A0E7Au);
 }
 
+TEST(Session, RefusesStringsThatAreTooLongForADriver) {
+    const SqliteFile file;
+    std::u16string text;
+    EXPECT_EQ(Failure([&] { file.Open("X=" + std::string(40'000, 'x')); }, &text), 0x800A0BB9u);
+    // 65,536 more than a short string would be cut to a string that opens.
+    EXPECT_EQ(Failure([&] { file.Open("X=" + std::string(65'536, 'x')); }), 0x800A0BB9u);
+    EXPECT_EQ(Failure([&] { file.Open("X=" + std::string(30'000, 'x')); }), static_cast<unsigned>(S_OK));
+    EXPECT_FALSE(std::filesystem::exists(file.File() + "x"));
+}
+
 TEST(Session, ReportsDamagedAndProtectedFiles) {
     const SqliteFile file;
     std::ofstream(file.File()) << "This is no database, but it is long enough to be read as a header of one, says the "

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "ado/rowset/moment_fields.h"
+
 namespace tk::ado {
 namespace {
 
@@ -91,6 +93,33 @@ TEST(Chunk, GivesBackFixedValuesAndTheirNulls) {
             EXPECT_EQ(chunk->Variable(layout, row, 0), std::string_view("xyz").substr(0, row % 4));
         }
     }
+}
+
+TEST(Chunk, KeepsTextsForMomentsThatNoStructureHolds) {
+    for (const std::uint32_t number : {0u, 1u, 0x7FFFu, 0x8000u, 0xFFFFu, 0x10000u, 0xFFFFFFFFu}) {
+        SQL_DATE_STRUCT date = {2003, 7, 4};
+        EXPECT_EQ(TextNumberOf(date), std::nullopt);
+        SetTextNumber(date, number);
+        EXPECT_EQ(TextNumberOf(date), number);
+        SQL_TIMESTAMP_STRUCT stamp = {0, 0, 0, 0, 0, 0, 0};  // some databases have such a date
+        EXPECT_EQ(TextNumberOf(stamp), std::nullopt);
+        SetTextNumber(stamp, number);
+        EXPECT_EQ(TextNumberOf(stamp), number);
+    }
+    const auto columns = Columns({CellKind::Date, CellKind::Text});
+    const RowLayout layout(columns, false);
+    ChunkBuilder builder(layout);
+    builder.AddBytes("a", 1);
+    builder.AddOutside(std::string(100, 'x'));
+    SQL_DATE_STRUCT dates[2] = {{2003, 7, 4}, {}};
+    SetTextNumber(dates[1], builder.Keep("infinity"));
+    const std::vector<long> present(2, 6);
+    const ChunkBuilder::FixedBlock block = {reinterpret_cast<const char*>(dates), present.data()};
+    const auto chunk = builder.Seal(0, 2, {&block, 1});
+    const auto number = TextNumberOf(chunk->Fixed<SQL_DATE_STRUCT>(layout, 1, layout.At(0).slot));
+    ASSERT_TRUE(number);
+    EXPECT_EQ(chunk->Text(*number), "infinity");
+    EXPECT_EQ(chunk->Variable(layout, 1, layout.At(1).slot), std::string(100, 'x'));
 }
 
 TEST(Chunk, MayHaveNoColumns) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <thread>
 
 #include "ado/odbc/odbc_api.h"
@@ -87,6 +88,74 @@ TEST_F(Postgres, ReadsEveryColumnType) {
             EXPECT_EQ(Show(*rows, 1, column), column == 0 ? "I4 2" : "NULL");
         }
         EXPECT_EQ(rows->At(0, 14).integer, 123456000);  // every digit of the second is kept
+    }
+}
+
+TEST_F(Postgres, ShowsMomentsThatAreNoDateAsTexts) {
+    const auto session = Open();
+    Do(*session, "drop table if exists moment");
+    Do(*session, "create table moment (id integer primary key, d date, ts timestamp, tz timestamptz)");
+    const struct {
+        const char* label;
+        const char* value;
+        const char* date;
+        const char* stamp;
+    } rows[] = {
+        {"plain", "'2003-07-04'", "DATE 2003-07-04 00:00:00", "DATE 2003-07-04 00:00:00"},
+        {"infinity", "'infinity'", "BSTR infinity", "BSTR infinity"},
+        {"-infinity", "'-infinity'", "BSTR -infinity", "BSTR -infinity"},
+        {"five digits", "'20000-02-03'", "BSTR 20000-02", "BSTR 20000-02"},
+        {"today", "current_date", nullptr, nullptr},
+        {"yesterday", "current_date - 1", nullptr, nullptr},
+        {"a year ago today", "(current_date - interval '1 year')::date", nullptr, nullptr},
+        {"last day", "'9999-12-31'", "DATE 9999-12-31 00:00:00", "DATE 9999-12-31 00:00:00"},
+        {"before our era", "'0044-03-15 BC'", nullptr, "BSTR 0044-03-15 00:00:00 BC"},
+        {"early", "'0050-01-01'", "BSTR 0050-01-01", "BSTR 0050-01-01 00:00:00"},
+        {"null", "null", "NULL", "NULL"},
+    };
+    int count = 0;
+    for (const auto& row : rows) {
+        const std::string value = "(" + std::string(row.value) + ")";
+        const std::string number = std::to_string(++count);
+        Do(*session, "insert into moment select " + number + ", " + value + "::text::date, " + value +
+                         "::text::timestamp, " + value + "::text::timestamptz");
+    }
+    const auto texts = Query(session, "select d::text from moment order by id");
+    for (const char* sql : {"select * from moment order by id", "select * from moment"}) {
+        SCOPED_TRACE(sql);
+        const auto read = Query(session, sql);
+        ASSERT_EQ(read->CountRows(), std::size(rows));
+        for (std::size_t i = 0; i < std::size(rows); ++i) {
+            SCOPED_TRACE(rows[i].label);
+            if (rows[i].stamp == nullptr) {
+                // A moment that is today or was a year ago is looked at twice and stays a date.
+                const std::string date = Show(*texts, i, 0).substr(5);
+                for (std::size_t column = 1; column <= 3; ++column)
+                    EXPECT_EQ(Show(*read, i, column), "DATE " + date + " 00:00:00");
+                continue;
+            }
+            if (rows[i].date != nullptr) {
+                EXPECT_EQ(Show(*read, i, 1), rows[i].date);
+            }
+            EXPECT_EQ(Show(*read, i, 2), rows[i].stamp);
+            EXPECT_EQ(Show(*read, i, 3), rows[i].stamp);
+        }
+    }
+    EXPECT_EQ(Show(*Query(session, "select '9999-12-31 23:59:59'::timestamp"), 0, 0), "DATE 9999-12-31 23:59:59");
+}
+
+TEST_F(Postgres, ReadsManyMomentsOfToday) {
+    const auto session = Open();
+    const auto rows = Query(session,
+                            "select i, current_date, current_date::timestamp, case when i % 100 = 0 then "
+                            "'infinity'::timestamp else current_date + i * interval '1 second' end, "
+                            "current_date::text from generate_series(1, 3000) i");
+    ASSERT_EQ(rows->CountRows(), 3000u);
+    const std::string today = "DATE " + Show(*rows, 0, 4).substr(5) + " 00:00:00";
+    for (std::size_t i = 0; i < 3000; ++i) {
+        ASSERT_EQ(Show(*rows, i, 1), today);
+        ASSERT_EQ(Show(*rows, i, 2), today);
+        ASSERT_EQ(Show(*rows, i, 3) == "BSTR infinity", (i + 1) % 100 == 0) << i;
     }
 }
 
@@ -325,6 +394,50 @@ TEST_F(Postgres, SurvivesSessionsThatTheServerEnded) {
     EXPECT_EQ(Failure([&] { Query(session, "select 1 where true"); }, &text), 0x80004005u);
     EXPECT_TRUE(text.starts_with(u"连接失败："));
     EXPECT_TRUE(session->IsDead());
+}
+
+TEST_F(Postgres, NeverStartsAWriteOnASessionThatTheServerEndedWhileItWasIdle) {
+    const auto before = Open();
+    Do(*before, "drop table if exists written");
+    Do(*before, "create table written (id integer)");
+    // Two idle connections, both fresh: neither has been idle for long enough to be asked when it is handed out.
+    const auto leaveTwo = [&] {
+        auto first = Open();
+        auto second = Open();
+    };
+    leaveTwo();
+    server_->EndSessions();
+    EXPECT_EQ(Do(*Open(), "insert into written values (1)"), 1);
+    leaveTwo();
+    server_->EndSessions();
+    {
+        const auto session = Open();
+        session->Begin(0x1000);
+        EXPECT_EQ(Do(*session, "insert into written values (2)"), 1);
+        session->Commit();
+    }
+    EXPECT_EQ(Show(*Query(Open(), "select count(*) from written"), 0, 0), "I4 2");
+}
+
+TEST_F(Postgres, AsksForNoSignOfLifeBeforeAQuery) {
+    Open().reset();
+    static OdbcApi table;
+    table = OdbcApi();
+    static std::atomic<int> executions;
+    executions = 0;
+    table.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) -> SQLRETURN {
+        ++executions;
+        return SQLExecDirect(statement, text, length);
+    };
+    const OdbcApi& former = SetOdbcForTest(table);
+    {
+        const auto session = Open();
+        EXPECT_EQ(Query(session, "select 1 where true")->CountRows(), 1u);
+        EXPECT_EQ(executions, 1);
+        Do(*session, "create temp table once (id integer)");  // the query has shown that the connection lives
+        EXPECT_EQ(executions, 2);
+    }
+    SetOdbcForTest(former);
 }
 
 TEST_F(Postgres, NamesTheServerThatIsNotThere) {

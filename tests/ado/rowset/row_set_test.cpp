@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstring>
 #include <thread>
 
+#include "ado/odbc/odbc_api.h"
 #include "ado/support/sqlite_file.h"
 #include "ado/support/utf8.h"
 
@@ -126,6 +128,45 @@ TEST(RowSet, KeepsChineseTextAndNames) {
     const std::string narrow = Utf8(u8"中文é€𠀀");
     EXPECT_TRUE(std::u16string_view(value.bstrVal) == wide);
     EXPECT_EQ(rows->TextAt(0, 1), narrow);
+}
+
+TEST(RowSet, KeepsLongNamesWhole) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    // Bytes around the size of the first buffer, and a character that would be split there.
+    for (const std::size_t size : {509u, 510u, 511u, 512u, 513u, 1000u, 5000u}) {
+        SCOPED_TRACE(size);
+        const std::string name(size, 'n');
+        auto rows = Query(session, "select 1 as " + name);
+        EXPECT_EQ(rows->Columns()[0].name.size(), size);
+        EXPECT_TRUE(rows->Columns()[0].name == std::u16string(size, u'n'));
+        const std::string wide = std::string(size - 2, 'n') + Utf8(u8"é中");
+        rows = Query(session, "select 1 as \"" + wide + "\"");
+        EXPECT_TRUE(rows->Columns()[0].name == std::u16string(size - 2, u'n') + u"é中");
+    }
+}
+
+TEST(RowSet, CutsNamesOfADriverThatCutsThemAtACharacter) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    static OdbcApi table;
+    table = OdbcApi();
+    table.DescribeCol = [](SQLHSTMT, SQLUSMALLINT, SQLCHAR* name, SQLSMALLINT, SQLSMALLINT* length, SQLSMALLINT* type,
+                           SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) -> SQLRETURN {
+        // However much room there is, it gives 510 bytes; the last character is half there.
+        std::memset(name, 'n', 509);
+        std::memcpy(name + 509, "\xE4", 2);
+        *length = 510;
+        *type = SQL_INTEGER;
+        *size = 10;
+        *digits = 0;
+        *nullable = SQL_NULLABLE;
+        return SQL_SUCCESS_WITH_INFO;
+    };
+    const OdbcApi& former = SetOdbcForTest(table);
+    const auto rows = Query(session, "select 1 as one");
+    SetOdbcForTest(former);
+    EXPECT_EQ(rows->Columns()[0].name, std::u16string(509, u'n'));
 }
 
 TEST(RowSet, ReadsEveryColumnTypeOfSqlite) {

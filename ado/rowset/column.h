@@ -46,7 +46,7 @@ struct Column {
     std::string baseSchema;
     std::string baseTable;
     std::string baseColumn;
-    bool isKey = false;  // part of the base table's primary key
+    bool isKey = false;  // part of the base table's key, which the result holds whole
 };
 
 }  // namespace tk::ado

@@ -193,7 +193,7 @@ std::vector<TableColumn> AskPragma(Session& session, const std::string& table) {
     return columns;
 }
 
-/// By the catalog functions; the columns are those of the result, which is all that an update can use.
+/// By the catalog functions; the columns are those of the result, which is all that an update can use, and its key.
 std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> result, const Column& of) {
     std::vector<TableColumn> columns;
     for (const Column& column : result) {
@@ -206,14 +206,17 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
     call.catalog = of.baseCatalog;
     call.schema = of.baseSchema;
     call.table = of.baseTable;
-    std::size_t keys = 0;
     for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
-        ++keys;
+        if (row.size() <= 3) continue;
+        bool isThere = false;
         for (TableColumn& column : columns) {
-            if (row.size() > 3 && column.name == row[3]) column.isKey = true;
+            if (column.name != row[3]) continue;
+            isThere = column.isKey = true;
         }
+        // What the result does not have is a part of the key nevertheless.
+        if (!isThere) columns.push_back({row[3], true, false, false});
     }
-    if (keys != 0) return columns;
+    if (HasKey(columns)) return columns;
     call.function = CatalogCall::Function::Statistics;
     call.unique = true;
     std::map<std::string, std::vector<std::string>> indexes;
@@ -224,9 +227,20 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
     return columns;
 }
 
+/// A part of a key finds more rows than the one that is meant.
+bool HoldsWholeKey(std::span<const Column> result, const Column& of, std::span<const TableColumn> table) {
+    return std::ranges::all_of(table, [&](const TableColumn& each) {
+        return !each.isKey || std::ranges::any_of(result, [&](const Column& column) {
+            return column.baseTable == of.baseTable && column.baseSchema == of.baseSchema &&
+                   EqualsNoCase(column.baseColumn, each.name);
+        });
+    });
+}
+
 void DescribeTable(Session& session, std::span<Column> columns, const Column& of) {
     const bool byPragma = session.Profile().keySource == KeySource::Pragma;
     const auto table = byPragma ? AskPragma(session, of.baseTable) : AskCatalog(session, columns, of);
+    const bool isWhole = HoldsWholeKey(columns, of, table);
     const std::string name = of.baseTable;  // `of` is one of the columns changed below
     const std::string schema = of.baseSchema;
     for (Column& column : columns) {
@@ -238,7 +252,7 @@ void DescribeTable(Session& session, std::span<Column> columns, const Column& of
             continue;
         }
         if (byPragma) column.baseColumn = found->name;
-        column.isKey = found->isKey;
+        column.isKey = found->isKey && isWhole;
         column.isAutoIncrement = column.isAutoIncrement || found->isAutoIncrement;
         column.attributes &= ~kFieldUnknownUpdatable;
         column.attributes |= kFieldUpdatable;

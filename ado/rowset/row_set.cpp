@@ -155,6 +155,12 @@ void RowSet::Append(std::span<const VARIANT> values) {
     std::vector<std::pair<bool, std::string>> cells(impl_->columns.size());
     for (std::size_t i = 0; i < cells.size() && i < values.size(); ++i) {
         cells[i].first = TextFromVariant(values[i], cells[i].second);
+        // As a database keeps it that keeps moments as texts.
+        const CellKind kind = impl_->columns[i].kind;
+        if (values[i].vt == VT_DATE && (kind == CellKind::Date || kind == CellKind::Time)) {
+            const CalendarForm form = kind == CellKind::Date ? CalendarForm::Date : CalendarForm::Time;
+            cells[i].second = FormatCalendarTime(FromAutomationDate(values[i].date), form);
+        }
     }
     for (const auto& [hasValue, text] : cells) {
         if (hasValue) {

@@ -18,7 +18,7 @@ constexpr int kStopSeconds = 30;
 constexpr char kFirstStatements[] =
     "CREATE DATABASE IF NOT EXISTS test CHARACTER SET utf8mb4;\n"
     "CREATE USER IF NOT EXISTS tester@localhost IDENTIFIED BY 'pw';\n"
-    "GRANT ALL ON *.* TO tester@localhost;\n";
+    "GRANT ALL ON *.* TO tester@localhost WITH GRANT OPTION;\n";
 
 }  // namespace
 

@@ -47,8 +47,8 @@ Value Recordset::GetChunk(std::size_t column, LONG length) {
 void Recordset::AppendChunk(std::size_t column, const Value& data) {
     ExpectUpdatable();
     ExpectLong(Columns()[column]);
-    // The first piece of an edit replaces what was there.
-    const bool continues = edit_.IsOpen() && column < appended_.size() && appended_[column];
+    // The first piece of an edit replaces what was there; NULL takes away what has been put so far.
+    const bool continues = !data.IsNull() && edit_.IsOpen() && column < appended_.size() && appended_[column];
     const Value* const before = continues ? edit_.Find(column) : nullptr;
     Value whole = data;
     if (before != nullptr && before->Type() == VT_BSTR) {
@@ -64,7 +64,7 @@ void Recordset::AppendChunk(std::size_t column, const Value& data) {
     }
     WriteField(column, whole);
     appended_.resize(Columns().size());
-    appended_[column] = true;
+    appended_[column] = !data.IsNull();
 }
 
 }  // namespace tk::ado

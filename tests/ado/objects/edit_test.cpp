@@ -437,6 +437,125 @@ TEST_F(EditTest, SendsTheOtherRowsOfABatchWhenOneFails) {
     EXPECT_EQ(ValueOf(rows, u"stock"), "5");
 }
 
+TEST_F(EditTest, TakesOneRowOfABatchBack) {
+    const Object rows = Goods(4);
+    PutValue(rows, u"stock", Number(11));
+    rows.Call(kUpdate);
+    // An edit first, then the change that is pending.
+    PutValue(rows, u"stock", Number(12));
+    ASSERT_TRUE(rows.Call(kCancelUpdate).Ok());
+    EXPECT_EQ(ValueOf(rows, u"stock"), "11");
+    EXPECT_EQ(rows.Get(kStatus).Long(), 0x82);
+    ASSERT_TRUE(rows.Call(kCancelUpdate).Ok());
+    EXPECT_EQ(ValueOf(rows, u"stock"), "10");
+    EXPECT_EQ(rows.Get(kStatus).Long(), 8);
+    rows.Call(kMoveNext);
+    rows.Call(kDelete);
+    ASSERT_TRUE(rows.Call(kCancelUpdate).Ok());
+    EXPECT_EQ(ValueOf(rows, u"id"), "2");
+    EXPECT_EQ(rows.Get(kRecordCount).Long(), 3);
+    EXPECT_EQ(rows.Get(kStatus).Long(), 8);
+    rows.Call(kAddNew, {Array({Text(u"name")}), Array({Text(u"lime")})});
+    rows.Call(kUpdate);
+    EXPECT_EQ(rows.Get(kRecordCount).Long(), 4);
+    ASSERT_TRUE(rows.Call(kCancelUpdate).Ok());
+    EXPECT_EQ(rows.Get(kRecordCount).Long(), 3);
+    ASSERT_TRUE(rows.Call(kUpdateBatch).Ok());
+    EXPECT_EQ(Ask(connection_, u"select count(*) || ' ' || sum(stock) from goods"), "3 17");
+}
+
+TEST_F(EditTest, TakesTheCurrentRowOrAGroupOfABatchBack) {
+    const Object rows = Goods(4);
+    for (LONG i = 1; i <= 3; ++i) {
+        rows.Put(kAbsolutePosition, Number(i));
+        PutValue(rows, u"stock", Number(100 + i));
+    }
+    ASSERT_TRUE(rows.Call(kCancelBatch, {Number(1)}).Ok());
+    EXPECT_EQ(ValueOf(rows, u"stock"), "7");
+    rows.Put(kFilter, Text(u"id = 2"));
+    ASSERT_TRUE(rows.Call(kCancelBatch, {Number(2)}).Ok());
+    EXPECT_EQ(ValueOf(rows, u"stock"), "NULL");
+    rows.Put(kFilter, Number(2));
+    EXPECT_EQ(rows.Get(kRecordCount).Long(), 1);
+    rows.Put(kFilter, Text(u"id = 9"));
+    EXPECT_EQ(rows.Call(kCancelBatch, {Number(2)}).Error(), 3021u);
+    EXPECT_EQ(rows.Call(kCancelBatch, {Number(9)}).Error(), 3001u);
+    ASSERT_TRUE(rows.Call(kUpdateBatch).Ok());
+    EXPECT_EQ(Ask(connection_, u"select group_concat(coalesce(stock, '-')) from (select * from goods order by id)"),
+              "101,-,7");
+}
+
+TEST_F(EditTest, LosesABatchButNoEditByClosing) {
+    const Object single = Goods(3);
+    PutValue(single, u"stock", Number(11));
+    EXPECT_EQ(single.Call(kClose).Error(), 3219u);
+    EXPECT_EQ(single.Call(kRequery).Error(), 3219u);
+    EXPECT_EQ(single.Call(kNextRecordset).Error(), 3219u);
+    single.Call(kCancelUpdate);
+    EXPECT_TRUE(single.Call(kClose).Ok());
+    const Object batch = Goods(4);
+    PutValue(batch, u"stock", Number(11));
+    EXPECT_TRUE(batch.Call(kClose).Ok());
+    EXPECT_EQ(Stored(u"stock", 1), "10");
+}
+
+TEST_F(EditTest, SavesAnOpenEditBeforeItAddsARow) {
+    const Object rows = Goods();
+    PutValue(rows, u"stock", Number(11));
+    ASSERT_TRUE(rows.Call(kAddNew).Ok());
+    EXPECT_EQ(Stored(u"stock", 1), "11");
+    PutValue(rows, u"name", Text(u"first"));
+    ASSERT_TRUE(rows.Call(kAddNew).Ok());
+    EXPECT_EQ(Stored(u"name", 4), "first");
+    EXPECT_EQ(rows.Get(kEditMode).Long(), 2);
+    EXPECT_EQ(ValueOf(rows, u"name"), "NULL");
+    const Object name = rows.Get(kFields, {Text(u"name")}).Result();
+    PutValue(rows, u"name", Text(u"second"));
+    EXPECT_TRUE(name.Get(field::kOriginalValue).value.IsNull());
+    EXPECT_TRUE(name.Get(field::kUnderlyingValue).value.IsNull());
+    ASSERT_TRUE(rows.Call(kMoveFirst).Ok());
+    EXPECT_EQ(Stored(u"name", 5), "second");
+}
+
+TEST_F(EditTest, AppendsPiecesToNewRowsAndForgetsThoseThatAreDropped) {
+    Execute(connection_, u"create table pages (id integer primary key, body text, data blob)");
+    const Object rows = OpenRows(connection_, u"select * from pages");
+    const Object body = rows.Get(kFields, {Text(u"body")}).Result();
+    const Object data = rows.Get(kFields, {Text(u"data")}).Result();
+    EXPECT_EQ(body.Call(field::kAppendChunk, {Text(u"x")}).Error(), 3021u);
+    rows.Call(kAddNew);
+    EXPECT_TRUE(body.Call(field::kGetChunk, {Number(2)}).value.IsNull());
+    ASSERT_TRUE(body.Call(field::kAppendChunk, {Text(u"one ")}).Ok());
+    ASSERT_TRUE(body.Call(field::kAppendChunk, {Text(u"two")}).Ok());
+    EXPECT_EQ(body.Get(field::kActualSize).Long() > 0, true);
+    const Outcome written = rows.Call(kUpdate);
+    ASSERT_TRUE(written.Ok()) << written;
+    EXPECT_EQ(Ask(connection_, u"select body from pages"), "one two");
+    ASSERT_TRUE(body.Call(field::kAppendChunk, {Text(u"lost")}).Ok());
+    EXPECT_EQ(rows.Get(kEditMode).Long(), 1);
+    rows.Call(kCancelUpdate);
+    ASSERT_TRUE(body.Call(field::kAppendChunk, {Text(u"new")}).Ok());
+    EXPECT_EQ(ValueOf(rows, u"body"), "new");
+    ASSERT_TRUE(body.Call(field::kAppendChunk, {Value::Null()}).Ok());
+    EXPECT_EQ(ValueOf(rows, u"body"), "NULL");
+    ASSERT_TRUE(rows.Call(kUpdate).Ok());
+    EXPECT_EQ(Ask(connection_, u"select body from pages"), "NULL");
+    EXPECT_TRUE(data.Call(field::kGetChunk, {Number(5)}).value.IsNull());
+    const Object readOnly = OpenRows(connection_, u"select * from pages", 1);
+    EXPECT_EQ(readOnly.Get(kFields, {Text(u"body")}).Result().Call(field::kAppendChunk, {Text(u"x")}).Error(), 3251u);
+}
+
+TEST_F(EditTest, RefusesEveryChangeOfAReadOnlySet) {
+    const Object rows = Goods(1);
+    EXPECT_EQ(rows.Call(kAddNew).Error(), 3251u);
+    EXPECT_EQ(rows.Call(kUpdate).Error(), 3251u);
+    EXPECT_EQ(rows.Call(kDelete).Error(), 3251u);
+    EXPECT_EQ(rows.Call(kCancelBatch).Error(), 3251u);
+    EXPECT_EQ(PutValue(rows, u"stock", Number(1)).Error(), 3251u);
+    EXPECT_TRUE(rows.Call(kCancelUpdate).Ok());
+    EXPECT_EQ(rows.Get(kEditMode).Long(), 0);
+}
+
 TEST_F(EditTest, RefusesBatchesOutsideTheirMode) {
     const Object rows = Goods(3);
     EXPECT_EQ(rows.Call(kUpdateBatch).Error(), 3251u);

@@ -71,6 +71,79 @@ TEST(FabricatedRecordset, NeedsFieldsOrAConnection) {
     EXPECT_EQ(rows.Call(kOpen).Error(), 3709u);
 }
 
+/// Three rows that are settled, under batches.
+Object InBatches() {
+    const Object rows = Defined();
+    EXPECT_TRUE(rows.Call(kOpen, {Omitted(), Omitted(), Number(3), Number(4)}).Ok());
+    EXPECT_EQ(rows.Get(kLockType).Long(), 4);
+    for (LONG i = 1; i <= 3; ++i) {
+        rows.Call(kAddNew, {Array({Text(u"id"), Text(u"name")}), Array({Number(i), Text(u"n" + NumberText(i))})});
+        EXPECT_EQ(rows.Get(kEditMode).Long(), 2);
+        rows.Call(kUpdate);
+        EXPECT_EQ(rows.Get(kStatus).Long(), 0x81);
+    }
+    EXPECT_TRUE(rows.Call(kUpdateBatch).Ok());
+    rows.Put(kFilter, Number(1));
+    EXPECT_EQ(rows.Get(kRecordCount).Long(), 0);
+    rows.Put(kFilter, Number(0));
+    return rows;
+}
+
+std::string TextOf(const Object& rows) {
+    rows.Call(kMoveFirst);
+    return rows.Call(kGetString, {Number(2), Number(-1), Text(u","), Text(u"/")}).Utf8();
+}
+
+/// A change, a deletion and an addition.
+void Change(const Object& rows) {
+    rows.Put(kAbsolutePosition, Number(1));
+    rows.Invoke(kCollect, DISPATCH_PROPERTYPUT, {Text(u"name"), Text(u"changed")}, true);
+    rows.Put(kAbsolutePosition, Number(2));
+    EXPECT_EQ(rows.Call(kDelete).Error(), 0u);
+    EXPECT_EQ(rows.Get(kStatus).Long(), 0x84);
+    rows.Call(kAddNew, {Array({Text(u"id")}), Array({Number(4)})});
+    rows.Call(kUpdate);
+}
+
+TEST(FabricatedRecordset, MakesABatchFinal) {
+    const Object rows = InBatches();
+    Change(rows);
+    const Outcome sent = rows.Call(kUpdateBatch);
+    ASSERT_TRUE(sent.Ok()) << sent;
+    EXPECT_EQ(TextOf(rows), "1,changed/3,n3/4,/");
+    rows.Put(kAbsolutePosition, Number(1));
+    EXPECT_EQ(rows.Get(kStatus).Long(), 0);
+    const Object name = rows.Get(kFields, {Text(u"name")}).Result();
+    EXPECT_EQ(name.Get(field::kOriginalValue).Utf8(), "changed");
+    ASSERT_TRUE(rows.Call(kCancelBatch).Ok());
+    EXPECT_EQ(TextOf(rows), "1,changed/3,n3/4,/");
+}
+
+TEST(FabricatedRecordset, TakesABatchBack) {
+    const Object rows = InBatches();
+    Change(rows);
+    rows.Put(kAbsolutePosition, Number(1));
+    const Object name = rows.Get(kFields, {Text(u"name")}).Result();
+    EXPECT_EQ(name.Get(field::kOriginalValue).Utf8(), "n1");
+    ASSERT_TRUE(rows.Call(kCancelBatch).Ok());
+    EXPECT_EQ(TextOf(rows), "1,n1/2,n2/3,n3/");
+    // Reading again is giving up what is pending: there is nothing to read from.
+    Change(rows);
+    ASSERT_TRUE(rows.Call(kResync).Ok());
+    rows.Put(kAbsolutePosition, Number(1));
+    EXPECT_EQ(rows.Get(kCollect, {Text(u"name")}).Utf8(), "n1");
+}
+
+TEST(FabricatedRecordset, RefusesTextsThatAreTooLong) {
+    const Object rows = InBatches();
+    rows.Put(kAbsolutePosition, Number(1));
+    const std::u16string fits(20, u'字');
+    EXPECT_TRUE(rows.Invoke(kCollect, DISPATCH_PROPERTYPUT, {Text(u"name"), Text(fits)}, true).Ok());
+    const Outcome outcome = rows.Invoke(kCollect, DISPATCH_PROPERTYPUT, {Text(u"name"), Text(fits + u"字")}, true);
+    EXPECT_EQ(outcome.Error(), 0x80040E57u) << outcome;
+    EXPECT_EQ(rows.Get(kCollect, {Text(u"name")}).Utf8(), ToUtf8(fits));
+}
+
 TEST(FabricatedRecordset, KeepsValuesOfEveryType) {
     const struct {
         const char* label;

@@ -30,6 +30,10 @@ bool ClientCursor::StandAt(long long index) {
     return true;
 }
 
+bool ClientCursor::IsInGap() {
+    return deleted_ && !(view_.Has(position_) && view_.RowAt(position_) == row_);
+}
+
 bool ClientCursor::Bof() {
     TakeChanges();
     return state_ == State::BeforeFirst || (state_ == State::AfterLast && !view_.Has(0));
@@ -59,7 +63,7 @@ void ClientCursor::MoveNext() {
             if (!StandAt(0)) ThrowNoRecord();
             return;
         case State::OnRow:
-            if (!StandAt(static_cast<long long>(position_) + (deleted_ ? 0 : 1))) state_ = State::AfterLast;
+            if (!StandAt(static_cast<long long>(position_) + (IsInGap() ? 0 : 1))) state_ = State::AfterLast;
             return;
         case State::AfterLast:
             ThrowNoRecord();
@@ -91,7 +95,7 @@ void ClientCursor::Move(LONG count) {
             break;
         case State::OnRow:
             if (count == 0) return;
-            base = static_cast<long long>(position_) - (deleted_ && count > 0 ? 1 : 0);
+            base = static_cast<long long>(position_) - (count > 0 && IsInGap() ? 1 : 0);
             break;
         case State::AfterLast:
             if (count >= 0) ThrowNoRecord();
@@ -152,7 +156,7 @@ void ClientCursor::Find(const Criteria& criteria, LONG skip, bool backward, std:
     } else {
         if (state_ != State::OnRow) ThrowNoRecord();
         // Behind a deleted row the search goes on with its neighbour.
-        index = static_cast<long long>(position_) - (deleted_ && backward ? 1 : 0);
+        index = static_cast<long long>(position_) - (backward && IsInGap() ? 1 : 0);
     }
     index += backward ? -static_cast<long long>(skip) : static_cast<long long>(skip);
     const RowStore& rows = view_.Store();

@@ -115,9 +115,12 @@ private:
     bool StandAt(long long index);
     [[noreturn]] static void ThrowNoRecord();
 
+    /// True on a deleted row that is not shown: position_ is then that of the row behind it.
+    bool IsInGap();
+
     RowView view_;
     State state_ = State::AfterLast;
-    bool deleted_ = false;  // the current row is deleted; position_ is then that of the row behind it
+    bool deleted_ = false;  // the current row is deleted
     std::size_t position_ = 0;
     std::size_t row_ = 0;
 };

@@ -201,6 +201,30 @@ TEST(ClientCursor, CountsASecondMoveFromTheGapOfADeletedRow) {
     EXPECT_EQ(PlaceOf(cursor), "1");
 }
 
+TEST(ClientCursor, WalksThroughDeletedRowsThatAreShown) {
+    const auto store = Counted(5);
+    ClientCursor cursor(store);
+    for (const std::size_t row : {0, 2, 3, 4})
+        store->Delete(row, kStatusPending | kStatusDeleted);
+    cursor.SetFilter([&](std::size_t row) { return (store->Status(row) & kStatusPending) != 0; }, true);
+    EXPECT_EQ(cursor.Count(), 4u);
+    for (const char* const place : {"1 deleted", "3 deleted", "4 deleted", "5 deleted", "EOF"}) {
+        EXPECT_EQ(PlaceOf(cursor), place);
+        if (std::string(place) != "EOF") cursor.MoveNext();
+    }
+    for (const char* const place : {"5 deleted", "4 deleted", "3 deleted", "1 deleted", "BOF"}) {
+        cursor.MovePrevious();
+        EXPECT_EQ(PlaceOf(cursor), place);
+    }
+    cursor.MoveFirst();
+    cursor.Move(2);
+    EXPECT_EQ(PlaceOf(cursor), "4 deleted");
+    cursor.Move(-1);
+    EXPECT_EQ(PlaceOf(cursor), "3 deleted");
+    cursor.Move(5);
+    EXPECT_EQ(PlaceOf(cursor), "EOF");
+}
+
 TEST(ClientCursor, FollowsWhatAnotherCursorDoes) {
     const auto store = Counted(5);
     ClientCursor one(store);

@@ -64,6 +64,10 @@ void CTRecordset::SetBookmark(const VARIANT& bookmark) {
 // ---- position ------------------------------------------------------------------------------------------------------
 
 int CTRecordset::GetBof() {
+    VARIANT_BOOL bof = VARIANT_FALSE;
+    if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch); rows != nullptr && rows->GetBof(&bof) == S_OK) {
+        return bof != VARIANT_FALSE ? 1 : 0;
+    }
     return GetFlag(dispatch_, recordset::kBof);
 }
 
@@ -114,6 +118,7 @@ void CTRecordset::MoveNext() {
 }
 
 void CTRecordset::MovePrevious() {
+    if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch); rows != nullptr && rows->MovePrevious() == S_OK) return;
     Call(dispatch_, recordset::kMovePrevious);
 }
 

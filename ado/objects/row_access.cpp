@@ -89,11 +89,30 @@ HRESULT RowAccess::MoveNext() {
     });
 }
 
+HRESULT RowAccess::MovePrevious() {
+    return Try([&]() -> HRESULT {
+        ClientCursor* const cursor = owner_.FastCursor();
+        if (cursor == nullptr || cursor->Bof()) return S_FALSE;
+        owner_.LeaveChunks();
+        cursor->MovePrevious();
+        return S_OK;
+    });
+}
+
 HRESULT RowAccess::GetEof(VARIANT_BOOL* eof) {
     return Try([&]() -> HRESULT {
         ClientCursor* const cursor = owner_.FastCursor();
         if (cursor == nullptr) return S_FALSE;
         *eof = cursor->Eof() ? VARIANT_TRUE : VARIANT_FALSE;
+        return S_OK;
+    });
+}
+
+HRESULT RowAccess::GetBof(VARIANT_BOOL* bof) {
+    return Try([&]() -> HRESULT {
+        ClientCursor* const cursor = owner_.FastCursor();
+        if (cursor == nullptr) return S_FALSE;
+        *bof = cursor->Bof() ? VARIANT_TRUE : VARIANT_FALSE;
         return S_OK;
     });
 }

@@ -18,7 +18,9 @@ public:
     HRESULT STDMETHODCALLTYPE FindField(const OLECHAR* name, UINT length, LONG* index) override;
     HRESULT STDMETHODCALLTYPE GetText(LONG index, const char** text, ULONG* length) override;
     HRESULT STDMETHODCALLTYPE MoveNext() override;
+    HRESULT STDMETHODCALLTYPE MovePrevious() override;
     HRESULT STDMETHODCALLTYPE GetEof(VARIANT_BOOL* eof) override;
+    HRESULT STDMETHODCALLTYPE GetBof(VARIANT_BOOL* bof) override;
     HRESULT STDMETHODCALLTYPE GetFieldCount(LONG* count) override;
     using IUnknown::QueryInterface;
 

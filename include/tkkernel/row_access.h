@@ -14,7 +14,7 @@
 
 #include <oleauto.h>
 
-inline constexpr IID IID_IRowAccess = {0x7B1D3C52, 0x5A0E, 0x4F43, {0x9C, 0x1B, 0x2E, 0x64, 0xD1, 0x90, 0x3A, 0x77}};
+inline constexpr IID IID_IRowAccess = {0x7B1D3C53, 0x5A0E, 0x4F43, {0x9C, 0x1B, 0x2E, 0x64, 0xD1, 0x90, 0x3A, 0x77}};
 
 struct IRowAccess : IUnknown {
     /// Fields.Item(index).Value of the current record.
@@ -31,7 +31,9 @@ struct IRowAccess : IUnknown {
     virtual HRESULT STDMETHODCALLTYPE GetText(LONG index, const char** text, ULONG* length) = 0;
 
     virtual HRESULT STDMETHODCALLTYPE MoveNext() = 0;
+    virtual HRESULT STDMETHODCALLTYPE MovePrevious() = 0;
     virtual HRESULT STDMETHODCALLTYPE GetEof(VARIANT_BOOL* eof) = 0;
+    virtual HRESULT STDMETHODCALLTYPE GetBof(VARIANT_BOOL* bof) = 0;
     virtual HRESULT STDMETHODCALLTYPE GetFieldCount(LONG* count) = 0;
 
 protected:

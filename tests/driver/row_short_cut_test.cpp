@@ -48,6 +48,12 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE MoveNext() override { return ++calls, refuses ? E_FAIL : S_OK; }
+    HRESULT STDMETHODCALLTYPE MovePrevious() override { return ++calls, refuses ? E_FAIL : S_OK; }
+    HRESULT STDMETHODCALLTYPE GetBof(VARIANT_BOOL* bof) override {
+        ++calls;
+        *bof = atBeginning ? VARIANT_TRUE : VARIANT_FALSE;
+        return refuses ? E_FAIL : S_OK;
+    }
     HRESULT STDMETHODCALLTYPE GetEof(VARIANT_BOOL* eof) override {
         ++calls;
         *eof = atEnd ? VARIANT_TRUE : VARIANT_FALSE;
@@ -62,6 +68,7 @@ public:
     std::vector<Field> fields;
     bool refuses = false;
     bool atEnd = false;
+    bool atBeginning = false;
     int calls = 0;
     ULONG references = 0;
 };
@@ -119,6 +126,10 @@ TEST_F(RowShortCut, ServesValuesWithoutALateBoundCall) {
     EXPECT_EQ(recordset_.GetEof(), 0);
     rows_.atEnd = true;
     EXPECT_NE(recordset_.GetEof(), 0);
+    recordset_.MovePrevious();
+    EXPECT_EQ(recordset_.GetBof(), 0);
+    rows_.atBeginning = true;
+    EXPECT_NE(recordset_.GetBof(), 0);
     EXPECT_THAT(journal_.Take(), IsEmpty());
 }
 
@@ -156,6 +167,9 @@ TEST_F(RowShortCut, WhatItCannotAnswerGoesTheLateBoundWay) {
     recordset_.GetEof();
     EXPECT_EQ(recordset_.GetFieldCount(), 2);
     EXPECT_THAT(journal_.Take(), ElementsAre("records.call 1018", "records.get 1006", "records.get 0", "fields.get 1"));
+    recordset_.MovePrevious();
+    recordset_.GetBof();
+    EXPECT_THAT(journal_.Take(), ElementsAre("records.call 1019", "records.get 1002"));
 }
 
 TEST_F(RowShortCut, FailuresAreThoseOfTheLateBoundCalls) {

@@ -610,14 +610,28 @@ TEST_F(RecordsetTest, OffersTheShortCut) {
     EXPECT_EQ(fast->GetValue(1, &value), S_FALSE);
     EXPECT_EQ(fast->GetText(1, &text, &length), S_FALSE);
     EXPECT_EQ(fast->MoveNext(), S_FALSE);
+    EXPECT_EQ(fast->MovePrevious(), S_FALSE);
     rows.Call(kCancelUpdate);
     EXPECT_EQ(fast->MoveNext(), S_OK);
     EXPECT_EQ(fast->GetEof(&eof), S_OK);
     EXPECT_EQ(eof, VARIANT_TRUE);
     EXPECT_EQ(fast->MoveNext(), S_FALSE);
     EXPECT_EQ(fast->GetValue(0, &value), S_FALSE);
+    // And back, from behind the last row to before the first one.
+    VARIANT_BOOL bof = VARIANT_TRUE;
+    for (int left = 3; left > 0; --left) {
+        EXPECT_EQ(fast->MovePrevious(), S_OK);
+        EXPECT_EQ(fast->GetBof(&bof), S_OK);
+        EXPECT_EQ(bof, VARIANT_FALSE);
+        EXPECT_EQ(rows.Get(kAbsolutePosition).Long(), left);
+    }
+    EXPECT_EQ(fast->MovePrevious(), S_OK);
+    EXPECT_EQ(fast->GetBof(&bof), S_OK);
+    EXPECT_EQ(bof, VARIANT_TRUE);
+    EXPECT_EQ(fast->MovePrevious(), S_FALSE);
     rows.Call(kClose);
     EXPECT_NE(fast->GetEof(&eof), S_OK);
+    EXPECT_NE(fast->GetBof(&bof), S_OK);
     EXPECT_NE(fast->GetFieldCount(&count), S_OK);
     IDispatch* back = nullptr;
     EXPECT_EQ(fast->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&back)), S_OK);

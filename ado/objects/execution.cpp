@@ -1,13 +1,17 @@
 #include "ado/objects/execution.h"
 
+#include <utility>
+
 namespace tk::ado {
 
-Execution MakeExecution(const Command& command, LONG timeoutSeconds) {
+Execution MakeExecution(Command command, LONG timeoutSeconds) {
     Execution execution;
     execution.asynchronousFetch = command.asynchronousFetch;
     execution.noRecords = command.noRecords;
-    execution.run = [command, timeoutSeconds](Session& session, LONG limit) {
-        return session.Execute(SqlOf(command, session).text, ExecuteOptions{timeoutSeconds, limit});
+    execution.run = [command = std::move(command), timeoutSeconds](Session& session, LONG limit) {
+        const ExecuteOptions options{timeoutSeconds, limit};
+        if (command.kind == Command::Kind::Text) return session.Execute(command.text, options);
+        return session.Execute(SqlOf(command, session).text, options);
     };
     return execution;
 }

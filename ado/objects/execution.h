@@ -23,7 +23,7 @@ struct Execution {
 };
 
 /// The execution of a text without parameters.
-Execution MakeExecution(const Command& command, LONG timeoutSeconds);
+Execution MakeExecution(Command command, LONG timeoutSeconds);
 
 /// What an execution gave: rows, or the statement that may have more results.
 struct Executed {

@@ -130,9 +130,14 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
 
 Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
                                       const std::u16string& source, const Execution& execution, LONG& affected) {
+    if (execution.noRecords) {
+        const Executed executed = RunOn(session, execution, 0);
+        affected = executed.affected;
+        if (!executed.warnings.empty()) connection->ErrorRecords()->ReplaceWarnings(executed.warnings);
+        return {};
+    }
     auto result = Make<Recordset>();
     auto fetched = result->RunStatement(connection, session, execution, affected);
-    if (execution.noRecords) return {};
     result->connection_ = connection;
     result->source_ = source;
     result->cursorLocation_ = connection->CursorLocation();

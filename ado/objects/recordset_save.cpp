@@ -1,6 +1,7 @@
 // Recordset: into files and out of them.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "ado/cursor/text.h"
@@ -15,6 +16,17 @@ bool IsPersistProvider(std::string_view provider) noexcept {
     constexpr std::string_view kName = "MSPersist";
     if (!EqualsNoCase(provider.substr(0, kName.size()), kName)) return false;
     return provider.size() == kName.size() || provider[kName.size()] == '.';
+}
+
+/// True for a connection text whose provider is the one of saved recordsets.
+bool NamesPersistProvider(std::u16string_view text) {
+    constexpr std::u16string_view kName = u"mspersist";
+    const auto same = [](char16_t unit, char16_t lower) {
+        return unit == lower || (unit >= u'A' && unit <= u'Z' && unit - u'A' + u'a' == lower);
+    };
+    // Hardly any text has the name in it, and parsing takes its time.
+    if (std::search(text.begin(), text.end(), kName.begin(), kName.end(), same) == text.end()) return false;
+    return IsPersistProvider(ReadProperties(ConnectionString::Parse(ToUtf8(text))).provider);
 }
 
 bool IsRegularFile(const std::string& path) noexcept {
@@ -36,8 +48,7 @@ bool Recordset::MeansFile(const Ref<Connection>& connection, std::u16string_view
     constexpr LONG kKinds = kCommandText | kCommandTable | kCommandStoredProc | kCommandTableDirect;
     const bool saysKind = options != -1 && (options & kKinds) != 0;
     const bool saysFile = options != -1 && (options & kCommandFile) != 0;
-    const bool isPersist = !connection && !text.empty() &&
-                           IsPersistProvider(ReadProperties(ConnectionString::Parse(ToUtf8(text))).provider);
+    const bool isPersist = !connection && NamesPersistProvider(text);
     if (isPersist || saysFile) {
         if (saysKind || (saysFile && !isPersist && (connection || !text.empty()))) {
             throw AdoError(ErrorNumber::InvalidArgument, NumberText(options));

@@ -79,6 +79,7 @@ constexpr DriverProfile kProfiles[] = {
         .describesBase = true,
         .systemColumns = kPostgresSystemColumns,
         .hidesOddMoments = true,
+        .hasUnsigned = false,
         .identityQuery = "select lastval()",
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,

@@ -95,10 +95,24 @@ std::size_t SkipToken(std::string_view sql, std::size_t at) noexcept {
     }
 }
 
+/// A single statement that writes, without variables: its first word says all there is to know. True for many, not for
+/// all such statements.
+bool OnlyWrites(std::string_view sql) noexcept {
+    std::size_t end = 0;
+    while (end < sql.size() && IsWordLetter(sql[end]))
+        ++end;
+    if (end == 0 || (FlagsOf(sql.substr(0, end)) & kWrites) == 0) return false;
+    for (const char special : {';', '@', '#'}) {
+        if (sql.find(special, end) != std::string_view::npos) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 StatementKind Inspect(std::string_view sql) noexcept {
     StatementKind kind;
+    if (OnlyWrites(sql)) return kind;
     bool limited = false;
     bool hasFrom = false;
     bool ended = false;

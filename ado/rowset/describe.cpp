@@ -99,7 +99,8 @@ Column MakeColumn(StatementHandle& handle, int number) {
     Column column;
     column.name = text::Utf8ToUtf16(isCut ? LongName(handle, number) : name);
     column.sqlType = sqlType;
-    column.isUnsigned = IsIntegerType(sqlType) && NumberAttribute(handle, number, SQL_DESC_UNSIGNED, 0) != 0;
+    column.isUnsigned = handle.Profile().hasUnsigned && IsIntegerType(sqlType) &&
+                        NumberAttribute(handle, number, SQL_DESC_UNSIGNED, 0) != 0;
     const SqlTypeRule& rule = FindSqlType(sqlType, column.isUnsigned);
     column.type = rule.fieldType;
     column.dbType = rule.dbType;

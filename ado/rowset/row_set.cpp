@@ -214,7 +214,33 @@ void RowSet::Interrupt() noexcept {
     impl_->Interrupt();
 }
 
+bool RowSet::Impl::ReadPlain(std::size_t row, std::size_t column, VARIANT& value) const {
+    const Chunk& chunk = Locate(row);
+    const RowLayout::Place& place = layout.At(column);
+    if (place.isVariable) return false;
+    const std::size_t inside = row - chunk.FirstRow();
+    if (chunk.IsNullFixed(layout, inside, place.slot)) {
+        value.vt = VT_NULL;
+        return true;
+    }
+    switch (columns[column].type) {
+        case kTypeInteger:
+            if (columns[column].kind != CellKind::Integer32) return false;
+            value.vt = VT_I4;
+            value.lVal = chunk.Fixed<std::int32_t>(layout, inside, place.slot);
+            return true;
+        case kTypeDouble:
+            if (columns[column].kind != CellKind::Real64) return false;
+            value.vt = VT_R8;
+            value.dblVal = chunk.Fixed<double>(layout, inside, place.slot);
+            return true;
+        default:
+            return false;
+    }
+}
+
 void RowSet::Read(std::size_t row, std::size_t column, VARIANT& value) const {
+    if (impl_->ReadPlain(row, column, value)) return;
     const Cell cell = impl_->At(row, column);
     if (cell.form == Cell::Form::Date && (cell.real <= kBeforeAll || cell.real >= kAfterAll)) [[unlikely]] {
         value.vt = VT_EMPTY;

@@ -46,6 +46,9 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, std::enable_shared_from_th
     const Chunk& Go(std::size_t index) const noexcept;
     Cell At(std::size_t row, std::size_t column) const;
 
+    /// The commonest cells, which need no reading. False, and nothing done, for the others.
+    bool ReadPlain(std::size_t row, std::size_t column, VARIANT& value) const;
+
     /// A date that no automation date can say, as text.
     std::string MomentText(std::size_t row, std::size_t column) const;
 

@@ -187,7 +187,7 @@ void CommandObject::Execute(Call& call) {
     const Ref<Connection> connection = OpenConnection();
     std::vector<Value> values;
     if (!call.IsNothing(1)) values = ListItems(call.PlainValue(1));
-    const Execution execution = MakeExecution(options, std::move(values));
+    Execution execution = MakeExecution(options, std::move(values));
     const auto session = connection->OpenedSession(ErrorNumber::InvalidConnection);
     struct Running {
         CommandObject& command;
@@ -201,7 +201,7 @@ void CommandObject::Execute(Call& call) {
         }
     } running(*this, session);
     LONG affected = -1;
-    Ref<Recordset> result = Recordset::FromCommand(connection, session, text_, execution, affected);
+    Ref<Recordset> result = Recordset::FromCommand(connection, session, text_, std::move(execution), affected);
     if (result) result->SetCommand(Ref<CommandObject>(this));
     call.Store(0, Value(affected));
     call.ReturnObject(std::move(result));

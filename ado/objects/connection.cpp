@@ -148,13 +148,13 @@ void Connection::Close(Call&) {
 
 void Connection::Execute(Call& call) {
     const std::u16string text = call.Text(0);
-    const Execution execution = MakeExecution(MakeCommand(text, call.Long(2, -1)), commandTimeout_);
+    Execution execution = MakeExecution(MakeCommand(text, call.Long(2, -1)), commandTimeout_);
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     Ref<Recordset> result;
     LONG affected = -1;
     {
         const Executing executing(executing_);
-        result = Recordset::FromCommand(Ref<Connection>(this), session, text, execution, affected);
+        result = Recordset::FromCommand(Ref<Connection>(this), session, text, std::move(execution), affected);
     }
     call.Store(1, Value(affected));
     call.ReturnObject(std::move(result));

@@ -58,7 +58,7 @@ public:
 
     /// Runs a command; a recordset that is closed when there are no rows, none when no records are wanted.
     static Ref<Recordset> FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
-                                      const std::u16string& source, const Execution& execution, LONG& affected);
+                                      const std::u16string& source, Execution execution, LONG& affected);
 
     /// Of a result that a Command gave: what ActiveCommand says.
     void SetCommand(Ref<CommandObject> command);
@@ -211,7 +211,7 @@ private:
     void LetGo();
     std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const std::shared_ptr<Session>& session,
                                          const Execution& execution, LONG& affected);
-    void OpenExecution(const Ref<Connection>& connection, const Execution& execution);
+    void OpenExecution(const Ref<Connection>& connection, Execution execution);
     void OpenCommand(Call& call, Ref<CommandObject> command, LONG cursorType, LONG lock, LONG options);
     static Ref<CommandObject> KnownCommand(const Value& given);
     void OpenFabricated(LONG lock);

@@ -17,7 +17,7 @@ void Recordset::OpenCommand(Call& call, Ref<CommandObject> command, LONG cursorT
     // The command brings its connection.
     if (!call.IsNothing(1)) throw AdoError(ErrorNumber::BoundToCommand);
     const Ref<Connection> connection = command->OpenConnection();
-    const Execution execution = command->MakeExecution(options, {});
+    Execution execution = command->MakeExecution(options, {});
     LetGo();
     command_ = std::move(command);
     connection_ = connection;
@@ -27,7 +27,7 @@ void Recordset::OpenCommand(Call& call, Ref<CommandObject> command, LONG cursorT
     if (lock != -1) wantedLock_ = lock;
     settings_ = command_->Settings();
     settings_.rules.timeoutSeconds = command_->Timeout();
-    OpenExecution(connection, execution);
+    OpenExecution(connection, std::move(execution));
 }
 
 void Recordset::PutRefSource(Call& call) {

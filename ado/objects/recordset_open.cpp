@@ -27,8 +27,8 @@ private:
 };
 
 /// The same once more; it keeps neither the recordset nor its connection alive.
-RunCommand Repetition(const Execution& execution, LONG limit) {
-    return [execution, limit](const Connection& connection) {
+RunCommand Repetition(Execution execution, LONG limit) {
+    return [execution = std::move(execution), limit](const Connection& connection) {
         return RunOn(connection.OpenedSession(ErrorNumber::InvalidConnection), execution, limit).rows;
     };
 }
@@ -129,7 +129,7 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
 }
 
 Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
-                                      const std::u16string& source, const Execution& execution, LONG& affected) {
+                                      const std::u16string& source, Execution execution, LONG& affected) {
     if (execution.noRecords) {
         const Executed executed = RunOn(session, execution, 0);
         affected = executed.affected;
@@ -144,7 +144,7 @@ Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::sha
     if (!fetched) return result;
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
     rows->asynchronous = execution.asynchronousFetch;
-    rows->runAgain = Repetition(execution, 0);
+    rows->runAgain = Repetition(std::move(execution), 0);
     result->Settle(std::move(rows), kLockReadOnly);
     return result;
 }
@@ -198,7 +198,7 @@ void Recordset::Open(Call& call) {
     if (source.empty()) throw AdoError(ErrorNumber::InvalidArgument);
 
     const LONG timeout = connection->CommandTimeout();
-    const Execution execution = MakeExecution(MakeCommand(source, options), timeout);
+    Execution execution = MakeExecution(MakeCommand(source, options), timeout);
     // A connection of its own goes with the rows; the text stays for the next time.
     connection_ = text.empty() ? connection : nullptr;
     connectionText_ = text;
@@ -206,17 +206,17 @@ void Recordset::Open(Call& call) {
     if (cursorType != -1) cursorType_ = cursorType;
     if (lock != -1) wantedLock_ = lock;
     settings_.rules.timeoutSeconds = timeout;
-    OpenExecution(connection, execution);
+    OpenExecution(connection, std::move(execution));
 }
 
-void Recordset::OpenExecution(const Ref<Connection>& connection, const Execution& execution) {
+void Recordset::OpenExecution(const Ref<Connection>& connection, Execution execution) {
     LONG affected = -1;
     auto fetched =
         RunStatement(connection, connection->OpenedSession(ErrorNumber::InvalidConnection), execution, affected);
     if (!fetched) return;
     auto rows = std::make_shared<OpenRows>(std::move(fetched), connection);
     rows->asynchronous = execution.asynchronousFetch;
-    rows->runAgain = Repetition(execution, maxRecords_);
+    rows->runAgain = Repetition(std::move(execution), maxRecords_);
     filter_ = Value();
     SettleInView(std::move(rows), wantedLock_);
 }

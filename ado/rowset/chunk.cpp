@@ -82,6 +82,8 @@ void ChunkBuilder::AddOutside(std::string text) {
 
 void ChunkBuilder::Grow(std::size_t size) {
     constexpr std::size_t kFirst = 4096;
+    constexpr std::size_t kFirstCells = 64;
+    if (capacity_ == 0) ends_.reserve(kFirstCells);
     const std::size_t needed = position_ + size;
     if (needed > Chunk::kPosition) throw std::length_error("chunk");
     const std::size_t grown = std::min<std::size_t>(std::max({kFirst, std::size_t{capacity_} * 2, needed}),

@@ -16,13 +16,13 @@ public:
     ~Qt_() override {
         database_.close();
         database_ = {};
-        QSqlDatabase::removeDatabase(QStringLiteral("bench"));
+        QSqlDatabase::removeDatabase(name_);
     }
 
     const char* Name() const override { return "qt"; }
 
     void Connect(const std::string& connection) override {
-        database_ = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), QStringLiteral("bench"));
+        database_ = QSqlDatabase::addDatabase(QStringLiteral("QODBC"), name_);
         database_.setDatabaseName(QString::fromStdString(connection));
         if (!database_.open()) throw std::runtime_error(database_.lastError().text().toStdString());
     }
@@ -84,6 +84,8 @@ private:
         return sum;
     }
 
+    // A second connection of the same name would take the first one away.
+    const QString name_ = QStringLiteral("bench%1").arg(reinterpret_cast<quintptr>(this));
     QSqlDatabase database_;
 };
 

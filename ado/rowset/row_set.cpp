@@ -256,10 +256,11 @@ Cell RowSet::At(std::size_t row, std::size_t column) const {
 }
 
 std::optional<std::string_view> RowSet::TextAt(std::size_t row, std::size_t column) const {
-    const Cell cell = impl_->At(row, column);
-    if (cell.form == Cell::Form::Text) return cell.text;
-    if (cell.form == Cell::Form::Null) return std::string_view();
-    return std::nullopt;
+    const CellKind kind = impl_->columns[column].kind;
+    const RowLayout::Place& place = impl_->layout.At(column);
+    if ((kind != CellKind::Text && kind != CellKind::Guid) || !place.isVariable) return std::nullopt;
+    const Chunk& chunk = impl_->Locate(row);
+    return chunk.Variable(impl_->layout, row - chunk.FirstRow(), place.slot);
 }
 
 bool RowSet::IsNull(std::size_t row, std::size_t column) const {

@@ -83,7 +83,8 @@ public:
     /// The cell in place, for filters, searches, sorting and text output: no allocation.
     Cell At(std::size_t row, std::size_t column) const;
 
-    /// The cell as UTF-8 when Read would give VT_BSTR; data() is null for NULL; nullopt for every other kind.
+    /// The cell of a text column as UTF-8; data() is null for NULL. Nullopt for other columns, also where they hold a
+    /// text.
     std::optional<std::string_view> TextAt(std::size_t row, std::size_t column) const;
 
     bool IsNull(std::size_t row, std::size_t column) const;

@@ -27,7 +27,8 @@ struct IRowAccess : IUnknown {
 
     /// The text of a text field of the current record, in place.
     /// @param text, length  UTF-8 bytes, valid until the next call on the recordset; null for a NULL value
-    /// @return S_OK for fields whose Value would be a VT_BSTR or VT_NULL; S_FALSE for every other field
+    /// @return S_OK for fields of text columns, whose Value would be a VT_BSTR or VT_NULL; S_FALSE for every other
+    /// field
     virtual HRESULT STDMETHODCALLTYPE GetText(LONG index, const char** text, ULONG* length) = 0;
 
     virtual HRESULT STDMETHODCALLTYPE MoveNext() = 0;

@@ -2,25 +2,12 @@
 
 #include <tkkernel/row_access.h>
 
-#include <algorithm>
-#include <iterator>
-
 namespace tk::tools {
-namespace {
-
-bool IsTextColumn(long type) {
-    constexpr long kTextTypes[] = {8, 129, 130, 200, 201, 202, 203};  // BSTR, CHAR to LONGVARWCHAR
-    return std::ranges::find(kTextTypes, type) != std::end(kTextTypes);
-}
-
-}  // namespace
 
 RecordReader::RecordReader(CTRecordset& records)
     : records_(records), cells_(static_cast<std::size_t>(records.GetFieldCount())) {
     void* rows = nullptr;
     if (SUCCEEDED(records.GetDispatch()->QueryInterface(IID_IRowAccess, &rows))) rows_ = static_cast<IRowAccess*>(rows);
-    for (std::size_t i = 0; i < cells_.size(); ++i)
-        isText_.push_back(IsTextColumn(records.GetFieldType(COleVariant(static_cast<long>(i), VT_I4))));
 }
 
 RecordReader::~RecordReader() {
@@ -33,17 +20,14 @@ const std::vector<CellText>& RecordReader::Read() {
     return cells_;
 }
 
-bool RecordReader::ReadText(long index, CellText& cell) {
+void RecordReader::ReadCell(long index, CellText& cell) {
     const char* text = nullptr;
     ULONG length = 0;
-    if (rows_ == nullptr || rows_->GetText(static_cast<LONG>(index), &text, &length) != S_OK) return false;
-    cell.nature = text == nullptr ? CellNature::Null : CellNature::Text;
-    cell.utf8.assign(text == nullptr ? "" : text, length);
-    return true;
-}
-
-void RecordReader::ReadCell(long index, CellText& cell) {
-    if (isText_[static_cast<std::size_t>(index)] && ReadText(index, cell)) return;
+    if (rows_ != nullptr && rows_->GetText(static_cast<LONG>(index), &text, &length) == S_OK) {
+        cell.nature = text == nullptr ? CellNature::Null : CellNature::Text;
+        cell.utf8.assign(text == nullptr ? "" : text, length);
+        return;
+    }
     VARIANT value = records_.GetValue(index);
     SetCellText(value, cell);
     VariantClear(&value);

@@ -27,11 +27,9 @@ public:
 
 private:
     void ReadCell(long index, CellText& cell);
-    bool ReadText(long index, CellText& cell);
 
     CTRecordset& records_;
     IRowAccess* rows_ = nullptr;  // texts in place, where the object offers it
-    std::vector<bool> isText_;    // by column: worth asking for a text in place
     std::vector<CellText> cells_;
 };
 

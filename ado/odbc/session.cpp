@@ -12,6 +12,7 @@
 #include "ado/odbc/physical_connection.h"
 #include "ado/odbc/result_sizes.h"
 #include "ado/odbc/session_cache.h"
+#include "ado/odbc/session_facts.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/odbc/statement_kind.h"
 #include "ado/odbc/watchdog.h"
@@ -19,62 +20,10 @@
 
 namespace tk::ado {
 
-/// Worked out once for a connection string and kept with its connections.
-struct SessionFacts {
-    std::string key;
-    PhysicalConnection::Request request;
-    ConnectionProperties properties;
-    std::string display;
-    bool isKept = true;  // in the cache, after the session
-};
-
 namespace {
 
 constexpr HRESULT kNoTransactionCode = static_cast<HRESULT>(0x8004D00E);
 constexpr HRESULT kTransactionExistsCode = static_cast<HRESULT>(0x8004D013);
-constexpr int kServicesOff = -2;  // the connection string's way to say: no pooling
-
-std::string CacheKey(const SessionSettings& settings) {
-    std::string key = settings.connection.Text();
-    key.push_back('\0');
-    key.append(settings.user).push_back('\0');
-    key.append(settings.password).push_back('\0');
-    key.push_back(settings.readOnly ? 'r' : 'w');
-    return key;
-}
-
-std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std::string key) {
-    ResolvedConnection resolved = Resolve(settings.connection, settings.user, settings.password);
-    if (resolved.isPersistedFile) throw AdoError(ErrorNumber::ProviderNotFound, u"MSPersist");
-    auto facts = std::make_shared<SessionFacts>();
-    facts->key = std::move(key);
-    facts->properties = std::move(resolved.properties);
-    facts->request.loginTimeoutSeconds = facts->properties.connectTimeoutSeconds.value_or(settings.loginTimeoutSeconds);
-    facts->request.readOnly = facts->properties.mode ? IsReadOnlyMode(*facts->properties.mode) : settings.readOnly;
-    AddLoginTimeout(resolved.odbc, facts->request.loginTimeoutSeconds);
-    facts->request.lockMilliseconds = TakeLockTime(resolved.odbc);
-    facts->request.odbcString = resolved.odbc.ToOdbc();
-    facts->display =
-        facts->properties.persistSecurityInfo ? settings.connection.Text() : settings.connection.WithoutPassword();
-    facts->isKept = facts->properties.oleDbServices != kServicesOff;
-    return facts;
-}
-
-std::shared_ptr<Lease> OpenLease(const std::shared_ptr<const SessionFacts>& facts) {
-    auto connection = std::make_unique<PhysicalConnection>(facts->request);
-    connection->facts = facts;
-    return std::make_shared<Lease>(std::move(connection), facts->isKept ? facts->key : std::string(), false);
-}
-
-/// The second connection of a session, whose driver steps through large results instead of holding them.
-std::shared_ptr<Lease> OpenSideLease(const SessionFacts& facts, const char* keywords) {
-    const std::string key = facts.key + '\0' + keywords;
-    if (auto idle = SessionCache::Instance().Take(key)) return std::make_shared<Lease>(std::move(idle), key, true);
-    PhysicalConnection::Request request = facts.request;
-    request.odbcString.append(keywords).append(";");
-    auto connection = std::make_unique<PhysicalConnection>(request);
-    return std::make_shared<Lease>(std::move(connection), facts.isKept ? key : std::string(), false);
-}
 
 AdoError TransactionError(HRESULT code, const char16_t* text) {
     return AdoError(std::vector<ErrorRecord>{{code, text, kProviderSource, "25000", 0}});
@@ -276,7 +225,7 @@ struct Session::Impl {
     template <class Call>
     std::optional<Statement> TryOnSide(std::string_view sql, const ExecuteOptions& options, Call&& call) {
         try {
-            auto side = OpenSideLease(*facts, Physical().Profile().streamingKeywords);
+            auto side = TakeSideLease(*facts, Physical().Profile().streamingKeywords);
             Statement statement = Run(side, sql, options, call);
             Statement::Impl& inside = statement.Internals();
             if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
@@ -341,14 +290,8 @@ Session::~Session() {
 
 std::shared_ptr<Session> Session::Open(const SessionSettings& settings) {
     auto impl = std::make_unique<Impl>();
-    std::string key = CacheKey(settings);
-    if (auto idle = SessionCache::Instance().Take(key)) {
-        impl->facts = idle->facts;
-        impl->lease = std::make_shared<Lease>(std::move(idle), std::move(key), true);
-    } else {
-        impl->facts = WorkOut(settings, std::move(key));
-        impl->lease = OpenLease(impl->facts);
-    }
+    impl->lease = TakeLease(settings);
+    impl->facts = (*impl->lease)->facts;
     return std::shared_ptr<Session>(new Session(std::move(impl)));
 }
 

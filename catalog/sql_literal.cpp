@@ -14,6 +14,13 @@ CString IntegerText(Integer value) {
     return {text, static_cast<int>(end - text)};
 }
 
+/// Contract: quotes inside the text are not doubled, and a zero character ends it.
+CString Quoted(const CString& text) {
+    CString literal;
+    literal.Format("'%s'", static_cast<LPCTSTR>(text));
+    return literal;
+}
+
 /// The display text, and that of the integers that have none.
 CString NumberText(const VARIANT& value) {
     switch (V_VT(&value)) {
@@ -46,10 +53,9 @@ CString ChangeToSqlFormat(VARIANT value, const char* /*szDbms*/) {
         case ValueKind::Number:
             return NumberText(value);
         case ValueKind::Date:
-            return "'" + DateToString(V_DATE(&value), "YYYY/MM/DD") + "'";
+            return Quoted(DateToString(V_DATE(&value), "YYYY/MM/DD"));
         case ValueKind::Text:
-            // Contract: quotes inside the text are not doubled.
-            return "'" + VariantToString(value) + "'";
+            return Quoted(VariantToString(value));
         default:
             return {};
     }

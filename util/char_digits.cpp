@@ -65,10 +65,16 @@ CString HexStringToString(const char* szText) {
 
 unsigned short StringToWord(const char* szText) {
     using namespace tk::util;
+    std::string_view rest = View(szText);
     unsigned value = 0;
-    for (const char ch : View(szText).substr(0, 4)) {
-        if (!IsHexDigit(ch)) break;
-        value = value * 16 + static_cast<unsigned>(DigitValue(ch));
+    for (int pair = 0; pair < 2; ++pair) {
+        unsigned byte = 0;
+        std::size_t digits = 0;
+        for (; digits < 2 && digits < rest.size() && IsHexDigit(rest[digits]); ++digits)
+            byte = byte * 16 + static_cast<unsigned>(DigitValue(rest[digits]));
+        if (digits == 0) break;
+        value = value * 256 + byte;
+        rest.remove_prefix(digits);
     }
     return static_cast<unsigned short>(value);
 }

@@ -286,7 +286,7 @@ TKKERNEL_API int IsDigit(const char* szText);
 TKKERNEL_API CString StringToHexString(const char* szText);
 /// The bytes of pairs of hexadecimal digits of either case; reading stops at the first pair that is none.
 TKKERNEL_API CString HexStringToString(const char* szText);
-/// The value of up to two pairs of hexadecimal digits, high byte first: "1A2B" is 0x1A2B, "1A" is 0x1A.
+/// The value of up to two pairs of hexadecimal digits, high byte first: "1A2B" is 0x1A2B, "1A" 0x1A, "1A2" 0x1A02.
 TKKERNEL_API unsigned short StringToWord(const char* szText);
 
 /// A number in base 2 to 36, digits in upper case; base 16 is "0x" and eight digits.

@@ -62,6 +62,16 @@ TEST(ChangeToSqlFormat, WritesEachTypeAsALiteral) {
     }
 }
 
+TEST(ChangeToSqlFormat, EndsATextAtItsFirstZeroCharacter) {
+    VARIANT text = {};
+    text.vt = VT_BSTR;
+    text.bstrVal = SysAllocStringLen(OLESTR("ab\0cd"), 5);
+    const CString literal = ChangeToSqlFormat(text, "Mic");
+    VariantClear(&text);
+    EXPECT_EQ(literal.GetLength(), 4);
+    EXPECT_STREQ(literal, "'ab'");
+}
+
 TEST(ChangeToSqlFormat, HasNothingForObjectsErrorsArraysAndReferences) {
     const unsigned kTypes[] = {9, 10, 12, 13, 15, 24, 25, 26, 27, 28, 29, 32, 36, 64, 72, 131, 4095};
     for (const unsigned vt : kTypes) {

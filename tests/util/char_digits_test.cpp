@@ -57,7 +57,7 @@ TEST(StringToWord, ReadsUpToTwoPairs) {
         const char* text;
         unsigned short word;
     } kRows[] = {
-        {"1A2B", 0x1A2B}, {"1a2b", 0x1A2B}, {"FFFF", 0xFFFF}, {"1A2B3C", 0x1A2B}, {"1A", 0x1A}, {"1A2", 0x1A2},
+        {"1A2B", 0x1A2B}, {"1a2b", 0x1A2B}, {"FFFF", 0xFFFF}, {"1A2B3C", 0x1A2B}, {"1A", 0x1A}, {"1A2", 0x1A02},
         {"x", 0},         {"1Ax", 0x1A},    {"", 0},
     };
     for (const auto& row : kRows) {

@@ -64,6 +64,9 @@ TEST(GetDateString, TakesATextWithAPercentSignForAFormatOfTheCurrentTime) {
         "%Y-%m-%d %H:%M:%S", [] { return GetDateString("%Y-%m-%d %H:%M:%S", 1); }, "TO_DATE('",
         "','YYYY-MM-DD HH24:MI:SS')");
     EXPECT_STREQ(GetDateString("5%", 0), "'5%'");
+    // Wherever the percent sign stands.
+    ExpectNow(
+        "at %Y", [] { return GetDateString("at %Y", 0); }, "'", "'");
 }
 
 TEST(GetDateString, CutsAtSixtyThreeBytesBehindAWholeCharacter) {

@@ -107,6 +107,8 @@ TEST(Round, HoldsNumbersOfAnySize) {
     EXPECT_EQ(Round(("0." + std::string(400, '0') + "1").c_str(), 401), 0.0);
     EXPECT_EQ(Round(("0." + std::string(400, '9')).c_str(), 399), 1.0);
     EXPECT_EQ(Round((digits.substr(0, 300) + ".5").c_str(), 0), 1e300);
+    // The carry takes the place of a plus sign.
+    EXPECT_EQ(Round("+99999999999999999.9", 0), 1e17);
 }
 
 TEST(Round, AgreesWithTheRuleOnEveryNumberOfThreeDecimals) {

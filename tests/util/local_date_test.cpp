@@ -220,6 +220,12 @@ TEST(StringToDate, ReadsADate) {
     EXPECT_EQ(StringToDate("1899-12-29 06:00:00"), -1.25);
 }
 
+TEST(StringToDate, ReadsAsTheSystemsOwnLocaleDoes) {
+    COleDateTime date;
+    ASSERT_TRUE(date.ParseDateTime("1/2/03", 0, 0x400));  // 2001-02-03 where the year comes first
+    EXPECT_EQ(StringToDate("1/2/03"), date.m_dt);
+}
+
 TEST(StringToDate, GivesZeroForATextThatIsNoDate) {
     // Not among them: a month of 13, which some platforms take for the day.
     for (const char* text : {"", " ", "abc", "2007-02-29", "1900-02-29", "2007-01-32", "2007-04-31",

@@ -27,9 +27,17 @@ void* operator new(std::size_t size) {
     Count(malloc_usable_size(memory));
     return memory;
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    void* const memory = std::malloc(size);
+    if (memory != nullptr) Count(malloc_usable_size(memory));
+    return memory;
+}
 void operator delete(void* memory) noexcept {
     if (memory != nullptr) held.fetch_sub(malloc_usable_size(memory));
     std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    operator delete(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
     operator delete(memory);

@@ -101,6 +101,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasBatches = true,
         .hasManyActiveStatements = true,
         .describesBase = true,
+        .hasLocalRows = true,
         .identityQuery = "select last_insert_id()",
         .emptyInsert = "() VALUES ()",
         .procedureCall = ProcedureCall::EscapeOrSelect,

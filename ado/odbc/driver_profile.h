@@ -80,6 +80,7 @@ struct DriverProfile {
     bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
     bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
     bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
+    bool hasLocalRows = false;                   // a fetch waits for nobody, and does not bear being cancelled
     bool hasUnsigned = true;                     // integer types without a sign
     bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given

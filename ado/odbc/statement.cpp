@@ -52,9 +52,10 @@ void Statement::Impl::Fail(SQLRETURN result) {
     if (isLost || (*lease)->IsDead()) (*lease)->MarkBroken();
     // A server's own time limit reads like a cancellation; nobody has asked for one.
     const bool isExpired = handle->WasExpired();
-    if (AreOfLock(records)) {  // the call was waiting when it was ended, and the driver tells only what for
-        if (isExpired) records.insert(records.begin(), {"HYT00", 0, "Timeout expired"});
-        if (handle->WasCancelled()) records.insert(records.begin(), {"HY008", 0, "Operation canceled"});
+    // A call that was waiting for a lock when it was ended tells only that; one that had not begun yet, nothing of use.
+    if (isExpired && AreOfLock(records)) records.insert(records.begin(), {"HYT00", 0, "Timeout expired"});
+    if (handle->WasCancelled() && !IsEnded(MakeError(records))) {
+        records.insert(records.begin(), {"HY008", 0, "Operation canceled"});
     }
     if (isExpired || (timeoutSeconds > 0 && !handle->WasCancelled())) throw MakeTimeoutError(records, isExpired);
     throw MakeError(records);

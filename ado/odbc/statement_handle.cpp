@@ -1,5 +1,6 @@
 #include "ado/odbc/statement_handle.h"
 
+#include <chrono>
 #include <thread>
 
 namespace tk::ado {
@@ -18,12 +19,30 @@ void StatementHandle::Finish() noexcept {
     }
 }
 
+void StatementHandle::BeginRows() noexcept {
+    state_.fetch_or(kRows);
+}
+
+void StatementHandle::EndRows() noexcept {
+    state_.fetch_and(~static_cast<unsigned>(kRows));
+}
+
+bool StatementHandle::RowCallLasts() const noexcept {
+    constexpr int kMilliseconds = 100;
+    if (profile_.hasLocalRows) return false;
+    for (int i = 0; i < kMilliseconds; ++i) {
+        if ((state_.load(std::memory_order_acquire) & kInRowCalls) == 0) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 void StatementHandle::Reach(State reason) noexcept {
     unsigned state = state_.load(std::memory_order_acquire);
     do {
         if ((state & kRunning) == 0 || (state & kReaching) != 0) return;
     } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
-    Odbc().Cancel(Get());
+    if ((state & kRows) == 0 || RowCallLasts()) Odbc().Cancel(Get());
     state_.fetch_and(~static_cast<unsigned>(kReaching), std::memory_order_release);
 }
 

@@ -28,10 +28,28 @@ public:
     void Start() noexcept;
     void Finish() noexcept;
 
-    /// From any thread. The call that runs now ends with "cancelled"; a fetch that is between two calls is up to its
-    /// loop, which asks WasCancelled.
+    /// Between BeginRows and EndRows drivers must not be cancelled inside a call that is about to return: one of them
+    /// frees the row it is filling, another forgets its connection. The loop that fetches asks IsEnded before each call
+    /// instead; only a call that lasts is ended by the driver, where the driver's rows come from elsewhere.
+    void BeginRows() noexcept;
+    void EndRows() noexcept;
+
+    /// Around the calls that fetch rows.
+    class RowCalls {
+    public:
+        explicit RowCalls(StatementHandle& handle) noexcept : handle_(handle) { handle_.state_.fetch_or(kInRowCalls); }
+        ~RowCalls() { handle_.state_.fetch_and(~static_cast<unsigned>(kInRowCalls)); }
+        RowCalls(const RowCalls&) = delete;
+        RowCalls& operator=(const RowCalls&) = delete;
+
+    private:
+        StatementHandle& handle_;
+    };
+
+    /// From any thread. The call that runs now ends with "cancelled".
     void CancelRunning() noexcept;
     bool WasCancelled() const noexcept;
+    bool IsEnded() const noexcept { return (state_.load(std::memory_order_acquire) & (kCancelled | kExpired)) != 0; }
 
     /// As CancelRunning, because the time is over.
     void Expire() noexcept override;
@@ -60,8 +78,9 @@ public:
 
 private:
     // What has happened to the running call; kReaching while another thread is inside the driver's cancel call.
-    enum State : unsigned { kRunning = 1, kReaching = 2, kCancelled = 4, kExpired = 8 };
+    enum State : unsigned { kRunning = 1, kReaching = 2, kCancelled = 4, kExpired = 8, kRows = 16, kInRowCalls = 32 };
     void Reach(State reason) noexcept;
+    bool RowCallLasts() const noexcept;
 
     bool SetAttribute(SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER kind) noexcept;
     bool SetNumber(SQLINTEGER attribute, SQLULEN value) noexcept {

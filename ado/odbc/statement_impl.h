@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ado/odbc/diagnostics.h"
 #include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/statement.h"
@@ -40,6 +41,12 @@ struct Statement::Impl {
 
     /// Executes the text again, parameters as they were; nothing has been fetched yet. False for catalog calls.
     bool Restart();
+
+    /// Before each call that fetches rows: throws when the fetch was cancelled or its time is over.
+    void ExpectNotEnded() const {
+        if (handle->IsEnded()) [[unlikely]]
+            throw handle->WasExpired() ? MakeWaitedError() : MakeCancelledError();
+    }
 
     /// A failure of the handle: diagnostics first, then the question whether the connection still lives.
     [[noreturn]] void Fail(SQLRETURN result);

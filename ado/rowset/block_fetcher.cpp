@@ -94,6 +94,8 @@ public:
         rows = Fit(rows);
         Bind(rows);
         handle.SetRowArraySize(rows);
+        const StatementHandle::RowCalls calls(handle);
+        statement_.ExpectNotEnded();
         const SQLRETURN result = Odbc().Fetch(handle.Get());
         if (result == SQL_NO_DATA) {
             atEnd_ = true;

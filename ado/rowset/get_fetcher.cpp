@@ -25,8 +25,10 @@ public:
     std::unique_ptr<Chunk> FetchChunk(std::size_t firstRow, std::size_t rows) override {
         constexpr std::size_t kEnoughBytes = 4 * 1024 * 1024;
         std::size_t done = 0;
+        const StatementHandle::RowCalls calls(*statement_.handle);
         try {
             for (; done < rows && builder_.ArenaBytes() < kEnoughBytes; ++done) {
+                statement_.ExpectNotEnded();
                 const SQLRETURN result = Odbc().Fetch(statement_.handle->Get());
                 if (result == SQL_NO_DATA) {
                     atEnd_ = true;

@@ -65,13 +65,16 @@ bool RowSet::Impl::FirstStep(std::size_t rows) {
             }
         }
         WatchdogGuard guard(stepSeconds, *inside.handle);
+        inside.handle->EndRows();
         inside.Restart();
+        inside.handle->BeginRows();
     }
 }
 
 void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     const bool isWhole = failure == nullptr && !isCancelled;
     fetcher.reset();
+    if (statement != nullptr) statement->Internals().handle->EndRows();
     if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
         RememberRows(statement->Internals().resultName, arrived);
     }
@@ -215,6 +218,7 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Sessi
     impl->statement = std::make_unique<Statement>(std::move(statement));
     impl->cancelTarget = inside.handle.get();
     impl->fetcher = MakeFetcher(inside, impl->layout);
+    inside.handle->BeginRows();
 
     if (profile.timeLimit == TimeLimit::Watchdog) impl->stepSeconds = inside.timeoutSeconds;
     bool more = true;

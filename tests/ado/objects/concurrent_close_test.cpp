@@ -68,6 +68,33 @@ TEST_F(ConcurrentCloseTest, OfTwoThreadsOneOpensTheConnection) {
     }
 }
 
+TEST_F(ConcurrentCloseTest, AFetchThatIsCancelledAtAnyMomentEndsAsCancelled) {
+    const Object opened = Connect();
+    Execute(opened, u"create table line (id integer primary key, words text)");
+    Execute(opened,
+            u"insert into line with recursive r(n) as (select 1 union all select n + 1 from r where n < 400) "
+            u"select n, 'words ' || n from r");
+    for (int round = 0; round < 80; ++round) {
+        SCOPED_TRACE(round);
+        const Object rows = Object::Create(kRecordsetClass);
+        rows.Put(recordset::kCursorLocation, Number(3));
+        std::thread canceller([&] {
+            std::this_thread::sleep_for(std::chrono::microseconds(200 + round * 371 % 9000));
+            opened.Call(connection::kCancel);
+            rows.Call(recordset::kCancel);
+        });
+        Outcome outcome = rows.Call(recordset::kOpen, {Text(u"select a.words, b.words from line a join line b"),
+                                                       opened.AsValue(), Number(3), Number(1), Number(1)});
+        if (outcome.Ok()) outcome = rows.Get(recordset::kRecordCount);
+        canceller.join();
+        if (!outcome.Ok()) {
+            EXPECT_EQ(outcome.Error(), 0x80040E4Eu) << outcome;
+        }
+        rows.Call(recordset::kClose);
+    }
+    EXPECT_EQ(Ask(opened, u"select count(*) from line"), "400");
+}
+
 TEST_F(ConcurrentCloseTest, AStatementThatStillRunsDoesNotOpenTheConnectionAgain) {
     const struct {
         const char* label;

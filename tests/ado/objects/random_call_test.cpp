@@ -1,6 +1,8 @@
 // Every member is there under its ids, and no call, however odd, does more than fail.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <random>
 
 #include "session_test.h"
@@ -201,7 +203,29 @@ private:
     std::mt19937 random_;
 };
 
+/// Random calls save recordsets under names that other tests do not expect to be files.
+class FolderOfItsOwn {
+public:
+    FolderOfItsOwn() {
+        std::string path = (std::filesystem::temp_directory_path() / "tk-random-calls-XXXXXX").string();
+        EXPECT_NE(mkdtemp(path.data()), nullptr);
+        folder_ = path;
+        std::filesystem::current_path(folder_);
+    }
+    ~FolderOfItsOwn() {
+        std::filesystem::current_path(before_);
+        std::filesystem::remove_all(folder_);
+    }
+    FolderOfItsOwn(const FolderOfItsOwn&) = delete;
+    FolderOfItsOwn& operator=(const FolderOfItsOwn&) = delete;
+
+private:
+    std::filesystem::path before_ = std::filesystem::current_path();
+    std::filesystem::path folder_;
+};
+
 TEST(RandomCalls, FailOrSucceedAndNothingElse) {
+    const FolderOfItsOwn folder;
     const unsigned seed = std::random_device{}();
     ::testing::Test::RecordProperty("seed", std::to_string(seed));
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -62,7 +62,8 @@ RowWriter::Values BatchWriter::SendOne(RowWriter& writer, std::size_t row) const
     const bool isNew = (status & kStatusNew) != 0;
     RowWriter::Values values(rows_.Columns().size());
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const bool counts = isNew ? rows_.WasGiven(row, i) : !IsSame(rows_.At(row, i), rows_.OriginalAt(row, i));
+        // After a conflict that has been looked at, the original value may be the change.
+        const bool counts = isNew ? rows_.WasGiven(row, i) : !IsSame(rows_.At(row, i), rows_.UnderlyingAt(row, i));
         if (!counts) continue;
         values[i].emplace();
         rows_.Read(row, i, *values[i]->Out());

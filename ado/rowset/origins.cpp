@@ -163,6 +163,11 @@ bool HasKey(const std::vector<TableColumn>& columns) {
 }
 
 std::vector<TableColumn> AskPragma(Session& session, const std::string& table) {
+    // The driver does not tell the schema: of two tables of one name, one attached or temporary, it may be either.
+    if (Ask(session, "select schema from pragma_table_list where name = " + QuotedText(table) + " collate nocase")
+            .size() > 1) {
+        return {};
+    }
     std::vector<TableColumn> columns;
     std::size_t keys = 0;
     bool isRowId = false;

@@ -43,6 +43,29 @@ TEST_F(EditTest, WritesAChangedRow) {
     EXPECT_TRUE(rows.Call(kUpdate).Ok());
 }
 
+TEST_F(EditTest, WritesNothingWhereTwoTablesHaveTheName) {
+    // The driver tells the name of a table and not its schema: the row of the other one must not be changed.
+    Execute(connection_, u"create temporary table goods as select * from main.goods");
+    const Object rows = OpenRows(connection_, u"select * from main.goods order by id", 3);
+    EXPECT_TRUE(PutValue(rows, u"stock", Number(77)).Ok());
+    EXPECT_EQ(rows.Call(kUpdate).Error(), 0x80004005u);
+    rows.Call(kCancelUpdate);
+    EXPECT_EQ(Ask(connection_, u"select count(*) from main.goods where stock = 77"), "0");
+    EXPECT_EQ(Ask(connection_, u"select count(*) from temp.goods where stock = 77"), "0");
+}
+
+TEST_F(EditTest, SendsTheOriginalValueAgainOnceTheConflictHasBeenSeen) {
+    const Object rows = Goods(4);
+    EXPECT_TRUE(PutValue(rows, u"stock", Number(11)).Ok());
+    Execute(connection_, u"update goods set stock = 99 where id = 1");
+    EXPECT_FALSE(rows.Call(kUpdateBatch).Ok());
+    EXPECT_TRUE(rows.Call(kResync, {Number(1), Number(1)}).Ok());
+    EXPECT_TRUE(PutValue(rows, u"stock", Number(10)).Ok());  // as it was before all this
+    const Outcome outcome = rows.Call(kUpdateBatch);
+    EXPECT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(Stored(u"stock", 1), "10");
+}
+
 TEST_F(EditTest, WritesNullAndChangesFromNull) {
     const Object rows = Goods();
     EXPECT_TRUE(PutValue(rows, u"name", Value::Null()).Ok());

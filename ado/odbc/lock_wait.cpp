@@ -15,7 +15,8 @@ bool LockWait::GoesOn(const StatementHandle& handle) {
     if (connection_.LockMilliseconds() == 0 || handle.WasCancelled() || handle.WasExpired()) return false;
     const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle.Get());
     const int locked = connection_.Profile().lockedNative;
-    return std::ranges::any_of(records, [&](const auto& each) { return each.native == locked; }) && GoesOn();
+    if (!std::ranges::any_of(records, [&](const auto& each) { return each.native == locked; })) return false;
+    return GoesOn() && !handle.IsEnded();
 }
 
 bool LockWait::GoesOn(const AdoError& error) {

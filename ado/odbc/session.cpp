@@ -193,7 +193,16 @@ struct Session::Impl {
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
-        if (kind.changesSession) Physical().MarkChanged();
+        // Also the connection that takes the place of a lost one.
+        struct Mark {
+            const Impl& impl;
+            bool isWanted;
+            void Set() const noexcept {
+                if (isWanted) impl.Physical().MarkChanged();
+            }
+            ~Mark() { Set(); }
+        } const mark{*this, kind.changesSession};
+        mark.Set();
         const auto call = [&](StatementHandle& handle) {
             std::unique_ptr<const ParameterBinding> binding;
             // Drivers take the text as writable; none writes.

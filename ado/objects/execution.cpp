@@ -25,13 +25,11 @@ Executed RunOn(const std::shared_ptr<Session>& session, const Execution& executi
     const bool isFetched = statement.HasRows() && (!execution.noRecords || execution.takeOutputs);
     if (isFetched) {
         executed.rows = RowSet::Fetch(std::move(statement), session, FetchOptions{execution.asynchronousFetch, limit});
-    }
-    if (execution.takeOutputs) execution.takeOutputs(executed.rows.get(), outputs.get());
-    if (execution.noRecords) {
-        executed.rows.reset();
-    } else if (!isFetched) {
+    } else if (!execution.noRecords) {
         executed.statement = std::make_unique<Statement>(std::move(statement));
     }
+    if (execution.takeOutputs) execution.takeOutputs(executed.rows.get(), outputs.get());
+    if (execution.noRecords) executed.rows.reset();
     return executed;
 }
 

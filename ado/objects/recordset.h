@@ -57,14 +57,14 @@ public:
     // --- for the connection ---
 
     /// Runs a command; a recordset that is closed when there are no rows, none when no records are wanted.
-    static Ref<Recordset> FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
+    static Ref<Recordset> FromCommand(const Ref<Connection>& connection, const std::shared_ptr<Session>& session,
                                       const std::u16string& source, Execution execution, LONG& affected);
 
     /// Of a result that a Command gave: what ActiveCommand says.
     void SetCommand(Ref<CommandObject> command);
 
     /// A read-only recordset on rows that are had by running something.
-    static Ref<Recordset> FromRows(Ref<Connection> connection, RunCommand run);
+    static Ref<Recordset> FromRows(const Ref<Connection>& connection, RunCommand run);
 
     // --- for fields and the fast path ---
 

@@ -128,7 +128,7 @@ std::shared_ptr<RowSet> Recordset::RunStatement(const Ref<Connection>& connectio
     return std::move(executed.rows);
 }
 
-Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::shared_ptr<Session>& session,
+Ref<Recordset> Recordset::FromCommand(const Ref<Connection>& connection, const std::shared_ptr<Session>& session,
                                       const std::u16string& source, Execution execution, LONG& affected) {
     if (execution.noRecords) {
         const Executed executed = RunOn(session, execution, 0);
@@ -149,7 +149,7 @@ Ref<Recordset> Recordset::FromCommand(Ref<Connection> connection, const std::sha
     return result;
 }
 
-Ref<Recordset> Recordset::FromRows(Ref<Connection> connection, RunCommand run) {
+Ref<Recordset> Recordset::FromRows(const Ref<Connection>& connection, RunCommand run) {
     auto result = Make<Recordset>();
     result->connection_ = connection;
     result->cursorLocation_ = connection->CursorLocation();

@@ -206,7 +206,7 @@ void RowSet::Impl::WaitForAll() {
     WaitFor(kAllRows);
 }
 
-std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, std::shared_ptr<Session> session,
+std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr<Session>& session,
                                       const FetchOptions& options) {
     Statement::Impl& inside = statement.Internals();
     statement.Columns();

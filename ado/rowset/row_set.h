@@ -39,7 +39,7 @@ struct FetchOptions {
 class RowSet {
 public:
     /// Takes over an executed statement that has a result. Keeps the connection until the last row has arrived.
-    static std::shared_ptr<RowSet> Fetch(Statement statement, std::shared_ptr<Session> session,
+    static std::shared_ptr<RowSet> Fetch(Statement statement, const std::shared_ptr<Session>& session,
                                          const FetchOptions& options);
 
     /// A finished set built row by row: schema rowsets and fabricated recordsets. Append takes what Read gives.

@@ -91,7 +91,7 @@ TEST_F(RecordsetTest, RefusesWrongArgumentsOfOpen) {
         unsigned error;
     } kRows[] = {
         {"a number for the connection", {Text(u"select 1"), Number(0), Number(1), Number(1)}, 3001},
-        {"no connection", {Text(u"select 1")}, 3709},
+        {"no connection", {Text(u"select 1 from nowhere")}, 3709},
         {"a closed connection", {Text(u"select 1"), Object::Create(kConnectionClass).AsValue()}, 3709},
         {"another object as connection", {Text(u"select 1"), Object::Create(kRecordsetClass).AsValue()}, 3001},
         {"no source", {Omitted(), connection_.AsValue()}, 3001},

@@ -164,7 +164,7 @@ bool AddShortReal(TextBuilder& result, const Conversion& conversion, double valu
 }
 
 /// The conversion written anew: nothing of the caller's format reaches the formatter.
-CString Specification(const Conversion& conversion) {
+CString FormatOf(const Conversion& conversion) {
     CString text("%");
     if (conversion.left) text += '-';
     if (conversion.plus) text += '+';
@@ -181,7 +181,7 @@ CString Specification(const Conversion& conversion) {
 template <class Number>
 void AddByFormatter(TextBuilder& result, const Conversion& conversion, Number number) {
     CString text;
-    text.Format(Specification(conversion), number);
+    text.Format(FormatOf(conversion), number);
     result.Add(std::string_view(text, static_cast<std::size_t>(text.GetLength())));
 }
 

@@ -94,6 +94,12 @@ bool Call::Boolean(UINT index) const {
     return (argument.vt == VT_BOOL ? argument.boolVal : Converted(index, VT_BOOL).Get().boolVal) != VARIANT_FALSE;
 }
 
+BYTE Call::Byte(UINT index) const {
+    const LONG number = Long(index);
+    if (number < 0 || number > 255) throw Fault(DISP_E_OVERFLOW, index);
+    return static_cast<BYTE>(number);
+}
+
 std::u16string Call::Text(UINT index) const {
     const VARIANT& argument = Argument(index);
     if (argument.vt == VT_BSTR) return std::u16string(ViewOf(argument.bstrVal));
@@ -130,6 +136,14 @@ IUnknown* Call::Object(UINT index) const {
         default:
             throw Fault(DISP_E_TYPEMISMATCH, index);
     }
+}
+
+void Call::ReturnByte(BYTE number) noexcept {
+    Value value;
+    VARIANT* const place = value.Out();
+    place->vt = VT_UI1;
+    place->bVal = number;
+    Return(std::move(value));
 }
 
 void Call::Store(UINT index, Value value) {

@@ -43,6 +43,7 @@ public:
     /// Converted by the platform's rules. @throws CallFault
     LONG Long(UINT index) const;
     LONG Long(UINT index, LONG fallback) const { return IsOmitted(index) ? fallback : Long(index); }
+    BYTE Byte(UINT index) const;
     bool Boolean(UINT index) const;
     std::u16string Text(UINT index) const;
     std::u16string Text(UINT index, std::u16string_view fallback) const {
@@ -61,6 +62,7 @@ public:
 
     void Return(Value value) noexcept { result_ = std::move(value); }
     void ReturnLong(LONG number) noexcept { result_ = Value(number); }
+    void ReturnByte(BYTE number) noexcept;
     void ReturnBoolean(bool truth) noexcept { result_ = Value::Boolean(truth); }
     void ReturnText(std::u16string_view text) { result_ = Value::Text(text); }
 

@@ -216,35 +216,17 @@ void Field::GetActualSize(Call& call) {
     call.ReturnLong(owner_->ActualSize(OpenColumn()));
 }
 
-namespace {
-
-void ReturnByte(Call& call, BYTE number) {
-    Value value;
-    VARIANT* const place = value.Out();
-    place->vt = VT_UI1;
-    place->bVal = number;
-    call.Return(std::move(value));
-}
-
-BYTE ByteOf(const Call& call) {
-    const LONG number = call.Long(0);
-    if (number < 0 || number > 255) throw call.Fault(DISP_E_OVERFLOW, 0);
-    return static_cast<BYTE>(number);
-}
-
-}  // namespace
-
 void Field::GetPrecision(Call& call) {
-    ReturnByte(call, Description().precision);
+    call.ReturnByte(Description().precision);
 }
 void Field::PutPrecision(Call& call) {
-    Definition().precision = ByteOf(call);
+    Definition().precision = call.Byte(0);
 }
 void Field::GetNumericScale(Call& call) {
-    ReturnByte(call, Description().scale);
+    call.ReturnByte(Description().scale);
 }
 void Field::PutNumericScale(Call& call) {
-    Definition().scale = ByteOf(call);
+    Definition().scale = call.Byte(0);
 }
 void Field::GetAttributes(Call& call) {
     call.ReturnLong(Description().attributes);

@@ -55,20 +55,6 @@ constexpr struct {
     {kTypeLongVarBinary, SQL_LONGVARBINARY},
 };
 
-void ReturnByte(Call& call, BYTE number) {
-    Value value;
-    VARIANT* const place = value.Out();
-    place->vt = VT_UI1;
-    place->bVal = number;
-    call.Return(std::move(value));
-}
-
-BYTE ByteOf(const Call& call) {
-    const LONG number = call.Long(0);
-    if (number < 0 || number > 255) throw call.Fault(DISP_E_OVERFLOW, 0);
-    return static_cast<BYTE>(number);
-}
-
 LONG NotNegative(LONG number) {
     if (number < 0) throw AdoError(ErrorNumber::InvalidArgument, NumberText(number));
     return number;
@@ -213,16 +199,16 @@ void ParameterObject::PutDirection(Call& call) {
 }
 
 void ParameterObject::GetPrecision(Call& call) {
-    ReturnByte(call, declaration_.precision);
+    call.ReturnByte(declaration_.precision);
 }
 void ParameterObject::PutPrecision(Call& call) {
-    declaration_.precision = ByteOf(call);
+    declaration_.precision = call.Byte(0);
 }
 void ParameterObject::GetNumericScale(Call& call) {
-    ReturnByte(call, declaration_.scale);
+    call.ReturnByte(declaration_.scale);
 }
 void ParameterObject::PutNumericScale(Call& call) {
-    declaration_.scale = ByteOf(call);
+    declaration_.scale = call.Byte(0);
 }
 void ParameterObject::GetSize(Call& call) {
     call.ReturnLong(declaration_.size);

@@ -41,7 +41,7 @@ void Recordset::ExpectNoEdit() {
 
 void Recordset::SaveEdit() {
     // Pieces of a long value are read from its beginning again after a move.
-    chunkColumn_ = kNoColumn;
+    LeaveChunks();
     if (edit_.IsOpen()) WriteEdit();
 }
 
@@ -106,7 +106,7 @@ void Recordset::WriteField(std::size_t column, const Value& value) {
     }
     edit_.Set(column, std::move(converted));
     // The value is another: its pieces begin anew.
-    chunkColumn_ = kNoColumn;
+    LeaveChunks();
 }
 
 LONG Recordset::ActualSize(std::size_t column) {

@@ -79,7 +79,7 @@ Recordset::Held Recordset::TakeHeld() noexcept {
     edit_.Discard();
     appended_.clear();
     saved_ = {};
-    chunkColumn_ = kNoColumn;
+    LeaveChunks();
     if (open_) ++generation_;
     return {std::exchange(open_, nullptr), std::exchange(cursor_, nullptr), std::exchange(waiting_, nullptr),
             std::exchange(waitingConnection_, nullptr)};

@@ -1,19 +1,12 @@
 #include "ado/odbc/output_row.h"
 
 #include "ado/odbc/ascii.h"
+#include "ado/odbc/column_attribute.h"
 #include "ado/odbc/procedure_name.h"
 #include "ado/rowset/cell_reader.h"
 
 namespace tk::ado {
 namespace {
-
-std::string BaseTable(const StatementHandle& handle, int number) {
-    char name[512] = {};
-    SQLSMALLINT length = 0;
-    const SQLRETURN result = Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number),
-                                                 SQL_DESC_BASE_TABLE_NAME, name, sizeof name - 1, &length, nullptr);
-    return SQL_SUCCEEDED(result) ? std::string(name) : std::string();
-}
 
 /// The columns of the row are the procedure's own, one for each output.
 bool IsOutputRow(const Statement::Impl& statement) {
@@ -27,7 +20,8 @@ bool IsOutputRow(const Statement::Impl& statement) {
     const std::string called = ReadCalledName(statement.text);
     if (called.empty()) return false;
     for (int number = 1; number <= statement.columnCount; ++number) {
-        if (!EqualsNoCase(BaseTable(*statement.handle, number), called)) return false;
+        if (!EqualsNoCase(TextAttribute(statement.handle->Get(), number, SQL_DESC_BASE_TABLE_NAME), called))
+            return false;
     }
     return true;
 }

@@ -179,7 +179,10 @@ struct Session::Impl {
     /// The session's connection was lost while it lay idle: so may the others have been that lie there.
     void Replace() {
         SessionCache::Instance().Distrust(facts->key);
+        // What runs now, and is about to run on the new one, may be what changes the session.
+        const bool isChanged = Physical().IsChanged();
         lease = OpenLease(facts);
+        if (isChanged) Physical().MarkChanged();
     }
 
     /// Before the first work on a connection from the cache that cannot be tried twice.
@@ -193,16 +196,7 @@ struct Session::Impl {
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
-        // Also the connection that takes the place of a lost one.
-        struct Mark {
-            const Impl& impl;
-            bool isWanted;
-            void Set() const noexcept {
-                if (isWanted) impl.Physical().MarkChanged();
-            }
-            ~Mark() { Set(); }
-        } const mark{*this, kind.changesSession};
-        mark.Set();
+        if (kind.changesSession) Physical().MarkChanged();
         const auto call = [&](StatementHandle& handle) {
             std::unique_ptr<const ParameterBinding> binding;
             // Drivers take the text as writable; none writes.

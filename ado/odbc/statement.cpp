@@ -32,15 +32,13 @@ void Statement::Impl::ReadResultShape() {
     }
 }
 
-bool Statement::Impl::Restart() {
-    if (text.empty()) return false;
+void Statement::Impl::Restart() {
     handle->Close();
     const SQLRETURN result = preparedText.empty()
                                  ? Odbc().ExecDirect(handle->Get(), reinterpret_cast<SQLCHAR*>(text.data()),
                                                      static_cast<SQLINTEGER>(text.size()))
                                  : Odbc().Execute(handle->Get());
     if (!SQL_SUCCEEDED(result)) Fail(result);
-    return true;
 }
 
 void Statement::Impl::Fail(SQLRETURN result) {

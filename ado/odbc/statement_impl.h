@@ -39,8 +39,8 @@ struct Statement::Impl {
     /// Steps to the next result; false when there is none.
     bool NextResult();
 
-    /// Executes the text again, parameters as they were; nothing has been fetched yet. False for catalog calls.
-    bool Restart();
+    /// Executes the text again, parameters as they were; nothing has been fetched yet. Not for catalog calls.
+    void Restart();
 
     /// Before each call that fetches rows: throws when the fetch was cancelled or its time is over.
     void ExpectNotEnded() const {

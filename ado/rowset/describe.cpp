@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "ado/odbc/column_attribute.h"
 #include "ado/rowset/type_map.h"
 
 namespace tk::ado {
@@ -32,13 +33,6 @@ void CutAtCharacter(std::string& utf8) {
     const auto lead = static_cast<unsigned char>(utf8[start - 1]);
     const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
     if (utf8.size() - (start - 1) < length) utf8.resize(start - 1);
-}
-
-SQLLEN NumberAttribute(StatementHandle& handle, int number, SQLUSMALLINT attribute, SQLLEN otherwise) {
-    SQLLEN value = otherwise;
-    const SQLRETURN result =
-        Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number), attribute, nullptr, 0, nullptr, &value);
-    return SQL_SUCCEEDED(result) ? value : otherwise;
 }
 
 LONG DefinedSize(const SqlTypeRule& rule, SQLULEN described) {
@@ -100,7 +94,7 @@ Column MakeColumn(StatementHandle& handle, int number) {
     column.name = text::Utf8ToUtf16(isCut ? LongName(handle, number) : name);
     column.sqlType = sqlType;
     column.isUnsigned = handle.Profile().hasUnsigned && IsIntegerType(sqlType) &&
-                        NumberAttribute(handle, number, SQL_DESC_UNSIGNED, 0) != 0;
+                        NumberAttribute(handle.Get(), number, SQL_DESC_UNSIGNED, 0) != 0;
     const SqlTypeRule& rule = FindSqlType(sqlType, column.isUnsigned);
     column.type = rule.fieldType;
     column.dbType = rule.dbType;

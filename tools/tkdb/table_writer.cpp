@@ -64,9 +64,7 @@ private:
         for (std::size_t i = 0; i < cells.size(); ++i) {
             line += (i == 0 ? "" : "  ") + Padded(OneLine(cells[i].utf8), widths_[i], right_[i]);
         }
-        while (!line.empty() && line.back() == ' ')
-            line.pop_back();
-        out_.Write(line + "\n");
+        out_.Write(WithoutTrailingBlanks(line) + "\n");
     }
 
     Output out_;

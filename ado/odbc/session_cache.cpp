@@ -6,8 +6,6 @@
 #include <thread>
 #include <vector>
 
-#include "ado/odbc/fork.h"
-
 namespace tk::ado {
 namespace {
 
@@ -35,19 +33,7 @@ struct SessionCache::Impl {
     std::chrono::milliseconds limit = std::chrono::seconds(60);
     bool stop = false;
     bool isAsleep = false;  // the janitor waits without a limit
-    unsigned owner = ForkGeneration();
     std::thread janitor;
-
-    /// In a child process: the parent's connections and thread are left alone, not closed - closing would tell the
-    /// server that the parent is done with them.
-    void ForgetParent() {
-        if (owner == ForkGeneration()) return;
-        for (Idle& each : idle)
-            static_cast<void>(each.connection.release());
-        idle.clear();
-        if (janitor.joinable()) janitor.detach();
-        owner = ForkGeneration();
-    }
 
     /// Closes what has been idle too long; ends when nothing is left to watch.
     void RunJanitor() {
@@ -75,8 +61,9 @@ struct SessionCache::Impl {
 
 SessionCache::SessionCache() : impl_(std::make_unique<Impl>()) {}
 
+SessionCache::~SessionCache() = default;
+
 void SessionCache::ShutDown() noexcept {
-    impl_->ForgetParent();
     {
         const std::lock_guard lock(impl_->mutex);
         impl_->stop = true;
@@ -88,11 +75,14 @@ void SessionCache::ShutDown() noexcept {
 
 SessionCache& SessionCache::Instance() {
     // Never destroyed: sessions of static objects may end after it. At exit it is emptied and keeps nothing any more.
-    static SessionCache& instance = *new SessionCache;
+    // A child leaves the parent's connections open: closing would tell the server that the parent is done with them.
+    static constinit PerProcess<SessionCache> instance;
     static const struct AtExit {
-        ~AtExit() { instance.ShutDown(); }
+        ~AtExit() {
+            if (SessionCache* const own = instance.Existing()) own->ShutDown();
+        }
     } atExit;
-    return instance;
+    return instance.Get();
 }
 
 std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
@@ -101,7 +91,6 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
         Clock::duration idleTime{};
         {
             const std::lock_guard lock(impl_->mutex);
-            impl_->ForgetParent();
             // The most recently used one: the most likely to be alive.
             const auto last = std::find_if(impl_->idle.rbegin(), impl_->idle.rend(),
                                            [&](const Impl::Idle& each) { return each.key == key; });
@@ -120,7 +109,6 @@ void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnec
     if (!connection->Reset()) return;
     std::unique_ptr<PhysicalConnection> surplus;
     const std::lock_guard lock(impl_->mutex);
-    impl_->ForgetParent();
     if (impl_->stop || impl_->limit.count() == 0) return;
     impl_->idle.reserve(impl_->idle.size() + 1);
     if (impl_->idle.size() >= kMostIdle) {
@@ -136,7 +124,6 @@ void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnec
 
 void SessionCache::Distrust(const std::string& key) noexcept {
     const std::lock_guard lock(impl_->mutex);
-    impl_->ForgetParent();
     for (Impl::Idle& each : impl_->idle)
         each.isDoubted = each.isDoubted || each.key == key;
 }
@@ -144,7 +131,6 @@ void SessionCache::Distrust(const std::string& key) noexcept {
 void SessionCache::Clear() noexcept {
     std::vector<Impl::Idle> closing;
     const std::lock_guard lock(impl_->mutex);
-    impl_->ForgetParent();
     closing.swap(impl_->idle);
 }
 

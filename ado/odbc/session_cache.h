@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 
+#include "ado/odbc/fork.h"
 #include "ado/odbc/physical_connection.h"
 
 namespace tk::ado {
@@ -59,8 +60,9 @@ public:
     void SetIdleLimit(long long milliseconds);
 
 private:
+    friend class PerProcess<SessionCache>;
     SessionCache();
-    ~SessionCache() = delete;
+    ~SessionCache();
     void ShutDown() noexcept;
     struct Impl;
     std::unique_ptr<Impl> impl_;

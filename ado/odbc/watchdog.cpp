@@ -37,6 +37,7 @@ constexpr std::int64_t kFired = 2;
 
 /// The place of one target; slots are never freed, only handed on.
 struct WatchSlot {
+    const unsigned owner = ForkGeneration();  // a child process does not use its parent's
     std::atomic<std::int64_t> deadline{kIdle};
     Expiring* target = nullptr;  // written under the lock, while idle
 };
@@ -45,18 +46,16 @@ class Watchdog {
 public:
     static Watchdog& Instance() {
         // Never destroyed: calls may run while static objects end. At exit its thread ends.
-        static Watchdog& instance = *new Watchdog;
+        static constinit PerProcess<Watchdog> instance;
         static const struct AtExit {
-            ~AtExit() { instance.ShutDown(); }
+            ~AtExit() {
+                if (Watchdog* const own = instance.Existing()) own->ShutDown();
+            }
         } atExit;
-        return instance;
+        return instance.Get();
     }
 
     void ShutDown() {
-        if (owner_ != ForkGeneration()) {  // a child process has the object but not the thread
-            ForgetThread();
-            return;
-        }
         {
             const std::lock_guard lock(mutex_);
             stop_ = true;
@@ -66,13 +65,11 @@ public:
     }
 
     WatchSlot* Enter(std::int64_t deadline, Expiring& target) {
-        if (target.slot_ == nullptr) target.slot_ = TakeSlot(target);
+        if (target.slot_ == nullptr || target.slot_->owner != ForkGeneration()) target.slot_ = TakeSlot(target);
         WatchSlot* const slot = target.slot_;
         // Before the look at isAsleep_, as the thread sets that before its last look at the slots: one sees the other.
         slot->deadline.store(deadline, std::memory_order_seq_cst);
-        if (isAsleep_.load(std::memory_order_seq_cst) || owner_.load(std::memory_order_relaxed) != ForkGeneration()) {
-            Wake();
-        }
+        if (isAsleep_.load(std::memory_order_seq_cst)) Wake();
         return slot;
     }
 
@@ -88,6 +85,7 @@ public:
     }
 
     void GiveBack(WatchSlot* slot) noexcept {
+        if (slot->owner != ForkGeneration()) return;
         const std::lock_guard lock(mutex_);
         free_.push_back(slot);  // has room for every slot there is
     }
@@ -109,18 +107,10 @@ private:
     void Wake() {
         {
             const std::lock_guard lock(mutex_);
-            if (owner_ != ForkGeneration()) {
-                ForgetThread();
-                owner_ = ForkGeneration();
-            }
             if (!thread_.joinable() && !stop_) thread_ = std::thread([this] { Run(); });
             isAsleep_ = false;
         }
         wake_.notify_one();
-    }
-
-    void ForgetThread() {
-        if (thread_.joinable()) thread_.detach();
     }
 
     bool IsAnyWatched() const noexcept {
@@ -163,7 +153,6 @@ private:
     std::vector<WatchSlot*> free_;
     std::atomic<bool> isAsleep_ = true;  // or not begun
     bool stop_ = false;
-    std::atomic<unsigned> owner_ = ForkGeneration();
     std::thread thread_;
 };
 

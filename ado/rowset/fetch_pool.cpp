@@ -9,8 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include "ado/odbc/fork.h"
-
 namespace tk::ado {
 namespace {
 
@@ -29,16 +27,6 @@ struct FetchPool::Impl {
     std::size_t threads = 0;
     std::size_t idle = 0;
     bool stop = false;
-    unsigned owner = ForkGeneration();
-
-    /// A child process has none of the threads.
-    void ForgetParent() {
-        if (owner == ForkGeneration()) return;
-        owner = ForkGeneration();
-        threads = idle = 0;
-        waiting.clear();
-        running.clear();
-    }
 
     void Work() {
         std::unique_lock lock(mutex);
@@ -67,19 +55,22 @@ struct FetchPool::Impl {
 
 FetchPool::FetchPool() : impl_(std::make_unique<Impl>()) {}
 
+FetchPool::~FetchPool() = default;
+
 FetchPool& FetchPool::Instance() {
     // Never destroyed: threads that outlast the patience at exit still use it.
-    static FetchPool& instance = *new FetchPool;
+    static constinit PerProcess<FetchPool> instance;
     static const struct AtExit {
-        ~AtExit() { instance.ShutDown(); }
+        ~AtExit() {
+            if (FetchPool* const own = instance.Existing()) own->ShutDown();
+        }
     } atExit;
-    return instance;
+    return instance.Get();
 }
 
 void FetchPool::Submit(std::shared_ptr<FetchJob> job) {
     job->isWaiting_.store(true, std::memory_order_release);
     const std::lock_guard lock(impl_->mutex);
-    impl_->ForgetParent();
     if (impl_->stop) return;
     impl_->waiting.push_back(std::move(job));
     if (impl_->idle >= impl_->waiting.size()) {
@@ -97,7 +88,6 @@ void FetchPool::Submit(std::shared_ptr<FetchJob> job) {
 
 void FetchPool::ShutDown() noexcept {
     std::unique_lock lock(impl_->mutex);
-    impl_->ForgetParent();
     impl_->stop = true;
     const auto running = impl_->running;
     lock.unlock();

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <memory>
 
+#include "ado/odbc/fork.h"
+
 namespace tk::ado {
 
 class FetchJob {
@@ -36,8 +38,9 @@ public:
     void Submit(std::shared_ptr<FetchJob> job);
 
 private:
+    friend class PerProcess<FetchPool>;
     FetchPool();
-    ~FetchPool() = delete;
+    ~FetchPool();
     void ShutDown() noexcept;
     struct Impl;
     std::unique_ptr<Impl> impl_;

@@ -10,4 +10,9 @@ const char kNumberName[] = "数字";
 const char kDateName[] = "时间";
 const char kTextName[] = "字符串";
 
+// Contract: three wordings of one failure: with and without the R, and with full-width parentheses.
+const char kUnknownRdbms[] = "无法识别的数据库管理系统(RDBMS SYSTEM ERROR)!";
+const char kUnknownDbms[] = "无法识别的数据库管理系统(DBMS SYSTEM ERROR)!";
+const char kUnknownRdbmsWide[] = "无法识别的数据库管理系统（RDBMS SYSTEM ERROR）!";
+
 }  // namespace tk::catalog

@@ -7,4 +7,9 @@ extern const char kNumberName[];
 extern const char kDateName[];
 extern const char kTextName[];
 
+// The tag stands for no known system. Which member uses which is part of the interface.
+extern const char kUnknownRdbms[];
+extern const char kUnknownDbms[];
+extern const char kUnknownRdbmsWide[];
+
 }  // namespace tk::catalog

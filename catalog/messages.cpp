@@ -15,4 +15,8 @@ const char kUnknownRdbms[] = "无法识别的数据库管理系统(RDBMS SYSTEM 
 const char kUnknownDbms[] = "无法识别的数据库管理系统(DBMS SYSTEM ERROR)!";
 const char kUnknownRdbmsWide[] = "无法识别的数据库管理系统（RDBMS SYSTEM ERROR）!";
 
+const char kGetFieldInfoFailed[] = "GetFieldInfo!";
+const char kGetFieldsStructFailed[] = "GetFieldsStruct!";
+const char kListObjectsFailed[] = "筛选数据对象出错";
+
 }  // namespace tk::catalog

@@ -12,4 +12,9 @@ extern const char kUnknownRdbms[];
 extern const char kUnknownDbms[];
 extern const char kUnknownRdbmsWide[];
 
+// Contexts of failures.
+extern const char kGetFieldInfoFailed[];
+extern const char kGetFieldsStructFailed[];
+extern const char kListObjectsFailed[];  // the lists of the schema queries
+
 }  // namespace tk::catalog

@@ -28,6 +28,7 @@
 #include <afxcoll.h>
 #include <afxdisp.h>
 
+#include "tkkernel/catalog.h"
 #include "tkkernel/export.h"
 
 struct IRowAccess;
@@ -306,7 +307,75 @@ public:
     CString GetDbmsName();        ///< Property "DBMS Name"
     CString GetDBMS();            ///< The first three characters of "DBMS Name": the database system's tag.
 
+    // ---- schema rowsets ---------------------------------------------------------------------------------------
+    // One OpenSchema each, with the names as its restrictions: a null one does not restrict, an empty one does.
+    // The caller releases the recordset. Null with the reason in GetLastErrorString(), or, with that text as it was,
+    // when the connection is not open.
+
+    /// Tables and views. @param szType  "TABLE", "VIEW", "SYSTEM TABLE" ...
+    IDispatch* GetObjectSet(const char* szType, const char* szSchema);
+    IDispatch* GetPrimaryKeySet(const char* szTable, const char* szSchema);  ///< The columns of a table's primary key.
+    IDispatch* GetForeignKeySet(const char* szTable);  ///< The columns of the foreign keys that a table has.
+    IDispatch* GetProcedureSet(const char* szSchema);  ///< Procedures.
+    IDispatch* GetFieldSet(const char* szTable, const char* szSchema);  ///< The columns of a table or view.
+    IDispatch* GetIndexSet(const char* szTable, const char* szIndex, const char* szSchema);  ///< Columns of indexes.
+    IDispatch* GetTypeSet();    ///< The types of the database system.
+    IDispatch* GetDbNameSet();  ///< Catalogs.
+    IDispatch* GetSchemaSet();  ///< Schemata.
+
+    // ---- lists of what the database holds ---------------------------------------------------------------------
+    // In the order of the rowset. Lists are appended to the array, which is not emptied first unless a member says so.
+    // @return 1; 0 with the reason in GetLastErrorString(), or, with that text as it was, when the connection is not
+    // open
+
+    /// Names of all objects of a type. On Oracle (every type is asked of OBJ there) an empty list is a failure.
+    /// @note Without a rowset the reason is the system's last error text, on a closed connection too.
+    int GetAllObjects(CStringArray& ar, const char* szType);
+    int GetAllTables(CStringArray& ar);  ///< GetAllObjects of "TABLE".
+    int GetAllViews(CStringArray& ar);   ///< GetAllObjects of "VIEW".
+
+    CString GetPrimaryKey(const char* szTable);      ///< The key's columns with commas between them; "" without a key.
+    CString GetPrimaryKeyName(const char* szTable);  ///< The name of the key's constraint; "" when it has none.
+
+    /// As GetPrimaryKey, asked of DB2's own tables. The names are inserted into the query as they are.
+    CString GetDB2PrimaryKey(const char* szTable, const char* szCreator);
+    int GetForeignKeyNames(const char* szTable,
+                           CStringArray& ar);  ///< Each name once, also with what is there already.
+    int GetAllProcedures(CStringArray& ar);    ///< Procedures of the current schema, without the number of "P;1".
+
+    int GetAllFields(const char* szTable, CStringArray& ar);  ///< @return the number of columns appended
+    int GetTypeNames(CStringArray& ar);                       ///< Names of the database system's types.
+    int GetAllDatabases(CStringArray& ar);                    ///< Names of catalogs; replaces the array.
+    int GetSchemas(CStringArray& ar);     ///< Names of schemata, each once, also with what is there already.
+    int GetAllSchemas(CStringArray& ar);  ///< The same, and the user's name behind it, whether it is there or not.
+
+    /// @return 1 when a table or a view of that name has a column, else 0
+    int IsTableExist(const char* szName);
+    int IsViewExist(const char* szName);  ///< As IsTableExist, tables included.
+
+    /// @param szName  "name" in the current schema, or "schema.name", whole, in that schema
+    int IsProcedureExist(const char* szName);  ///< @return 1 when there is one, else 0
+
+    /// @param szField  not consulted
+    /// @return 1 when the first column of the table takes no nulls, else 0
+    int IsFieldNull(const char* szTable, const char* szField);
+
+    // ---- table scripts ----------------------------------------------------------------------------------------
+
+    /// The CREATE TABLE script in the dialect of the database system: columns, defaults, primary key; all in capitals.
+    /// @return "" with the reason in GetLastErrorString()
+    /// @note Without a tag of a known system, types and defaults are empty.
+    CString GetTableStruct(const char* szTable);
+
+    /// Replaces the array by the columns of a table.
+    /// @return 1, or 0 with the reason in GetLastErrorString()
+    /// @note A column is marked as key when its name occurs anywhere in the text of GetPrimaryKey, ignoring case.
+    int GetTableStruct(const char* szTable, CTArray<_tagFIELDINFO, _tagFIELDINFO&>& arFields);
+
 protected:
+    /// @param szType  "TABLE" or "VIEW", ignoring case; every other type is 0 without a question to the database
+    int IsObjectExist(const char* szName, const char* szType);
+
     /// Creates the Connection object and gives it its defaults, once.
     /// @return 1, or 0 with the reason in GetLastErrorString(); a default that is refused is an exception
     int OnInitDispatch();
@@ -327,6 +396,13 @@ private:
     void ReportNoRows();
     IDispatch* SchemaRowset(const char* context, const BYTE* parms, long nSchema, const VARIANT* restrictions,
                             const VARIANT* schemaId);
+
+    int ShowRowset(CTRecordset& records, IDispatch* rowset);
+    int ShowColumns(CTRecordset& columns, const char* szTable);
+    int ListColumn(IDispatch* rowset, const char* szColumn, CStringArray& ar);
+    int ListDistinct(IDispatch* rowset, const char* szColumn, CStringArray& ar);
+    int ListOracleObjects(CStringArray& ar, const char* szType);
+    int HasRows(IDispatch* rowset);
 };
 
 /// Records of a table, query or procedure: an ADO Recordset that opens against a remembered connection string.
@@ -557,6 +633,31 @@ public:
     ///         deleted when the filter is refused
     int Delete(const char* szCriteria);
 
+    // ---- column types and field descriptions ------------------------------------------------------------------
+    // In the dialect that GetDBMS() names. A tag that names none gives "", and the last-error text says so.
+
+    /// The type of a column as CREATE TABLE spells it, "VARCHAR (20)".
+    /// @param nType            an ADO data type code
+    /// @param nLong, nFixed    the column's flags (COLUMN_FLAGS) and 0x80 and 0x10
+    /// @return "UNKNOWN" for a code that the database system has no type for
+    CString GetFieldTypeStr(long nType, int nSize, int nPrecision, int nScale, int nLong, int nFixed);
+
+    /// The DEFAULT clause of a column, a tab in front of it. @return "" for a column without a default
+    CString FieldDefaultValue(int bHasDefault, const char* szDefault);
+
+    // The rest needs a recordset that shows the columns of a table (CTDatabase::GetFieldSet, OpenField).
+
+    /// Describes the column of the current row. Texts beyond 63 bytes are cut behind a whole character; the key mark
+    /// stays as it is.
+    /// @return 1; 0 behind the last row, or with the reason in GetLastErrorString()
+    int GetFieldInfoCurrent(_tagFIELDINFO* pInfo);
+    int GetFieldInfo(long nIndex, _tagFIELDINFO* pInfo);         ///< Goes to the row of that number, from 0.
+    int GetFieldInfo(const char* szName, _tagFIELDINFO* pInfo);  ///< Goes to the row of that column, in its own case.
+
+    /// The columns as lines of a CREATE TABLE script, each in front of a comma but the last.
+    /// @return "" without rows, or with the reason in GetLastErrorString()
+    CString GetFieldsStruct();
+
 protected:
     int OnInitDispatch();  ///< Creates the Recordset object, once. @return 1, or 0 with the reason
     int IsOpen();          ///< 1 while open; 0 otherwise, also when the state cannot be read.
@@ -570,6 +671,12 @@ protected:
     int SetRecordset(const VARIANT& source);  ///< The same with the source alone.
     /// The same, sent by position: the numbers arrive as ActiveConnection, CursorType and LockType.
     int SetRecordset(const VARIANT& source, long nCursorType, long nLockType, long nOptions);
+
+    // GetFieldTypeStr in one dialect, whatever the tag.
+    CString GetSQLFieldType(long nType, int nSize, int nPrecision, int nScale, int nLong, int nFixed);
+    CString GetDB2FieldType(long nType, int nSize, int nPrecision, int nScale, int nLong, int nFixed);
+    CString GetORACLEFieldType(long nType, int nSize, int nPrecision, int nScale, int nLong, int nFixed);
+    CString GetSYBASEFieldType(long nType, int nSize, int nPrecision, int nScale, int nLong, int nFixed);
 
 private:
     int BindThrough(CTDatabase& opened, int isOpen);

@@ -43,6 +43,23 @@ std::string ObjectText(IUnknown* object) {
     return name.empty() ? "" : " " + name;
 }
 
+/// The elements of a one-dimensional array of values.
+std::string ElementsText(SAFEARRAY* array) {
+    LONG first = 0;
+    LONG last = -1;
+    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetLBound(array, 1, &first)) ||
+        FAILED(SafeArrayGetUBound(array, 1, &last))) {
+        return "";
+    }
+    std::string text = first == 0 ? " {" : " from " + std::to_string(first) + " {";
+    for (LONG i = first; i <= last; ++i) {
+        COleVariant element;
+        if (FAILED(SafeArrayGetElement(array, &i, &element))) return "";
+        text += (i == first ? "" : ", ") + Describe(element);
+    }
+    return text + "}";
+}
+
 std::string ValueText(const VARIANT& value) {
     switch (V_VT(&value)) {
         case VT_I2:
@@ -66,6 +83,8 @@ std::string ValueText(const VARIANT& value) {
         case VT_BSTR:
             if (V_BSTR(&value) == nullptr) return " null";
             return " \"" + std::string(CString(V_BSTR(&value))) + "\"";
+        case VT_ARRAY | VT_VARIANT:
+            return ElementsText(V_ARRAY(&value));
         case VT_BYREF | VT_VARIANT:
             return " " + Describe(*V_VARIANTREF(&value));
         default:

@@ -36,7 +36,8 @@ COleVariant Integer(VARTYPE type, long long value);
 COleVariant Object(IDispatch* object);
 COleVariant Unknown(IUnknown* object);
 
-/// The type, then the value: "I4 3", "BSTR \"x\"", "BSTR null", "BOOL true", "EMPTY", "VARIANT& EMPTY".
+/// The type, then the value: "I4 3", "BSTR \"x\"", "BSTR null", "BOOL true", "EMPTY", "VARIANT& EMPTY",
+/// "VARIANT[] {EMPTY, I4 3}".
 /// Objects show as "DISPATCH", or "DISPATCH null"; a scripted one adds its name.
 std::string Describe(const VARIANT& value);
 

@@ -372,6 +372,15 @@ public:
     /// @note A column is marked as key when its name occurs anywhere in the text of GetPrimaryKey, ignoring case.
     int GetTableStruct(const char* szTable, CTArray<_tagFIELDINFO, _tagFIELDINFO&>& arFields);
 
+    // ---- table scripts in another dialect ---------------------------------------------------------------------
+
+    /// A table script of this connection's system as one of another system: in capitals, with the type names and
+    /// default clauses of the target. A plain text replacement, rule after rule, that spares neither names nor values.
+    /// @param szTarget  a tag: "Mic", "MS ", "ADA", "DB2" or "ORA", whatever its case
+    /// @return the script in capitals and otherwise as it was, with the reason in GetLastErrorString(), for another
+    ///         target; "" with the reason when this connection's own tag is not one of these
+    CString VeriFySQLPragramer(const char* szScript, const char* szTarget);
+
 protected:
     /// @param szType  "TABLE" or "VIEW", ignoring case; every other type is 0 without a question to the database
     int IsObjectExist(const char* szName, const char* szType);
@@ -390,6 +399,12 @@ protected:
 
     /// Calls member 5 with one number; lets the exception pass. @return the caller's
     IDispatch* OnExecute(long nValue);
+
+    // What VeriFySQLPragramer does for each source system, whatever this connection's tag is.
+    CString VeriFySQLServerPragramer(const char* szScript, const char* szTarget);
+    CString VeriFySybasePragramer(const char* szScript, const char* szTarget);
+    CString VeriFyDB2Pragramer(const char* szScript, const char* szTarget);
+    CString VeriFyOraclePragramer(const char* szScript, const char* szTarget);
 
 private:
     COleVariant RunStatement(const char* szSQL);

@@ -1,6 +1,9 @@
 #include <afx.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "afx/gbk.h"
 
 namespace {
@@ -53,6 +56,76 @@ TEST(StringFind, FindsTextsAtCharactersOnly) {
     EXPECT_EQ(CString("a").Find('\0'), -1);
     EXPECT_EQ(CString().Find('a'), -1);
     EXPECT_EQ(CString().ReverseFind('a'), -1);
+}
+
+/// Looks at one character after the other, and knows no other way.
+int FindByStepping(const std::string& text, const std::string& wanted) {
+    const auto isLead = [](char ch) { return static_cast<unsigned char>(ch) >= 0x81 && ch != '\xFF'; };
+    const auto isTrail = [](char ch) { return static_cast<unsigned char>(ch) >= 0x40 && ch != '\x7F' && ch != '\xFF'; };
+    const auto lengthAt = [&](const std::string& in, std::size_t at) {
+        return isLead(in[at]) && at + 1 < in.size() && isTrail(in[at + 1]) ? 2U : 1U;
+    };
+    for (std::size_t at = 0; at + wanted.size() <= text.size(); at += lengthAt(text, at)) {
+        if (text.compare(at, wanted.size(), wanted) == 0 && lengthAt(text, at) == lengthAt(wanted, 0)) {
+            return static_cast<int>(at);
+        }
+    }
+    return -1;
+}
+
+/// Every text of up to that many of these bytes.
+std::vector<std::string> TextsOf(const std::string& bytes, std::size_t longest) {
+    std::vector<std::string> texts = {""};
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (texts[i].size() == longest) break;
+        for (const char byte : bytes)
+            texts.push_back(texts[i] + byte);
+    }
+    return texts;
+}
+
+TEST(StringFind, FindsWhatSteppingFindsInEveryShortText) {
+    const std::string bytes = "A\x81(\x7F\xFF";  // a letter, a lead byte, and what is no second byte
+    const auto wantedTexts = TextsOf(bytes, 3);
+    for (const auto& text : TextsOf(bytes, 6)) {
+        for (const auto& wanted : wantedTexts) {
+            if (wanted.empty()) continue;
+            ASSERT_EQ(CString(text.c_str()).Find(wanted.c_str()), FindByStepping(text, wanted))
+                << testing::PrintToString(text) << " has " << testing::PrintToString(wanted);
+        }
+    }
+}
+
+TEST(StringFind, FindsLongTextsLikeShortOnes) {
+    const std::string filling(300, '(');
+    const auto heads = TextsOf("A\x81", 5);
+    for (const auto& head : heads) {
+        for (const std::string& wanted : {"A" + filling,
+                                          "A\x81"
+                                          "A" +
+                                              filling,
+                                          filling + "A",
+                                          "(" + filling +
+                                              "\x81"
+                                              "A"}) {
+            for (const auto& tail : {std::string("A"), filling, wanted}) {
+                const std::string text = head + filling + tail;
+                ASSERT_EQ(CString(text.c_str()).Find(wanted.c_str()), FindByStepping(text, wanted))
+                    << testing::PrintToString(head) << ", " << testing::PrintToString(wanted);
+            }
+        }
+    }
+}
+
+TEST(StringFind, FindsALongTextAmongItsOwnBeginnings) {
+    CString beginnings;
+    for (int i = 0; i < 100000; ++i)
+        beginnings += "A(";
+    const CString wanted = beginnings + ")";
+    EXPECT_EQ((beginnings + beginnings + wanted).Find(wanted), 400000);
+    EXPECT_EQ((beginnings + beginnings + "A(").Find(wanted), -1);
+    EXPECT_EQ((beginnings + "\x81" + wanted + wanted).Find(wanted), 400002)
+        << "the first one begins inside a character";
 }
 
 TEST(StringFind, LooksBehindEmbeddedZeros) {

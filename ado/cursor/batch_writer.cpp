@@ -53,12 +53,11 @@ BatchWriter::Scope BatchWriter::ScopeOf(const AdoError& error) const {
     return session_->IsDead() ? Scope::Transaction : Scope::Row;
 }
 
-RowWriter::Values BatchWriter::SendOne(RowWriter& writer, std::size_t row) const {
+void BatchWriter::SendOne(RowWriter& writer, std::size_t row, Outcome& outcome) const {
+    outcome.known.clear();
+    outcome.isReread = false;
     const LONG status = rows_.Status(row);
-    if ((status & kStatusDeleted) != 0) {
-        writer.Delete(row);
-        return {};
-    }
+    if ((status & kStatusDeleted) != 0) return writer.Delete(row);
     const bool isNew = (status & kStatusNew) != 0;
     RowWriter::Values values(rows_.Columns().size());
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -68,9 +67,13 @@ RowWriter::Values BatchWriter::SendOne(RowWriter& writer, std::size_t row) const
         values[i].emplace();
         rows_.Read(row, i, *values[i]->Out());
     }
-    if (isNew) return writer.Insert(values);
-    writer.Update(row, values);
-    return {};
+    if (isNew) {
+        outcome.known = writer.Insert(values);
+        outcome.isReread = writer.IsRereadAfterInsert(values);
+    } else {
+        writer.Update(row, values);
+        outcome.isReread = writer.IsRereadAfterUpdate(values);
+    }
 }
 
 void BatchWriter::Undo() {
@@ -81,13 +84,13 @@ void BatchWriter::Undo() {
 }
 
 BatchWriter::Attempt BatchWriter::TryAll(std::span<const std::size_t> rows) {
-    RowTransaction transaction(*session_, rules_.isolation);
+    RowTransaction transaction(*session_, rules_.isolation, rules_.timeoutSeconds);
     RowWriter writer(session_, rows_, rules_, rows.size() > 1);
     for (std::size_t i = 0; i < rows.size(); ++i) {
         Outcome& outcome = outcomes_[i];
         if (outcome.failure != 0) continue;  // in an earlier attempt
         try {
-            outcome.known = SendOne(writer, rows[i]);
+            SendOne(writer, rows[i], outcome);
             outcome.sent = true;
             continue;
         } catch (const AdoError& error) {
@@ -141,9 +144,8 @@ void BatchWriter::ReadAgain(std::span<const std::size_t> rows) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const Outcome& outcome = outcomes_[i];
         if (rows_.IsDeleted(rows[i]) && outcome.sent) continue;
-        const bool isNew = !outcome.known.empty();
-        const bool isWanted = outcome.sent ? (isNew ? writer.IsRereadAfterInsert() : writer.IsRereadAfterUpdate())
-                                           : outcome.failure == kStatusConflict && writer.IsRereadAfterConflict();
+        const bool isWanted =
+            outcome.sent ? outcome.isReread : outcome.failure == kStatusConflict && writer.IsRereadAfterConflict();
         if (isWanted) writer.Reread(rows[i], !outcome.sent);
     }
 }

@@ -30,13 +30,14 @@ private:
         bool sent = false;
         LONG failure = 0;         // Status bits
         RowWriter::Values known;  // of a row that was inserted
+        bool isReread = false;    // once it has been sent
         std::vector<ErrorRecord> why;
     };
     enum class Scope { Row, Rest, Transaction };
     enum class Attempt { Done, Again };
 
     Attempt TryAll(std::span<const std::size_t> rows);
-    RowWriter::Values SendOne(RowWriter& writer, std::size_t row) const;
+    void SendOne(RowWriter& writer, std::size_t row, Outcome& outcome) const;
     Scope ScopeOf(const AdoError& error) const;
     void Undo();
     void TakeOver(std::span<const std::size_t> rows);

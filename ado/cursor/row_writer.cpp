@@ -6,6 +6,8 @@
 #include "ado/cursor/messages.h"
 #include "ado/cursor/row_transaction.h"
 #include "ado/cursor/text.h"
+#include "ado/rowset/date_value.h"
+#include "ado/rowset/number_value.h"
 
 namespace tk::ado {
 namespace {
@@ -16,9 +18,25 @@ constexpr unsigned short kInfoCatalogUsage = 92;
 constexpr unsigned short kInfoCatalogSeparator = 41;
 constexpr unsigned kUsedInStatements = 1;
 
+RowTransaction::Inside InsideFor(std::size_t statements) noexcept {
+    return statements > 1 ? RowTransaction::Inside::IsUndone : RowTransaction::Inside::Joins;
+}
+
 /// REAL, FLOAT and DOUBLE: what comes back need not be what is stored.
 bool IsInexact(const Column& column) noexcept {
     return column.kind == CellKind::Real32 || column.kind == CellKind::Real64;
+}
+
+/// More digits than the column keeps: what is stored is another value, and only reading it tells which.
+bool HasMoreDigits(const Value& value, const Column& column) {
+    if (column.scale == 255) return false;
+    if (column.kind == CellKind::Timestamp && value.Type() == VT_DATE) {
+        return column.scale < 3 && FromAutomationDate(value.Get().date, -1).nanosecond != 0;
+    }
+    if (column.kind != CellKind::Decimal || value.Type() != VT_DECIMAL) return false;
+    const std::string text = FormatDecimal(value.Get().decVal);
+    const std::size_t point = text.find('.');
+    return point != std::string::npos && text.find_last_not_of('0') > point + column.scale;
 }
 
 }  // namespace
@@ -50,7 +68,7 @@ LONG FailureStatus(const AdoError& error) noexcept {
 
 RowWriter::RowWriter(std::shared_ptr<Session> session, RowStore& rows, const WriteRules& rules, bool manyRows)
     : session_(std::move(session)), rows_(rows), rules_(rules), manyRows_(manyRows) {
-    rows_.Fetched().DescribeOrigins();
+    rows_.Fetched().DescribeOrigins(rules_.timeoutSeconds);
 }
 
 std::string RowWriter::Quoted(std::string_view name) const {
@@ -65,6 +83,7 @@ std::string RowWriter::Quoted(std::string_view name) const {
 }
 
 std::string RowWriter::NameOf(const Table& table) const {
+    if (!table.qualifier.empty()) return Quoted(table.qualifier) + "." + Quoted(table.name);
     std::string name;
     if (!table.catalog.empty() && (session_->InfoNumber(kInfoCatalogUsage) & kUsedInStatements) != 0) {
         const std::string separator = session_->InfoText(kInfoCatalogSeparator);
@@ -98,7 +117,7 @@ std::vector<RowWriter::Table> RowWriter::TablesOf(const Values& changed) const {
             throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
         }
         const bool isNew = std::ranges::none_of(tables, [&](const Table& table) { return Belongs(column, table); });
-        if (isNew) tables.push_back({column.baseCatalog, column.baseSchema, column.baseTable});
+        if (isNew) tables.emplace_back(column);
     }
     return tables;
 }
@@ -111,7 +130,7 @@ RowWriter::Table RowWriter::OnlyTable() const {
                             column.baseCatalog == chosen->catalog;
         // Which of several tables is meant is not to be guessed.
         if (chosen && !isSame) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
-        chosen = Table{column.baseCatalog, column.baseSchema, column.baseTable};
+        chosen.emplace(column);
     }
     if (!chosen) throw ProviderFailure(E_FAIL, kTextNoBaseTable, kCursorSource);
     return *chosen;
@@ -135,7 +154,7 @@ const std::vector<std::size_t>& RowWriter::RowVersions() const {
     for (const Column& of : columns) {
         if (of.baseTable.empty() || std::ranges::any_of(asked, [&](const Table& table) { return Belongs(of, table); }))
             continue;
-        const Table& table = asked.emplace_back(Table{of.baseCatalog, of.baseSchema, of.baseTable});
+        const Table& table = asked.emplace_back(of);
         CatalogCall call;
         call.function = CatalogCall::Function::RowVersions;
         call.catalog = table.catalog;
@@ -184,11 +203,14 @@ void RowWriter::AddConditions(Text& text, const Table& table, std::size_t row, c
         const bool isKey = std::ranges::find(key, i) != key.end();
         if (!isKey && !IsCompared(i, criteria, changed)) continue;
         const Cell known = isKey ? rows_.OriginalAt(row, i) : rows_.UnderlyingAt(row, i);
-        text.sql += joint + Quoted(columns[i].baseColumn);
+        text.sql += joint;
         if (known.form == Cell::Form::Null) {
-            text.sql += " IS NULL";
+            text.sql += Quoted(columns[i].baseColumn) + " IS NULL";
+        } else if (columns[i].isOpaque) {
+            text.sql += "CAST(" + Quoted(columns[i].baseColumn) + " AS text) = ?";
+            text.parameters.push_back({nullptr, known, nullptr});
         } else {
-            text.sql += " = ?";
+            text.sql += Quoted(columns[i].baseColumn) + " = ?";
             text.Add(known, columns[i]);
         }
         joint = " AND ";
@@ -222,7 +244,8 @@ void RowWriter::Update(std::size_t row, const Values& changed) {
         }
         AddConditions(text, table, row, &changed);
     }
-    RowTransaction transaction(*session_, rules_.isolation);
+    // Of several tables none is changed when one of them refuses.
+    RowTransaction transaction(*session_, rules_.isolation, rules_.timeoutSeconds, InsideFor(texts.size()));
     for (const Text& text : texts)
         RunForOneRow(text);
     transaction.Keep();
@@ -232,7 +255,7 @@ void RowWriter::Delete(std::size_t row) {
     const Table table = OnlyTable();
     Text text{"DELETE FROM " + NameOf(table), {}};
     AddConditions(text, table, row, nullptr);
-    RowTransaction transaction(*session_, rules_.isolation);
+    RowTransaction transaction(*session_, rules_.isolation, rules_.timeoutSeconds);
     RunForOneRow(text);
     transaction.Keep();
 }
@@ -245,7 +268,7 @@ RowWriter::Values RowWriter::Insert(const Values& given) {
         InsertInto(tables.front(), given, known);
         return known;
     }
-    RowTransaction transaction(*session_, rules_.isolation);
+    RowTransaction transaction(*session_, rules_.isolation, rules_.timeoutSeconds, InsideFor(tables.size()));
     for (const Table& table : tables)
         InsertInto(table, given, known);
     transaction.Keep();
@@ -298,9 +321,28 @@ void RowWriter::TakeFirstRow(Statement statement, std::span<const std::size_t> c
     }
 }
 
-bool RowWriter::IsRereadAfterUpdate() const noexcept {
+bool RowWriter::IsRereadAfterUpdate(const Values& sent) const {
     // The database has given the row another version with the change.
-    return (rules_.updateResync & kResyncUpdates) != 0 || rules_.updateCriteria == kCriteriaTimeStamp;
+    return (rules_.updateResync & kResyncUpdates) != 0 || rules_.updateCriteria == kCriteriaTimeStamp ||
+           IsRounded(sent);
+}
+
+bool RowWriter::IsRereadAfterInsert(const Values& sent) const {
+    return (rules_.updateResync & kResyncInserts) != 0 || IsRounded(sent);
+}
+
+bool RowWriter::IsRounded(const Values& sent) const {
+    const std::vector<Column>& columns = rows_.Columns();
+    const Column* first = nullptr;
+    bool isAny = false;
+    for (std::size_t i = 0; i < sent.size(); ++i) {
+        if (!sent[i]) continue;
+        // A row of several tables is not read again.
+        if (first == nullptr) first = &columns[i];
+        if (!Belongs(columns[i], Table(*first))) return false;
+        isAny = isAny || HasMoreDigits(*sent[i], columns[i]);
+    }
+    return isAny;
 }
 
 bool RowWriter::Reread(std::size_t row, bool underlyingOnly) {

@@ -63,19 +63,27 @@ public:
     /// @return false when it is gone; the store is as it was then
     bool Reread(std::size_t row, bool underlyingOnly);
 
-    /// Whether the rules want a row read again after it has been written, or after it was refused.
-    bool IsRereadAfterUpdate() const noexcept;
-    bool IsRereadAfterInsert() const noexcept { return (rules_.updateResync & kResyncInserts) != 0; }
+    /// Whether a row is to be read again after it has been written, or after it was refused: the rules want it, or the
+    /// values that were sent are not those that are stored.
+    bool IsRereadAfterUpdate(const Values& sent) const;
+    bool IsRereadAfterInsert(const Values& sent) const;
     bool IsRereadAfterConflict() const noexcept { return (rules_.updateResync & kResyncConflicts) != 0; }
 
 private:
     struct Table {
+        explicit Table(const Column& column)
+            : catalog(column.baseCatalog),
+              schema(column.baseSchema),
+              name(column.baseTable),
+              qualifier(column.qualifier) {}
         std::string catalog;
         std::string schema;
         std::string name;
+        std::string qualifier;
     };
     struct Text;
 
+    bool IsRounded(const Values& sent) const;
     bool IsUnique(const Column& column) const;
     std::vector<Table> TablesOf(const Values& changed) const;
     Table OnlyTable() const;

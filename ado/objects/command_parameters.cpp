@@ -1,7 +1,7 @@
 // Command: its Parameters, as the program declares them or as the database describes them.
 #include "ado/cursor/text.h"
 #include "ado/objects/command_object.h"
-#include "ado/odbc/physical_connection.h"
+#include "ado/odbc/prepared_text.h"
 #include "ado/odbc/procedure_name.h"
 #include "ado/rowset/type_map.h"
 
@@ -112,26 +112,20 @@ void CommandObject::DescribeProcedure(Session& session, const Command& plan) {
 }
 
 void CommandObject::DescribeText(Session& session, const Command& plan) {
-    session.FinishBackgroundWork();
-    OdbcStatement statement(session.Physical().Get());
-    const struct Closed {
-        SQLHSTMT statement;
-        ~Closed() { Odbc().FreeStmt(statement, SQL_CLOSE); }
-    } closed{statement.Get()};
-    std::string text = SqlOf(plan, session).text;
+    PreparedText statement(session, SqlOf(plan, session).text, timeout_);
     const auto check = [&](SQLRETURN result) {
         if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_STMT, statement.Get(), result);
     };
     SQLSMALLINT count = 0;
-    check(Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS));
-    check(Odbc().NumParams(statement.Get(), &count));
+    check(statement.Ask([&](SQLHSTMT handle) { return Odbc().NumParams(handle, &count); }));
     for (SQLSMALLINT number = 1; number <= count; ++number) {
         SQLSMALLINT type = SQL_VARCHAR;
         SQLULEN size = 0;
         SQLSMALLINT digits = 0;
         SQLSMALLINT nullable = SQL_NULLABLE_UNKNOWN;
-        check(
-            Odbc().DescribeParam(statement.Get(), static_cast<SQLUSMALLINT>(number), &type, &size, &digits, &nullable));
+        check(statement.Ask([&](SQLHSTMT handle) {
+            return Odbc().DescribeParam(handle, static_cast<SQLUSMALLINT>(number), &type, &size, &digits, &nullable);
+        }));
         ParameterDeclaration declaration =
             Declare(type, static_cast<long long>(size), digits, nullable != SQL_NO_NULLS);
         declaration.name = u"Param" + NumberText(number);

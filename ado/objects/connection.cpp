@@ -164,7 +164,7 @@ void Connection::BeginTrans(Call& call) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     if (session->InTransaction())
         throw ProviderFailure(kTransactionExistsCode, kTextTransactionExists, kProviderSource);
-    session->Begin(isolationLevel_);
+    session->Begin(isolationLevel_, commandTimeout_);
     call.ReturnLong(1);
 }
 
@@ -172,11 +172,13 @@ void Connection::EndTransaction(bool commit) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     if (!session->InTransaction()) throw ProviderFailure(kNoTransactionCode, kTextNoTransaction, kProviderSource);
     if (commit) {
-        session->Commit();
+        session->Commit(commandTimeout_);
     } else {
-        session->Rollback();
+        session->Rollback(commandTimeout_);
     }
-    if ((attributes_ & (commit ? kCommitRetaining : kAbortRetaining)) != 0) session->Begin(isolationLevel_);
+    if ((attributes_ & (commit ? kCommitRetaining : kAbortRetaining)) != 0) {
+        session->Begin(isolationLevel_, commandTimeout_);
+    }
 }
 
 void Connection::CommitTrans(Call&) {

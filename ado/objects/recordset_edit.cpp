@@ -192,7 +192,7 @@ void Recordset::WriteNewRow() {
     const std::size_t row = rows.Add(writer.Insert(edit_.Values()), kStatusOk);
     cursor_->StandOnAdded(row);
     // The row is written; that it cannot be read again is not a failure of the change.
-    if (writer.IsRereadAfterInsert()) IgnoreFailure([&] { writer.Reread(row, false); });
+    if (writer.IsRereadAfterInsert(edit_.Values())) IgnoreFailure([&] { writer.Reread(row, false); });
 }
 
 void Recordset::WriteChangedRow() {
@@ -219,7 +219,7 @@ void Recordset::WriteChangedRow() {
     }
     rows.Change(row, edit_.Values(), kStatusOk);
     rows.Accept(row, kStatusOk);
-    if (writer && writer->IsRereadAfterUpdate()) IgnoreFailure([&] { writer->Reread(row, false); });
+    if (writer && writer->IsRereadAfterUpdate(edit_.Values())) IgnoreFailure([&] { writer->Reread(row, false); });
 }
 
 void Recordset::CancelUpdate(Call&) {

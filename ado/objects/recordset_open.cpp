@@ -111,6 +111,7 @@ void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
         cursor_ = std::move(cursor);
     }
     lock_ = lock == kLockPessimistic ? kLockOptimistic : lock;
+    if (lock_ != kLockReadOnly) open_->store->Fetched().DescribeBeforeSettingsChange();
     ++generation_;
 }
 

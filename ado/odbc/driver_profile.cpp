@@ -39,6 +39,9 @@ constexpr DefaultKeyword kTdsDefaults[] = {
 
 constexpr const char* kMdbWords[] = {"mdbodbc", "mdbtools"};
 
+constexpr Savepoint kSavepoint = {"SAVEPOINT tk_rows", "ROLLBACK TO SAVEPOINT tk_rows", "RELEASE SAVEPOINT tk_rows"};
+constexpr Savepoint kTdsSavepoint = {"SAVE TRANSACTION tk_rows", "ROLLBACK TRANSACTION tk_rows", nullptr};
+
 constexpr DriverProfile kProfiles[] = {
     {
         .name = "sqlite",
@@ -55,12 +58,14 @@ constexpr DriverProfile kProfiles[] = {
         .keySource = KeySource::Pragma,
         .hasManyActiveStatements = true,
         .describesBase = true,
+        .viewQuery = "select sql from sqlite_master where type = 'view' and name = ? collate nocase",
         .baseColumnIsAlias = true,
         .isFileDatabase = true,
         .hasPlainDecimals = true,
         .hasOnlyLongBinary = true,
         .hasTypedParameters = false,
         .identityQuery = "select last_insert_rowid()",
+        .savepoint = &kSavepoint,
     },
     {
         .name = "postgresql",
@@ -78,9 +83,12 @@ constexpr DriverProfile kProfiles[] = {
         .hasManyActiveStatements = true,
         .describesBase = true,
         .systemColumns = kPostgresSystemColumns,
+        .opaqueType = "unknown",
         .hidesOddMoments = true,
         .hasUnsigned = false,
         .identityQuery = "select lastval()",
+        .cutsAtZero = true,
+        .savepoint = &kSavepoint,
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,
         .procedureQuery = "select 1 from pg_catalog.pg_proc p join pg_catalog.pg_namespace n on n.oid = p.pronamespace "
@@ -103,6 +111,7 @@ constexpr DriverProfile kProfiles[] = {
         .describesBase = true,
         .hasLocalRows = true,
         .identityQuery = "select last_insert_id()",
+        .savepoint = &kSavepoint,
         .emptyInsert = "() VALUES ()",
         .procedureCall = ProcedureCall::EscapeOrSelect,
         .hasOutputRow = true,
@@ -118,6 +127,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasBatches = true,
         .describesBase = true,
         .hasWideParameters = true,
+        .savepoint = &kTdsSavepoint,
     },
     {
         .name = "mdbtools",

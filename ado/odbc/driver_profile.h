@@ -50,6 +50,13 @@ struct DefaultKeyword {
     bool alsoForDataSources;  // needed by us whatever the data source says; the others are the user's to decide
 };
 
+/// The statements around a part of a transaction that is undone when it fails.
+struct Savepoint {
+    const char* set;
+    const char* undo;
+    const char* release;  // null: not needed
+};
+
 struct DriverProfile {
     const char* name;                           // ours, for logs and tests
     std::span<const char* const> libraryWords;  // any of them inside SQL_DRIVER_NAME or the registered driver's name
@@ -72,8 +79,10 @@ struct DriverProfile {
     bool hasBatches = false;               // SQLMoreResults is worth asking
     bool hasManyActiveStatements = false;  // several open results on one connection
     bool describesBase = false;            // base table names of result columns can be trusted
+    const char* viewQuery = nullptr;       // where base names are those behind a view: the text of a view (a parameter)
     bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong
+    std::string_view opaqueType = {};                      // its columns are compared as text, after a cast
     bool hasConnectionDead = true;                         // SQL_ATTR_CONNECTION_DEAD exists
     bool isFileDatabase = false;                 // the database is a local file: its identity tells a replaced one
     bool hasWideParameters = false;              // texts are sent as national characters
@@ -84,6 +93,8 @@ struct DriverProfile {
     bool hasUnsigned = true;                     // integer types without a sign
     bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
+    bool cutsAtZero = false;                     // a text ends at its first zero character
+    const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
     const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name
     ProcedureCall procedureCall = ProcedureCall::Escape;

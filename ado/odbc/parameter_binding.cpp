@@ -231,6 +231,8 @@ void ParameterBinding::ReadCell(const Cell& cell, const Column* column, Slot& sl
 }
 
 void ParameterBinding::SetText(std::string text, Slot& slot) const {
+    // Better refused than stored without its end.
+    if (handle_.Profile().cutsAtZero && text.find('\0') != std::string::npos) ThrowUnsupported();
     const bool isWide = handle_.Profile().hasWideParameters;
     const bool isLong = text.size() > kLongestVarChar;
     slot.cType = SQL_C_CHAR;

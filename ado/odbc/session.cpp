@@ -13,6 +13,7 @@
 #include "ado/odbc/result_sizes.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/session_facts.h"
+#include "ado/odbc/settings_watcher.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/odbc/statement_kind.h"
 #include "ado/odbc/watchdog.h"
@@ -64,6 +65,7 @@ struct Session::Impl {
     std::shared_ptr<const SessionFacts> facts;
     std::shared_ptr<Lease> lease;
     std::vector<Work> work;
+    std::vector<std::weak_ptr<SettingsWatcher>> watchers;
     bool isInTransaction = false;
     RunningCall running;
     bool hasPlan = false;  // the handle of the call that runs is prepared for its text already
@@ -86,6 +88,13 @@ struct Session::Impl {
                 throw patience.IsCancelled() ? MakeCancelledError() : MakeWaitedError();
             }
             work.erase(work.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+    }
+
+    void TellWatchers() {
+        const auto told = std::exchange(watchers, {});  // they run statements themselves
+        for (const auto& each : told) {
+            if (const auto watcher = each.lock()) watcher->BeforeSettingsChange();
         }
     }
 
@@ -196,7 +205,10 @@ struct Session::Impl {
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
-        if (kind.changesSession) Physical().MarkChanged();
+        if (kind.changesSession) {
+            TellWatchers();
+            Physical().MarkChanged();
+        }
         const auto call = [&](StatementHandle& handle) {
             std::unique_ptr<const ParameterBinding> binding;
             // Drivers take the text as writable; none writes.
@@ -257,9 +269,9 @@ struct Session::Impl {
         }
     }
 
-    void EndTransaction(SQLSMALLINT completion) {
+    void EndTransaction(SQLSMALLINT completion, LONG waitSeconds) {
         RequireTransaction();
-        FinishWork(true, 0);
+        FinishWork(true, waitSeconds);
         PhysicalConnection& connection = Physical();
         try {
             EndWhenUnlocked(connection, completion);
@@ -284,8 +296,9 @@ Session::Session(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 Session::~Session() {
     // A fetch that still runs keeps the connection until it is done; a transaction ends now.
     if (!impl_->isInTransaction) return;
+    constexpr LONG kSeconds = 5;  // after that it ends with the fetch, as the connection does
     try {
-        impl_->FinishWork(true, 0);
+        impl_->FinishWork(true, kSeconds);
     } catch (...) {
         impl_->Physical().MarkBroken();
     }
@@ -340,9 +353,9 @@ RunningCall& Session::Running() const noexcept {
     return impl_->running;
 }
 
-void Session::Begin(LONG isolation) {
+void Session::Begin(LONG isolation, LONG waitSeconds) {
     if (impl_->isInTransaction) throw TransactionError(kTransactionExistsCode, kTransactionExists);
-    impl_->FinishWork(true, 0);
+    impl_->FinishWork(true, waitSeconds);
     impl_->ReplaceIfLost();
     PhysicalConnection& connection = impl_->Physical();
     const SQLUINTEGER wanted = OdbcIsolation(isolation, connection.InfoNumber(SQL_TXN_ISOLATION_OPTION));
@@ -352,12 +365,12 @@ void Session::Begin(LONG isolation) {
     impl_->isInTransaction = true;
 }
 
-void Session::Commit() {
-    impl_->EndTransaction(SQL_COMMIT);
+void Session::Commit(LONG waitSeconds) {
+    impl_->EndTransaction(SQL_COMMIT, waitSeconds);
 }
 
-void Session::Rollback() {
-    impl_->EndTransaction(SQL_ROLLBACK);
+void Session::Rollback(LONG waitSeconds) {
+    impl_->EndTransaction(SQL_ROLLBACK, waitSeconds);
 }
 
 bool Session::InTransaction() const noexcept {
@@ -381,8 +394,16 @@ std::string Session::CurrentCatalog() {
 }
 
 void Session::SetCurrentCatalog(std::string_view name) {
-    impl_->FinishWork(true, 0);
+    impl_->FinishWork(true, kUsualWaitSeconds);
+    impl_->TellWatchers();
     impl_->Physical().SetCurrentCatalog(name);
+}
+
+void Session::WatchSettings(std::weak_ptr<SettingsWatcher> watcher) {
+    constexpr std::size_t kManyWatchers = 16;  // those that are gone are still in the list
+    auto& watchers = impl_->watchers;
+    if (watchers.size() >= kManyWatchers) std::erase_if(watchers, [](const auto& each) { return each.expired(); });
+    watchers.push_back(std::move(watcher));
 }
 
 bool Session::IsDead() {
@@ -402,8 +423,8 @@ void Session::SetBackgroundWork(std::weak_ptr<BackgroundWork> work, bool onSideC
     impl_->work.push_back({std::move(work), onSideConnection});
 }
 
-void Session::FinishBackgroundWork() {
-    impl_->FinishWork(false, 0);
+void Session::FinishBackgroundWork(LONG waitSeconds) {
+    impl_->FinishWork(false, waitSeconds);
 }
 
 PhysicalConnection& Session::Physical() const noexcept {

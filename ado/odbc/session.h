@@ -24,6 +24,10 @@ namespace tk::ado {
 class BackgroundWork;
 class PhysicalConnection;
 class RunningCall;
+class SettingsWatcher;
+
+/// How long the calls below wait for other work of the session where nobody says otherwise.
+constexpr LONG kUsualWaitSeconds = 30;
 
 /// What opening a session needs, all texts UTF-8.
 struct SessionSettings {
@@ -76,9 +80,10 @@ public:
     RunningCall& Running() const noexcept;
 
     /// Auto-commit off / commit / roll back; isolation is an ADO value (0x1000 …), applied before the transaction.
-    void Begin(LONG isolation);
-    void Commit();
-    void Rollback();
+    /// @param waitSeconds  for the workers that still read on the session's connection; 0: no limit
+    void Begin(LONG isolation, LONG waitSeconds = kUsualWaitSeconds);
+    void Commit(LONG waitSeconds = kUsualWaitSeconds);
+    void Rollback(LONG waitSeconds = kUsualWaitSeconds);
     bool InTransaction() const noexcept;
 
     /// SQLGetInfo as text or number; "" or 0 when the driver does not answer.
@@ -91,6 +96,9 @@ public:
     std::string CurrentCatalog();
     void SetCurrentCatalog(std::string_view name);
 
+    /// Told once, before the first statement that may change what names mean on this session.
+    void WatchSettings(std::weak_ptr<SettingsWatcher> watcher);
+
     /// True when the driver says that the connection is lost; asks, does not guess from the state alone.
     bool IsDead();
 
@@ -101,7 +109,8 @@ public:
     void SetBackgroundWork(std::weak_ptr<BackgroundWork> work, bool onSideConnection = false);
 
     /// Waits for the workers that read on the session's own connection.
-    void FinishBackgroundWork();
+    /// @throws AdoError when the time is over or the wait was cancelled
+    void FinishBackgroundWork(LONG waitSeconds = kUsualWaitSeconds);
 
     /// The physical connection, for the row set's own questions.
     PhysicalConnection& Physical() const noexcept;

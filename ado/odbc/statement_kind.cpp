@@ -11,7 +11,7 @@ namespace {
 enum WordFlags : std::uint16_t {
     kReads = 1,        // as the first word: a result and no change
     kWrites = 2,       // as the first word: changes rows; anywhere in a statement that reads: no reading statement
-    kDefines = 4,      // as the first word: changes tables, not the session
+    kDefines = 4,      // as the first word: changes tables or the transaction, not the session
     kLimits = 8,       // the rows are few, or cost much before the first one comes
     kTouches = 16,     // leaves something behind on the connection
     kLimitsCall = 32,  // as kLimits when a parenthesis follows
@@ -24,16 +24,21 @@ struct Word {
 };
 
 constexpr Word kWords[] = {
-    {"advisory", kTouches}, {"alter", kDefines},      {"analyze", kDefines}, {"avg", kLimitsCall},
-    {"comment", kDefines},  {"count", kLimitsCall},   {"create", kDefines},  {"delete", kWrites},
-    {"drop", kDefines},     {"explain", kReads},      {"fetch", kLimits},    {"for", kLimits},
-    {"from", kFrom},        {"get_lock", kTouches},   {"global", kTouches},  {"grant", kDefines},
-    {"group", kLimits},     {"having", kLimits},      {"insert", kWrites},   {"into", kTouches | kLimits},
-    {"limit", kLimits},     {"max", kLimitsCall},     {"merge", kWrites},    {"min", kLimitsCall},
-    {"replace", kWrites},   {"returning", kLimits},   {"revoke", kDefines},  {"select", kReads},
-    {"session", kTouches},  {"set_config", kTouches}, {"sum", kLimitsCall},  {"system", kTouches},
-    {"temp", kTouches},     {"temporary", kTouches},  {"top", kLimits},      {"truncate", kDefines},
-    {"update", kWrites},    {"values", kReads},       {"where", kLimits},    {"with", kReads},
+    {"advisory", kTouches}, {"alter", kDefines},      {"analyze", kDefines},
+    {"avg", kLimitsCall},   {"chain", kTouches},      {"comment", kDefines},
+    {"count", kLimitsCall}, {"create", kDefines},     {"delete", kWrites},
+    {"drop", kDefines},     {"explain", kReads},      {"fetch", kLimits},
+    {"for", kLimits},       {"from", kFrom},          {"get_lock", kTouches},
+    {"global", kTouches},   {"grant", kDefines},      {"group", kLimits},
+    {"having", kLimits},    {"insert", kWrites},      {"into", kTouches | kLimits},
+    {"limit", kLimits},     {"max", kLimitsCall},     {"merge", kWrites},
+    {"min", kLimitsCall},   {"release", kDefines},    {"replace", kWrites},
+    {"returning", kLimits}, {"revoke", kDefines},     {"rollback", kDefines},
+    {"save", kDefines},     {"savepoint", kDefines},  {"select", kReads},
+    {"session", kTouches},  {"set_config", kTouches}, {"sum", kLimitsCall},
+    {"system", kTouches},   {"temp", kTouches},       {"temporary", kTouches},
+    {"top", kLimits},       {"truncate", kDefines},   {"update", kWrites},
+    {"values", kReads},     {"where", kLimits},       {"with", kReads},
 };
 static_assert(std::ranges::is_sorted(kWords, {}, &Word::text));
 

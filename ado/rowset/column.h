@@ -46,7 +46,9 @@ struct Column {
     std::string baseSchema;
     std::string baseTable;
     std::string baseColumn;
-    bool isKey = false;  // part of the base table's key, which the result holds whole
+    std::string qualifier;  // in front of the table's name in statements, where the driver knows no schemas
+    bool isOpaque = false;  // of a type without "=": compared as text
+    bool isKey = false;     // part of the base table's key, which the result holds whole
 };
 
 }  // namespace tk::ado

@@ -5,12 +5,17 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 
 #include "ado/odbc/ascii.h"
 #include "ado/odbc/column_attribute.h"
+#include "ado/odbc/diagnostics.h"
+#include "ado/odbc/parameter.h"
 #include "ado/odbc/physical_connection.h"
+#include "ado/odbc/prepared_text.h"
 #include "ado/rowset/row_set.h"
 #include "ado/rowset/type_map.h"
+#include "ado/rowset/value.h"
 
 namespace tk::ado {
 namespace {
@@ -29,21 +34,12 @@ int Searchable(SQLLEN odbc) {
 }
 
 /// What the driver tells of a prepared statement.
-void DescribePrepared(Session& session, std::string_view sql, std::span<Column> columns) {
+void DescribePrepared(Session& session, std::string_view sql, std::span<Column> columns, LONG timeoutSeconds) {
     PhysicalConnection& connection = session.Physical();
-    OdbcStatement statement(connection.Get());
-    const struct Closed {
-        SQLHSTMT statement;
-        // One driver loses the description of a statement that is freed without this.
-        ~Closed() { Odbc().FreeStmt(statement, SQL_CLOSE); }
-    } closed{statement.Get()};
-    std::string text(sql);
+    PreparedText statement(session, sql, timeoutSeconds);
     SQLSMALLINT count = 0;
-    if (!SQL_SUCCEEDED(Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) ||
-        !SQL_SUCCEEDED(Odbc().NumResultCols(statement.Get(), &count)) ||
-        static_cast<std::size_t>(count) != columns.size()) {
-        return;
-    }
+    statement.Ask([&](SQLHSTMT handle) { return Odbc().NumResultCols(handle, &count); });
+    if (static_cast<std::size_t>(count) != columns.size()) return;
     int number = 0;
     for (Column& column : columns) {
         ++number;
@@ -51,6 +47,8 @@ void DescribePrepared(Session& session, std::string_view sql, std::span<Column> 
         column.searchable =
             Searchable(NumberAttribute(statement.Get(), number, SQL_DESC_SEARCHABLE, SQL_PRED_SEARCHABLE));
         column.isAutoIncrement = NumberAttribute(statement.Get(), number, SQL_DESC_AUTO_UNIQUE_VALUE, 0) == SQL_TRUE;
+        const std::string_view opaque = connection.Profile().opaqueType;
+        column.isOpaque = !opaque.empty() && TextAttribute(statement.Get(), number, SQL_DESC_TYPE_NAME) == opaque;
         if (!connection.Profile().describesBase) continue;
         column.baseTable = TextAttribute(statement.Get(), number, SQL_DESC_BASE_TABLE_NAME);
         column.isExpression = column.baseTable.empty();
@@ -106,6 +104,11 @@ std::string QuotedText(std::string_view text) {
     return quoted.append("'");
 }
 
+bool IsSameTable(const Column& first, const Column& second) {
+    return first.baseTable == second.baseTable && first.baseSchema == second.baseSchema &&
+           first.baseCatalog == second.baseCatalog;
+}
+
 /// The rows of a small query, every cell as text.
 std::vector<std::vector<std::string>> Ask(Session& session, Statement statement) {
     std::vector<std::vector<std::string>> table;
@@ -148,12 +151,13 @@ bool HasKey(const std::vector<TableColumn>& columns) {
     return std::ranges::any_of(columns, [](const TableColumn& each) { return each.isKey; });
 }
 
-std::vector<TableColumn> AskPragma(Session& session, const std::string& table) {
+/// @param schema  set to the one that the table is in
+std::vector<TableColumn> AskPragma(Session& session, const std::string& table, std::string& schema) {
+    const auto schemas =
+        Ask(session, "select schema from pragma_table_list where name = " + QuotedText(table) + " collate nocase");
     // The driver does not tell the schema: of two tables of one name, one attached or temporary, it may be either.
-    if (Ask(session, "select schema from pragma_table_list where name = " + QuotedText(table) + " collate nocase")
-            .size() > 1) {
-        return {};
-    }
+    if (schemas.size() != 1) return {};
+    schema = schemas[0][0];
     std::vector<TableColumn> columns;
     std::size_t keys = 0;
     bool isRowId = false;
@@ -188,7 +192,7 @@ std::vector<TableColumn> AskPragma(Session& session, const std::string& table) {
 std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> result, const Column& of) {
     std::vector<TableColumn> columns;
     for (const Column& column : result) {
-        if (column.baseTable != of.baseTable || column.baseSchema != of.baseSchema) continue;
+        if (!IsSameTable(column, of)) continue;
         columns.push_back(
             {column.baseColumn, false, column.isAutoIncrement, (column.attributes & kFieldMayBeNull) != 0});
     }
@@ -222,20 +226,41 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
 bool HoldsWholeKey(std::span<const Column> result, const Column& of, std::span<const TableColumn> table) {
     return std::ranges::all_of(table, [&](const TableColumn& each) {
         return !each.isKey || std::ranges::any_of(result, [&](const Column& column) {
-            return column.baseTable == of.baseTable && column.baseSchema == of.baseSchema &&
-                   EqualsNoCase(column.baseColumn, each.name);
+            return IsSameTable(column, of) && EqualsNoCase(column.baseColumn, each.name);
         });
     });
 }
 
-void DescribeTable(Session& session, std::span<Column> columns, const Column& of) {
+/// How often the text names the table, by itself or through views. Twice, as a join of a table with itself does, and a
+/// value of a row may be another row's than the key beside it is.
+std::ptrdiff_t TimesNamed(Session& session, std::string_view sql, const std::string& table, int depth = 0) {
+    constexpr int kDeepest = 16;  // views of views
+    const std::vector<std::string> named = ReadTables(sql);
+    const auto times = std::ranges::count_if(named, [&](const std::string& name) { return EqualsNoCase(name, table); });
+    if (times != 0) return times;
+    const char* const query = session.Profile().viewQuery;
+    if (query == nullptr) return std::ssize(named);  // another name for it
+    if (depth == kDeepest) return 0;
+    std::ptrdiff_t found = 0;
+    for (const std::string& name : named) {
+        Parameter parameter;
+        parameter.cell = CellFromText(CellKind::Text, name);
+        const auto texts =
+            Ask(session, session.Execute(query, std::span<const Parameter>(&parameter, 1), ExecuteOptions{}));
+        if (texts.size() == 1) found += TimesNamed(session, texts[0][0], table, depth + 1);
+    }
+    return found;
+}
+
+void DescribeTable(Session& session, std::string_view sql, std::span<Column> columns, const Column& of) {
     const bool byPragma = session.Profile().keySource == KeySource::Pragma;
-    const auto table = byPragma ? AskPragma(session, of.baseTable) : AskCatalog(session, columns, of);
-    const bool isWhole = HoldsWholeKey(columns, of, table);
-    const std::string name = of.baseTable;  // `of` is one of the columns changed below
-    const std::string schema = of.baseSchema;
+    std::string qualifier;
+    const auto table = byPragma ? AskPragma(session, of.baseTable, qualifier) : AskCatalog(session, columns, of);
+    const bool isWhole = HoldsWholeKey(columns, of, table) && TimesNamed(session, sql, of.baseTable) == 1;
+    const Column known = of;  // one of the columns changed below
     for (Column& column : columns) {
-        if (column.baseTable != name || column.baseSchema != schema) continue;
+        if (!IsSameTable(column, known)) continue;
+        column.qualifier = qualifier;
         const auto found = std::ranges::find_if(
             table, [&](const TableColumn& each) { return EqualsNoCase(each.name, column.baseColumn); });
         if (found == table.end()) {
@@ -254,17 +279,22 @@ void DescribeTable(Session& session, std::span<Column> columns, const Column& of
 
 }  // namespace
 
-void DescribeOrigins(Session& session, std::string_view sql, std::span<Column> columns) noexcept try {
-    session.FinishBackgroundWork();
-    DescribePrepared(session, sql, columns);
-    if (session.Profile().baseColumnIsAlias) TakeColumnsFromText(sql, columns);
-    std::set<std::pair<std::string, std::string>> done;
-    for (const Column& column : columns) {
-        if (column.baseTable.empty() || !done.emplace(column.baseSchema, column.baseTable).second) continue;
-        DescribeTable(session, columns, column);
+void DescribeOrigins(Session& session, std::string_view sql, std::vector<Column>& columns, LONG timeoutSeconds) {
+    std::vector<Column> described = columns;
+    try {
+        DescribePrepared(session, sql, described, timeoutSeconds);
+        if (session.Profile().baseColumnIsAlias) TakeColumnsFromText(sql, described);
+        std::set<std::tuple<std::string, std::string, std::string>> done;
+        for (const Column& column : described) {
+            if (column.baseTable.empty()) continue;
+            if (!done.emplace(column.baseCatalog, column.baseSchema, column.baseTable).second) continue;
+            DescribeTable(session, sql, described, column);
+        }
+    } catch (const AdoError& error) {
+        if (IsEnded(error)) throw;
+        // What is not known stays empty; a row without a key cannot be written, and says so when it is tried.
     }
-} catch (...) {
-    // What is not known stays empty; a row without a key cannot be written, and says so when it is tried.
+    columns = std::move(described);
 }
 
 }  // namespace tk::ado

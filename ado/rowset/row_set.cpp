@@ -177,10 +177,44 @@ const std::vector<Column>& RowSet::Columns() const noexcept {
     return impl_->columns;
 }
 
-void RowSet::DescribeOrigins() {
-    if (std::exchange(impl_->areOriginsKnown, true)) return;
+void RowSet::Impl::DescribeOrigins(LONG timeoutSeconds) {
+    if (areOriginsKnown) return;
+    std::unique_ptr<std::vector<Column>> early;
+    {
+        const std::lock_guard lock(mutex);
+        early = std::move(describedEarly);
+    }
+    const auto session = origin.lock();
+    if (early != nullptr) {
+        columns = std::move(*early);
+    } else if (session != nullptr && !text.empty()) {
+        tk::ado::DescribeOrigins(*session, text, columns, timeoutSeconds);
+    }
+    areOriginsKnown = true;
+}
+
+void RowSet::Impl::BeforeSettingsChange() noexcept try {
+    const auto session = origin.lock();
+    if (session == nullptr || text.empty()) return;
+    auto described = std::make_unique<std::vector<Column>>(columns);
+    try {
+        tk::ado::DescribeOrigins(*session, text, *described, kUsualWaitSeconds);
+    } catch (const AdoError&) {
+        // Left as it is: later the answer may be that of another table.
+    }
+    const std::lock_guard lock(mutex);
+    describedEarly = std::move(described);
+} catch (...) {
+    // No memory: asked later, as without a change.
+}
+
+void RowSet::DescribeOrigins(LONG timeoutSeconds) {
+    impl_->DescribeOrigins(timeoutSeconds);
+}
+
+void RowSet::DescribeBeforeSettingsChange() {
     const auto session = impl_->origin.lock();
-    if (session != nullptr && !impl_->text.empty()) tk::ado::DescribeOrigins(*session, impl_->text, impl_->columns);
+    if (session != nullptr && !impl_->areOriginsKnown) session->WatchSettings(impl_);
 }
 
 bool RowSet::HasRow(std::size_t row) {

@@ -55,9 +55,13 @@ public:
     const std::vector<Column>& Columns() const noexcept;
 
     /// Fills in what Columns() only knows after asking the database: the base names, isAutoIncrement, isKey, the key
-    /// flag of the attributes. To be called once before an update and before Field.Properties are read; further calls
-    /// do nothing. Never fails: what the database does not tell stays empty.
-    void DescribeOrigins();
+    /// flag of the attributes. To be called before an update and before Field.Properties are read; further calls do
+    /// nothing. What the database does not tell stays empty.
+    /// @throws AdoError when it was cancelled or the time was over: it can be asked again then
+    void DescribeOrigins(LONG timeoutSeconds = kUsualWaitSeconds);
+
+    /// The names of its text mean what they mean now: it describes its origins before the session's settings change.
+    void DescribeBeforeSettingsChange();
 
     /// True when the row exists; waits for it when the fetch still runs. Throws AdoError when the fetch failed before.
     bool HasRow(std::size_t row);

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "ado/odbc/background_work.h"
+#include "ado/odbc/settings_watcher.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/rowset/chunk.h"
 #include "ado/rowset/fetch_pool.h"
@@ -21,7 +22,7 @@
 
 namespace tk::ado {
 
-struct RowSet::Impl final : FetchJob, BackgroundWork, std::enable_shared_from_this<RowSet::Impl> {
+struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enable_shared_from_this<RowSet::Impl> {
     Impl(std::vector<Column> described, bool allVariable)
         : columns(std::move(described)), layout(columns, allVariable) {}
     Impl(std::vector<Column> described, RowLayout places) : columns(std::move(described)), layout(std::move(places)) {}
@@ -35,6 +36,12 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, std::enable_shared_from_th
     bool areOriginsKnown = false;
     std::weak_ptr<Session> origin;
     std::string text;
+
+    void DescribeOrigins(LONG timeoutSeconds);
+
+    /// What was found out before the settings changed; under the lock: the change may be another thread's.
+    std::unique_ptr<std::vector<Column>> describedEarly;
+    void BeforeSettingsChange() noexcept override;
 
     /// The chunk of a row that has arrived.
     const Chunk& Locate(std::size_t row) const {

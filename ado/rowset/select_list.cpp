@@ -1,4 +1,7 @@
 // Reads the list of a SELECT far enough to tell a column from an expression, and a column's name from its alias.
+#include <algorithm>
+#include <span>
+
 #include "ado/odbc/ascii.h"
 #include "ado/rowset/origins.h"
 
@@ -119,6 +122,52 @@ std::vector<std::string> ReadSelectList(std::string_view sql) {
         if (token.IsWord("union") || token.IsWord("except") || token.IsWord("intersect")) return {};
     }
     return columns;
+}
+
+std::vector<std::string> ReadTables(std::string_view sql) {
+    static constexpr std::string_view kEnds[] = {"where", "group", "having", "order", "limit", "window", "union"};
+    static constexpr std::string_view kBeforeTables[] = {"lateral", "only", "oj"};
+    const auto isAny = [](const Token& token, std::span<const std::string_view> words) {
+        return std::ranges::any_of(words, [&](std::string_view word) { return token.IsWord(word); });
+    };
+    struct Level {
+        bool isQuery = false;  // and no list of arguments
+        bool isList = false;   // of tables: a comma goes to the next one
+    };
+    Tokens tokens(sql);
+    std::vector<std::string> tables;
+    std::vector<Level> levels(1);
+    bool isAwaited = false;  // a table comes next
+    for (Token token = tokens.Next(); token.kind != Token::Kind::End;) {
+        Level& level = levels.back();
+        if (token.IsSign('(')) {
+            levels.push_back({isAwaited, isAwaited});
+        } else if (token.IsSign(')')) {
+            if (levels.size() > 1) levels.pop_back();
+            isAwaited = false;
+        } else if (token.IsWord("select")) {
+            level = {true, false};
+            isAwaited = false;
+        } else if (level.isQuery && (token.IsWord("from") || token.IsWord("join") || token.IsWord("straight_join"))) {
+            level.isList = isAwaited = true;
+        } else if (level.isList && token.IsSign(',')) {
+            isAwaited = true;
+        } else if (level.isQuery && isAny(token, kEnds)) {
+            if (levels.size() == 1) break;
+            level.isList = isAwaited = false;
+        } else if (isAwaited && token.kind == Token::Kind::Name && !isAny(token, kBeforeTables)) {
+            std::string name = token.text;
+            for (token = tokens.Next(); token.IsSign('.'); token = tokens.Next()) {
+                token = tokens.Next();
+                name = token.text;
+            }
+            if (!token.IsSign('(')) tables.push_back(std::move(name));  // no function that gives rows
+            isAwaited = false;
+            continue;
+        }
+        token = tokens.Next();
+    }
+    return tables;
 }
 
 }  // namespace tk::ado

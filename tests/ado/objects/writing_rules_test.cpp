@@ -52,7 +52,7 @@ TEST_P(WritingRulesTest, SendsValuesAsParametersOnly) {
         const bool isOurs = word == "UPDATE" || word == "INSERT" || word == "DELETE" || word == "SELECT";
         if (isOurs && text.find("items") != std::string::npos) texts.push_back(text);
     }
-    std::string table = R"("items")";
+    std::string table = R"("main"."items")";
     if (GetParam() == SystemKind::Postgres) table = R"("postgres"."public"."items")";
     if (GetParam() == SystemKind::MariaDb) table = R"("test"."items")";
     std::vector<std::string> expected = {

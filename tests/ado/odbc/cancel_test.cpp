@@ -187,6 +187,8 @@ TEST(SessionCancel, EndsAStatementThatWaitsForAFetch) {
     const auto [code, text] = Failure([&] { session->Execute("insert into big values (999999, 1)", {1, 0, false}); });
     EXPECT_EQ(code, 0x80040E31u);
     EXPECT_EQ(text.substr(0, 3), u"超时：");
+    EXPECT_EQ(Failure([&] { session->Begin(0x1000, 1); }).first, 0x80040E31u);
+    EXPECT_FALSE(session->InTransaction());
     EXPECT_FALSE(rows->IsComplete());  // the fetch was not harmed
     rows->Cancel();
     EXPECT_EQ(test::Do(*session, "insert into big values (999999, 1)"), 1);

@@ -354,5 +354,36 @@ TEST(ReadSelectList, TellsColumnsFromExpressions) {
     }
 }
 
+TEST(ReadTables, CountsWhatTheColumnsMayComeFrom) {
+    const struct {
+        const char* sql;
+        std::vector<std::string> tables;
+    } rows[] = {
+        {"select * from t", {"t"}},
+        {"SELECT * FROM s.t, \"u v\" x", {"t", "u v"}},
+        {"select * from a.b.[c] as d join `e` on d.x = e.x", {"c", "e"}},
+        {"select * from a left outer join (b cross join c) on f(a.x, b.x), d", {"a", "b", "c", "d"}},
+        {"select * from {oj a left outer join b on a.x = b.x}", {"a", "b"}},
+        {"select * from (select * from a where a.x in (1, 2)) b", {"a"}},
+        {"select (select x from a), y from b", {"a", "b"}},
+        {"select extract(year from x) from a", {"a"}},
+        {"select * from a where x in (select y from b)", {"a"}},
+        {"select * from a order by b, c", {"a"}},
+        {"select * from only a, lateral (select * from b) c", {"a", "b"}},
+        {"select * from rows_of(1, 2) r, a", {"a"}},
+        {"create view v (x, y) as select a.x, b.y from t a join t b on a.x = b.y", {"t", "t"}},
+        {"select 1", {}},
+        {"select * from", {}},
+        {"select * from a.", {""}},
+        {"select * from ((((", {}},
+        {"))))", {}},
+        {"", {}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.sql);
+        EXPECT_EQ(ReadTables(row.sql), row.tables);
+    }
+}
+
 }  // namespace
 }  // namespace tk::ado

@@ -136,7 +136,6 @@ void Connection::CloseRecordsets() {
 void Connection::Close(Call&) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     if (session->InTransaction()) throw AdoError(ErrorNumber::InTransaction);
-    CloseRecordsets();
     {
         // Of two threads that close one closes and the other finds it closed.
         const std::lock_guard lock(lock_);
@@ -144,6 +143,8 @@ void Connection::Close(Call&) {
         session_.reset();
         state_.store(kStateClosed, std::memory_order_release);
     }
+    // Behind that, so that Register closes those which another thread is just opening.
+    CloseRecordsets();
 }
 
 void Connection::Execute(Call& call) {

@@ -25,7 +25,10 @@ constexpr unsigned char kPrimaryOrder[] = {0, 1, 2, 6};
 
 CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
                            const std::string& schema, const std::string& table) {
-    if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
+    if (AsksFiles(*session)) {
+        ExpectReadableFile(session);
+        return FilePrimaryKeys(session, table);
+    }
     CatalogCall call;
     call.function = CatalogCall::Function::PrimaryKeys;
     call.catalog = CatalogOf(*session, catalog);
@@ -85,7 +88,10 @@ constexpr unsigned char kForeignOrder[] = {6, 7, 8, 16, 12};
 
 CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
     if (restrictions.Text(2).empty() && restrictions.Text(5).empty()) return {};
-    if (AsksFiles(*session)) return FileForeignKeys(session, restrictions.Text(5));
+    if (AsksFiles(*session)) {
+        ExpectReadableFile(session);
+        return FileForeignKeys(session, restrictions.Text(5));
+    }
     CatalogCall call;
     call.function = CatalogCall::Function::ForeignKeys;
     if (!restrictions.Text(2).empty()) {
@@ -219,6 +225,7 @@ CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restricti
     if (table.empty()) return {};
     CatalogRows rows;
     if (AsksFiles(*session)) {
+        ExpectReadableFile(session);
         rows = FileIndexes(session, table);
     } else {
         CatalogCall call;

@@ -198,6 +198,15 @@ TEST_F(SchemaTest, SaysThatTheFileIsNoDatabase) {
         EXPECT_FALSE(asked.Ok());
         EXPECT_NE(ToUtf8(asked.description).find("not a database"), std::string::npos) << asked;
     }
+    const Value none;
+    for (const auto& [schema, restrictions] :
+         {std::pair<LONG, Value>(12, Array({none, none, none, none, Text(u"t")})),
+          std::pair<LONG, Value>(27, Array({none, none, none, none, none, Text(u"t")})),
+          std::pair<LONG, Value>(28, Array({none, none, Text(u"t")}))}) {
+        SCOPED_TRACE(schema);
+        const Outcome asked = opened.Call(connection::kOpenSchema, {Number(schema), restrictions});
+        EXPECT_NE(ToUtf8(asked.description).find("not a database"), std::string::npos) << asked;
+    }
 }
 
 TEST_F(SchemaTest, SaysWhereAnIndexHasNull) {

@@ -53,6 +53,12 @@ bool IsTextType(int type) {
            type == SQL_WVARCHAR || type == SQL_WLONGVARCHAR;
 }
 
+/// Texts and bytes without a declared length: they have that of their type.
+bool IsLongType(int type) {
+    return type == SQL_LONGVARCHAR || type == SQL_WLONGVARCHAR || type == SQL_LONGVARBINARY;
+}
+constexpr long long kLongest = 2147483647;
+
 }  // namespace
 
 bool AsksFiles(const Session& session) {
@@ -65,7 +71,9 @@ void ExpectReadableFile(const std::shared_ptr<Session>& session) {
 
 CatalogRows FileTables(const std::shared_ptr<Session>& session, const std::string& table) {
     enum Answer : std::size_t { kTable = 1, kKind };
-    std::string sql = "select name, upper(type) from sqlite_master where type in ('table', 'view')";
+    std::string sql =
+        "select name, case when substr(name, 1, 7) = 'sqlite_' then 'SYSTEM TABLE' else upper(type) end "
+        "from sqlite_master where type in ('table', 'view')";
     if (!table.empty()) sql += " and name = " + Quoted(table);
     CatalogRows rows;
     for (const CatalogRow& answer : SelectRows(session, sql)) {
@@ -88,18 +96,19 @@ CatalogRows FileColumns(const std::shared_ptr<Session>& session, const std::stri
         const DeclaredType type = ReadDeclaredType(declaration);
         const bool isKey = answer.Number(kKey).value_or(0) != 0;
         const bool isNullable = answer.Number(kNotNull).value_or(0) == 0 && !(isKey && type.sqlType == SQL_INTEGER);
+        const long long size = IsLongType(type.sqlType) ? kLongest : type.size;
         // A character takes up to four bytes.
-        const long long octets = IsTextType(type.sqlType) ? 4LL * type.size : type.size;
+        const long long octets = IsTextType(type.sqlType) ? 4LL * size : size;
         rows.push_back(RowMaker(18)
                            .Set(3, TextCell(answer.Text(kTable)))
                            .Set(4, TextCell(answer.Text(kName)))
                            .Set(5, NumberCell(type.sqlType))
                            .Set(6, Value::Text(ToUtf16(declaration)))
-                           .Set(7, NumberCell(type.size))
+                           .Set(7, NumberCell(size))
                            .Set(9, NumberCell(type.digits))
                            .Set(11, NumberCell(isNullable ? 1 : 0))
                            .Set(13, TextCell(answer.Text(kDefault)))
-                           .Set(16, NumberCell(octets))
+                           .Set(16, NumberCell(octets > kLongest ? kLongest : octets))
                            .Set(17, NumberCell(answer.Number(kOrdinal).value_or(0) + 1))
                            .Set(18, Value::Text(isNullable ? u"YES" : u"NO"))
                            .Take());

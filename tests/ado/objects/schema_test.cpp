@@ -73,7 +73,7 @@ TEST_F(SchemaTest, ListsColumns) {
               "land,7,129,100,-1;");
     columns.Call(kMoveFirst);
     EXPECT_EQ(List(columns, {u"COLUMN_NAME", u"CHARACTER_MAXIMUM_LENGTH", u"NUMERIC_PRECISION", u"NUMERIC_SCALE"}),
-              "id,NULL,10,NULL;name,20,NULL,NULL;price,NULL,12,2;born,NULL,NULL,NULL;body,0,NULL,NULL;"
+              "id,NULL,10,NULL;name,20,NULL,NULL;price,NULL,12,2;born,NULL,NULL,NULL;body,2147483647,NULL,NULL;"
               "code,4,NULL,NULL;land,30,NULL,NULL;");
     columns.Call(kMoveFirst);
     EXPECT_EQ(List(columns, {u"COLUMN_HASDEFAULT", u"COLUMN_DEFAULT"}),
@@ -161,11 +161,11 @@ TEST(DeclaredType, ReadsWhatACreateTableSays) {
     }
 }
 
-TEST_F(SchemaTest, ListsTheTablesThatTheDatabaseMakesForItself) {
+TEST_F(SchemaTest, TellsTheTablesThatTheDatabaseMakesForItself) {
     Execute(connection_, u"create table counted (id integer primary key autoincrement)");
     EXPECT_EQ(List(Schema(20), {u"TABLE_CATALOG", u"TABLE_SCHEMA", u"TABLE_NAME", u"TABLE_TYPE", u"DESCRIPTION"}),
-              ToUtf8(u"NULL,NULL,counted,TABLE,NULL;NULL,NULL,maker,TABLE,NULL;NULL,NULL,sqlite_sequence,TABLE,NULL;"
-                     u"NULL,NULL,货物,TABLE,NULL;NULL,NULL,cheap,VIEW,NULL;"));
+              ToUtf8(u"NULL,NULL,sqlite_sequence,SYSTEM TABLE,NULL;NULL,NULL,counted,TABLE,NULL;"
+                     u"NULL,NULL,maker,TABLE,NULL;NULL,NULL,货物,TABLE,NULL;NULL,NULL,cheap,VIEW,NULL;"));
     EXPECT_EQ(List(Schema(20, {Value(), Value(), Text(u"it's")}), {u"TABLE_NAME"}), "");
 }
 

@@ -1,0 +1,156 @@
+// The catalog of a server: schemata, procedures, named keys, sessions of other databases; and a server that stands in
+// for DB2, with the table that DB2 is asked for.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/postgres_server.h"
+#include "support/registered_class.h"
+#include "tkkernel/driver.h"
+
+namespace tk::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+PostgresServer& TheServer() {
+    static PostgresServer server;
+    return server;
+}
+
+/// The schema "tester" is the one of the user of that name.
+void Prepare(CTDatabase& database) {
+    static bool prepared = false;
+    if (prepared) return;
+    static constexpr const char* kStatements[] = {
+        "create schema tester",
+        "create schema \"库\"",
+        "create table tester.\"订单\" (\"编号\" integer not null, \"名称\" varchar(20) not null default '无', \"单价\" "
+        "numeric(10,2), constraint \"PK_订单\" primary key (\"编号\"))",
+        "create table tester.\"Order Lines\" (\"OrderId\" integer, line smallint, made timestamp, constraint pk_lines "
+        "primary key (line, \"OrderId\"), constraint \"FK_Order\" foreign key (\"OrderId\") references "
+        "tester.\"订单\" (\"编号\"))",
+        "create table \"库\".other (id integer)",
+        "create view tester.\"视图\" as select \"编号\" from tester.\"订单\"",
+        "create index \"IX_名称\" on tester.\"订单\" (\"名称\")",
+        "create function tester.p_save() returns integer language sql as 'select 1'",
+        "create function \"库\".p_load() returns integer language sql as 'select 1'",
+        "create schema sysibm",
+        "create table sysibm.syskeycoluse (colname varchar(128), tbname varchar(128), tbcreator varchar(128), colseq "
+        "integer)",
+        "insert into sysibm.syskeycoluse values ('ID', 'ORDERS', 'DB2ADMIN', 1), ('编号', 'ORDERS', 'DB2ADMIN', 2), "
+        "('X', 'ORDERS', 'OTHER', 1), ('Y', 'orders', 'DB2ADMIN', 1)",
+    };
+    for (const char* statement : kStatements)
+        ASSERT_EQ(database.ExecuteSQL(statement), 1) << statement << "\n" << database.GetLastErrorString();
+    prepared = true;
+}
+
+class PostgresCatalog : public ::testing::Test {
+protected:
+    void Open(CTDatabase& database, const char* dbmsName = nullptr) {
+        std::string connection = TheServer().ConnectionString();
+        if (dbmsName != nullptr) connection += std::string(";DBMS Name=") + dbmsName;
+        ASSERT_EQ(database.Open(connection.c_str()), 1) << database.GetLastErrorString();
+        Prepare(database);
+    }
+
+    template <typename List>
+    std::vector<std::string> Names(List&& list) {
+        CStringArray names;
+        if (!list(names)) return {"failed"};
+        std::vector<std::string> texts;
+        for (int i = 0; i < names.GetSize(); ++i)
+            texts.emplace_back(names.GetAt(i));
+        return texts;
+    }
+
+    Apartment apartment_;
+};
+
+TEST_F(PostgresCatalog, ListsWhatTheServerHas) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllTables(ar); }),
+                ElementsAre("syskeycoluse", "Order Lines", "订单", "other"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllViews(ar); }), Contains("视图"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllFields("订单", ar); }),
+                ElementsAre("编号", "名称", "单价"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllDatabases(ar); }), Contains("postgres"));
+    const auto schemata = Names([&](CStringArray& ar) { return database.GetSchemas(ar); });
+    EXPECT_THAT(schemata, Contains("tester"));
+    EXPECT_THAT(schemata, Contains("库"));
+    auto all = Names([&](CStringArray& ar) { return database.GetAllSchemas(ar); });
+    ASSERT_EQ(all.size(), schemata.size() + 1);
+    EXPECT_EQ(all.back(), "tester") << "the user once more";
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetTypeNames(ar); }), Contains("varchar"));
+}
+
+TEST_F(PostgresCatalog, ProceduresAreThoseOfTheUsersSchema) {
+    CTDatabase database;
+    Open(database);
+    ASSERT_STREQ(database.GetCurSchema(), "tester");
+    const auto procedures = Names([&](CStringArray& ar) { return database.GetAllProcedures(ar); });
+    EXPECT_THAT(procedures, Contains("p_save"));
+    EXPECT_THAT(procedures, Not(Contains("p_load")));
+    EXPECT_EQ(database.IsProcedureExist("p_save"), 1);
+    EXPECT_EQ(database.IsProcedureExist("P_SAVE"), 0);
+    EXPECT_EQ(database.IsProcedureExist("p_load"), 0);
+    EXPECT_EQ(database.IsProcedureExist("tester.p_save"), 0) << "nothing is called \"tester.p_save\"";
+}
+
+TEST_F(PostgresCatalog, KeysHaveNames) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_STREQ(database.GetPrimaryKey("订单"), "编号");
+    EXPECT_STREQ(database.GetPrimaryKeyName("订单"), "PK_订单");
+    EXPECT_STREQ(database.GetPrimaryKey("Order Lines"), "line,OrderId");
+    EXPECT_STREQ(database.GetPrimaryKeyName("Order Lines"), "pk_lines");
+    EXPECT_STREQ(database.GetPrimaryKey("other"), "");
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("Order Lines", ar); }),
+                ElementsAre("FK_Order"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("订单", ar); }), IsEmpty());
+}
+
+TEST_F(PostgresCatalog, ExistenceAndNulls) {
+    CTDatabase database;
+    Open(database);
+    static const struct {
+        const char* name;
+        int exists;
+    } kRows[] = {{"订单", 1},        {"Order Lines", 1}, {"视图", 1}, {"other", 1},
+                 {"order lines", 0}, {"no such", 0},     {"o%", 0}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(database.IsTableExist(row.name), row.exists);
+    }
+    EXPECT_EQ(database.IsFieldNull("订单", "单价"), 1);
+    EXPECT_EQ(database.IsFieldNull("other", "id"), 0);
+}
+
+TEST_F(PostgresCatalog, WritesTheTableInTheDialectAskedFor) {
+    CTDatabase database;
+    Open(database, "DB2");
+    EXPECT_STREQ(database.GetTableStruct("Order Lines"),
+                 "CREATE TABLE \"ORDER LINES\" (\r\n"
+                 "\t\"ORDERID\"\tINT\t\t NOT NULL,\r\n"
+                 "\t\"LINE\"\tSMALLINT\t\t NOT NULL,\r\n"
+                 "\t\"MADE\"\tTIMESTAMP ,\r\n"
+                 "\tPRIMARY KEY (\"LINE\",\"ORDERID\"))");
+}
+
+TEST_F(PostgresCatalog, ADb2StandInTellsItsKeys) {
+    CTDatabase database;
+    Open(database, "DB2/LINUX");
+    EXPECT_STREQ(database.GetDB2PrimaryKey("ORDERS", "DB2ADMIN"), "ID,编号");
+    EXPECT_STREQ(database.GetDB2PrimaryKey("ORDERS", "OTHER"), "X");
+    EXPECT_STREQ(database.GetDB2PrimaryKey("orders", "DB2ADMIN"), "Y");
+    EXPECT_STREQ(database.GetDB2PrimaryKey("ORDERS", "nobody"), "");
+    EXPECT_STREQ(database.GetDB2PrimaryKey("a'b", "DB2ADMIN"), "") << "names are inserted as they are";
+    EXPECT_THAT(std::string(database.GetLastErrorString()), ::testing::HasSubstr("syntax error"));
+}
+
+}  // namespace
+}  // namespace tk::test

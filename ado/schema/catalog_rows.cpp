@@ -1,5 +1,8 @@
 #include "ado/schema/catalog_rows.h"
 
+#include "ado/cursor/text.h"
+#include "ado/odbc/odbc_api.h"
+
 namespace tk::ado {
 
 std::optional<std::u16string> CatalogRow::Text(std::size_t column) const {
@@ -40,6 +43,42 @@ CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCa
     // Some drivers answer a call they do not know with success and no columns.
     if (!statement.HasRows()) return {};
     return ReadRows(RowSet::Fetch(std::move(statement), session, {}));
+}
+
+namespace {
+
+/// CallCatalog without the row of SQLStatistics that tells of the table itself.
+CatalogRows CallForRows(const std::shared_ptr<Session>& session, const CatalogCall& call) {
+    constexpr std::size_t kIndexType = 7;
+    CatalogRows rows = CallCatalog(session, call);
+    if (call.function == CatalogCall::Function::Statistics) {
+        std::erase_if(rows, [](const CatalogRow& row) { return row.Number(kIndexType).value_or(0) == 0; });
+    }
+    return rows;
+}
+
+}  // namespace
+
+CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall call, const CalledTable& called) {
+    CatalogRows rows = CallForRows(session, call);
+    const std::string table = call.*called.table;
+    if (!rows.empty() || table.empty() || !(call.*called.schema).empty()) return rows;
+    if (session->InfoNumber(SQL_SCHEMA_USAGE) == 0) return rows;
+    CatalogCall tables;
+    tables.catalog = call.*called.catalog;
+    tables.schema = "%";
+    tables.table = table;
+    const std::u16string name = ToUtf16(table);
+    for (const CatalogRow& found : CallCatalog(session, tables)) {
+        const auto schema = found.Text(2);
+        // The name was a pattern to the driver.
+        if (!schema || schema->empty() || found.Text(3) != name) continue;
+        call.*called.schema = ToUtf8(*schema);
+        for (CatalogRow& row : CallForRows(session, call)) {
+            if (row.Text(called.answeredSchema) == schema) rows.push_back(std::move(row));
+        }
+    }
+    return rows;
 }
 
 CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql) {

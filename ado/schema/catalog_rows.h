@@ -32,6 +32,20 @@ using CatalogRows = std::vector<CatalogRow>;
 CatalogRows ReadRows(const std::shared_ptr<RowSet>& answer);
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call);
 
+/// The table that a call is about: the members that name it and its schema, and where the schema stands in the answer.
+struct CalledTable {
+    std::string CatalogCall::*catalog = &CatalogCall::catalog;
+    std::string CatalogCall::*schema = &CatalogCall::schema;
+    std::string CatalogCall::*table = &CatalogCall::table;
+    std::size_t answeredSchema = 2;
+};
+inline constexpr CalledTable kForeignTable = {&CatalogCall::foreignCatalog, &CatalogCall::foreignSchema,
+                                              &CatalogCall::foreignTable, 6};
+
+/// CallCatalog about a table whose schema need not be named. Some drivers look for it only among the user's own tables:
+/// when that gives nothing, every schema that has such a table is asked.
+CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall call, const CalledTable& called = {});
+
 /// The rows of a SELECT whose columns stand where a catalog function would put them.
 CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql);
 

@@ -150,7 +150,7 @@ CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restricti
     call.schema = restrictions.Text(1);
     call.table = restrictions.Text(2);
     call.column = restrictions.Text(3);
-    return CallCatalog(session, call);
+    return CallForTable(session, call);
 }
 
 // --- provider types ---

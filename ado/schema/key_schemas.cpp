@@ -34,7 +34,7 @@ CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::s
     call.catalog = CatalogOf(*session, catalog);
     call.schema = schema;
     call.table = table;
-    return CallCatalog(session, call);
+    return CallForTable(session, call);
 }
 
 CatalogRows ReadPrimaryKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
@@ -104,7 +104,7 @@ CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restr
         call.foreignSchema = restrictions.Text(4);
         call.foreignTable = restrictions.Text(5);
     }
-    return CallCatalog(session, call);
+    return CallForTable(session, call, call.foreignTable.empty() ? CalledTable{} : kForeignTable);
 }
 
 // --- indexes ---
@@ -233,10 +233,8 @@ CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restricti
         call.catalog = CatalogOf(*session, restrictions.Text(0));
         call.schema = restrictions.Text(1);
         call.table = table;
-        rows = CallCatalog(session, call);
+        rows = CallForTable(session, call);
     }
-    // The first kind of row tells of the table itself.
-    std::erase_if(rows, [](const CatalogRow& row) { return row.Number(kIndexType).value_or(0) == 0; });
     const CatalogRows key = PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), table);
     std::vector<bool> isKey;
     for (const CatalogRow& row : rows)

@@ -59,7 +59,7 @@ CatalogRows ReadTables(const std::shared_ptr<Session>& session, const Restrictio
     if (call.catalog.empty()) call.catalog = session->CurrentCatalog();
     call.schema = restrictions.Text(1);
     call.table = restrictions.Text(2);
-    return CallCatalog(session, call);
+    return CallForTable(session, call);
 }
 
 // --- procedures ---

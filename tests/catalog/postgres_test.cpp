@@ -32,7 +32,9 @@ void Prepare(CTDatabase& database) {
         "create table tester.\"Order Lines\" (\"OrderId\" integer, line smallint, made timestamp, constraint pk_lines "
         "primary key (line, \"OrderId\"), constraint \"FK_Order\" foreign key (\"OrderId\") references "
         "tester.\"订单\" (\"编号\"))",
-        "create table \"库\".other (id integer)",
+        "create table \"库\".other (id integer constraint pk_other primary key, \"订单\" integer constraint fk_other "
+        "references tester.\"订单\" (\"编号\"))",
+        "create index ix_other on \"库\".other (\"订单\")",
         "create view tester.\"视图\" as select \"编号\" from tester.\"订单\"",
         "create index \"IX_名称\" on tester.\"订单\" (\"名称\")",
         "create function tester.p_save() returns integer language sql as 'select 1'",
@@ -108,7 +110,8 @@ TEST_F(PostgresCatalog, KeysHaveNames) {
     EXPECT_STREQ(database.GetPrimaryKeyName("订单"), "PK_订单");
     EXPECT_STREQ(database.GetPrimaryKey("Order Lines"), "line,OrderId");
     EXPECT_STREQ(database.GetPrimaryKeyName("Order Lines"), "pk_lines");
-    EXPECT_STREQ(database.GetPrimaryKey("other"), "");
+    EXPECT_STREQ(database.GetPrimaryKey("syskeycoluse"), "");
+    EXPECT_STREQ(database.GetPrimaryKey("no such"), "");
     EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("Order Lines", ar); }),
                 ElementsAre("FK_Order"));
     EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("订单", ar); }), IsEmpty());
@@ -127,7 +130,40 @@ TEST_F(PostgresCatalog, ExistenceAndNulls) {
         EXPECT_EQ(database.IsTableExist(row.name), row.exists);
     }
     EXPECT_EQ(database.IsFieldNull("订单", "单价"), 1);
-    EXPECT_EQ(database.IsFieldNull("other", "id"), 0);
+    EXPECT_EQ(database.IsFieldNull("syskeycoluse", "colname"), 0);
+}
+
+// Its driver looks for tables without a schema only where the user's own are.
+TEST_F(PostgresCatalog, ATableOfAnotherSchemaIsFoundWithoutIt) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_EQ(database.IsTableExist("other"), 1);
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllFields("other", ar); }), ElementsAre("id", "订单"));
+    EXPECT_STREQ(database.GetPrimaryKey("other"), "id");
+    EXPECT_STREQ(database.GetPrimaryKeyName("other"), "pk_other");
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("other", ar); }),
+                ElementsAre("fk_other"));
+    CTRecordset indexes(&database);
+    COleDispatchDriver rowset(database.GetIndexSet("other", "ix_other", nullptr));
+    ASSERT_EQ(indexes.OpenField(rowset.m_lpDispatch), 1);
+    ASSERT_EQ(indexes.GetRecordCount(), 1);
+    EXPECT_STREQ(indexes.GetStringValue("TABLE_SCHEMA"), "库");
+    EXPECT_STREQ(indexes.GetStringValue("COLUMN_NAME"), "订单");
+}
+
+TEST_F(PostgresCatalog, TheUsersOwnTableHidesOthersOfItsName) {
+    CTDatabase database;
+    Open(database);
+    ASSERT_EQ(
+        database.ExecuteSQL("create table \"库\".shared (far integer); create table tester.shared (near integer)"), 1);
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllFields("shared", ar); }), ElementsAre("near"));
+    CStringArray names;
+    COleDispatchDriver rowset(database.GetFieldSet("shared", "库"));
+    CTRecordset columns(&database);
+    ASSERT_EQ(columns.OpenField(rowset.m_lpDispatch), 1);
+    EXPECT_EQ(columns.GetFieldNames(names), 1);
+    EXPECT_STREQ(names[0], "far");
+    EXPECT_EQ(database.ExecuteSQL("drop table \"库\".shared; drop table tester.shared"), 1);
 }
 
 TEST_F(PostgresCatalog, WritesTheTableInTheDialectAskedFor) {

@@ -643,9 +643,10 @@ public:
     /// Goes to the next record. @return as above
     int SelectNextRecordToString(long nCount, CString& text, const char* szSeparator, int bUseStr);
 
-    /// Sets the filter and deletes every record that it shows. The filter stays.
+    /// Sets the filter and deletes every record that it shows; an empty criterion shows them all. The filter stays.
     /// @return the records deleted; 0 when there is none, or with the reason in GetLastErrorString(); nothing is
-    ///         deleted when the filter is refused
+    ///         deleted when the filter is refused; -1, with nothing deleted, when the object does not know how many
+    ///         there are
     int Delete(const char* szCriteria);
 
     // ---- column types and field descriptions ------------------------------------------------------------------

@@ -2,11 +2,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <afxdisp.h>
+
 #include <memory>
 
 #include "driver/end_to_end.h"
 #include "support/registered_class.h"
 #include "support/scripted_object.h"
+#include "support/temporary_folder.h"
 #include "tkkernel/driver.h"
 
 namespace tk::test {
@@ -166,6 +169,65 @@ TEST_F(Export, DeleteOfAReadOnlyRecordsetFails) {
     CTRecordset left;
     Open(left, kAll);
     EXPECT_EQ(left.GetRecordCount(), 3);
+}
+
+TEST_F(Export, LongNamesAndValuesAreReadByTheNameOfTheirColumn) {
+    // Around the size of the buffers that the short way through the columns has.
+    for (const std::size_t length : {31u, 127u, 255u, 256u, 257u, 600u}) {
+        SCOPED_TRACE(length);
+        const std::string value = std::string(length - 2, 'x') + "库";
+        const std::string name(std::min<std::size_t>(length, 60), 'n');
+        CTRecordset records;
+        Open(records, ("select '" + value + "' as " + name).c_str());
+        EXPECT_EQ(std::string(records.GetStringValue(name.c_str())), value);
+        EXPECT_EQ(std::string(records.GetCurRecordToString(",")), "'" + value + "'");
+        CStringArray values;
+        EXPECT_EQ(records.SelectOneColumn(std::string(length + 700, 'n').c_str(), values), 1);
+        EXPECT_THAT(TextsOf(values), ElementsAre("")) << "no such column";
+    }
+}
+
+TEST_F(Export, SavedRecordsAreOpenedAgainWhereverTheyAre) {
+    const TemporaryFolder folder;
+    const struct {
+        int (CTRecordset::*save)(const char*, int);
+        const char* name;
+    } forms[] = {{&CTRecordset::SaveAsXML, "库存 清单.xml"}, {&CTRecordset::SaveAsFile, "库存 清单.dat"}};
+    for (const auto& form : forms) {
+        SCOPED_TRACE(form.name);
+        const std::string path = folder.File(form.name);
+        Lines expected;
+        CTRecordset records;
+        Open(records, kAll);
+        CString text;
+        for (int more = records.SelectFirstRecordToString(6, text, "|", 1); more != 0;
+             more = records.SelectNextRecordToString(6, text, "|", 1)) {
+            expected.emplace_back(text);
+        }
+        ASSERT_EQ((records.*form.save)(path.c_str(), 0), 1) << records.GetLastErrorString();
+        ASSERT_EQ((records.*form.save)(path.c_str(), 0), 1) << "over the old file";
+        CTRecordset saved;
+        COleDispatchDriver source;
+        ASSERT_NE(source.CreateDispatch("ADODB.Recordset"), 0);
+        constexpr DISPID kOpen = 1022;
+        const COleVariant file(path.c_str());
+        const COleVariant provider("Provider=MSPersist");
+        source.InvokeHelper(kOpen, DISPATCH_METHOD, VT_EMPTY, nullptr,
+                            reinterpret_cast<const BYTE*>(VTS_VARIANT VTS_VARIANT VTS_I4 VTS_I4 VTS_I4),
+                            static_cast<const VARIANT*>(&file), static_cast<const VARIANT*>(&provider), 3L, 1L, 256L);
+        ASSERT_EQ(saved.OpenDispatch(source.m_lpDispatch), 1) << saved.GetLastErrorString();
+        Lines found;
+        for (int more = saved.SelectFirstRecordToString(6, text, "|", 1); more != 0;
+             more = saved.SelectNextRecordToString(6, text, "|", 1)) {
+            found.emplace_back(text);
+        }
+        EXPECT_EQ(found, expected);
+        EXPECT_EQ(found.size(), 3u);
+    }
+    CTRecordset records;
+    Open(records, kAll);
+    EXPECT_EQ(records.SaveAsFile("/no such folder/库存", 0), 0);
+    EXPECT_THAT(std::string(records.GetLastErrorString()), ::testing::HasSubstr("SaveAsFile!"));
 }
 
 }  // namespace

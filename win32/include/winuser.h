@@ -8,6 +8,7 @@
 #pragma once
 
 #include "tkwin32/message_box.h"
+#include "tkwin32/thread_messages.h"
 #include "windef.h"
 
 /// The window of this thread that has the attention. @return null: no windows are kept here

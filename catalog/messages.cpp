@@ -19,4 +19,7 @@ const char kGetFieldInfoFailed[] = "GetFieldInfo!";
 const char kGetFieldsStructFailed[] = "GetFieldsStruct!";
 const char kListObjectsFailed[] = "筛选数据对象出错";
 
+const char kGetSpecialValueFault[] = "数据库服务器出现异常,面临崩溃危险[异常位置:GetSpecialValue]";
+const char kGetRecordValuesFault[] = "数据库服务器出现异常,面临崩溃危险[异常位置:GetRecordValues]";
+
 }  // namespace tk::catalog

@@ -17,4 +17,8 @@ extern const char kGetFieldInfoFailed[];
 extern const char kGetFieldsStructFailed[];
 extern const char kListObjectsFailed[];  // the lists of the schema queries
 
+// What a fault inside a lookup becomes.
+extern const char kGetSpecialValueFault[];
+extern const char kGetRecordValuesFault[];
+
 }  // namespace tk::catalog

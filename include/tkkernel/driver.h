@@ -381,6 +381,47 @@ public:
     ///         target; "" with the reason when this connection's own tag is not one of these
     CString VeriFySQLPragramer(const char* szScript, const char* szTarget);
 
+    // ---- data maintenance -------------------------------------------------------------------------------------
+    // One ExecuteSQL each, whose result they return. Names stand between double quotes as they are given: what nobody
+    // vetted does not belong here.
+
+    /// @param szWhere  the condition as it is given; empty, blank or null: every row
+    int Delete(const char* szTable, const char* szWhere);
+    /// Deletes every row, the fastest way that the database system has.
+    /// @note With the tag of an unknown system an empty statement is sent.
+    int TruncateTable(const char* szTable);
+    int DropTable(const char* szTable);
+    int DropView(const char* szView);
+    int DropProcedure(const char* szProcedure);
+
+    // ---- lookups ----------------------------------------------------------------------------------------------
+    // A query that cannot be opened, or has no row, leaves the last-error text as it was.
+
+    /// @param szTable  not quoted: may bring a schema in front or a condition behind
+    /// @return -1 when it is not known, also when the count comes as anything but a 16- or 32-bit integer
+    long GetRecordCount(const char* szTable);
+
+    /// One column of the first row.
+    /// @return VT_EMPTY when there is none; lent until this thread's next call
+    const VARIANT& GetFirstValue(const char* szSQL, long nIndex);
+    const VARIANT& GetFirstValue(const char* szSQL, const char* szField);
+
+    /// The display texts of the first row's columns with "|" between them; those of empty values at the end go.
+    /// @param szFields  their names with "|" between them; a single one stands for the first column, whatever it says
+    /// @return "" without a row; and for every exception, with its place in GetLastErrorString()
+    CString GetSpecialValue(const char* szSQL, const char* szFields);
+
+    /// The display texts of every row, each row a line that ends with CR LF.
+    /// @param szSeparator  between the texts; its characters at the end of a line go, those of empty values too
+    /// @return "" without a row; and for every exception, with its place in GetLastErrorString()
+    CString GetRecordValues(const char* szSQL, const char* szSeparator);
+
+    /// Saves the rows in ADO's own binary form, over a file of that name.
+    /// @return 1, or 0; the reason is in GetLastErrorString() when it was the saving that failed
+    int StoreRecordsetToFile(const char* szSQL, const char* szFile);
+
+    CString GetDbInfor();  ///< "system:server:database", of GetDbmsName, GetServer and GetCurDbName.
+
 protected:
     /// @param szType  "TABLE" or "VIEW", ignoring case; every other type is 0 without a question to the database
     int IsObjectExist(const char* szName, const char* szType);
@@ -405,6 +446,15 @@ protected:
     CString VeriFySybasePragramer(const char* szScript, const char* szTarget);
     CString VeriFyDB2Pragramer(const char* szScript, const char* szTarget);
     CString VeriFyOraclePragramer(const char* szScript, const char* szTarget);
+
+    /// The body of a thread that copies rows of a recordset into a list, as many rows as it has fields, and posts
+    /// message 1224 for each.
+    /// @param pParam  five members: DWORD the thread to notify, CStringList* for the rows, CString* for the field
+    /// names,
+    ///        IDispatch* the recordset, CTDatabase* whose connection it has; all outlive the thread, and nobody else
+    ///        touches the list meanwhile
+    /// @return 0
+    static unsigned int OnDataMove(void* pParam);
 
 private:
     COleVariant RunStatement(const char* szSQL);

@@ -344,10 +344,11 @@ public:
     int GetAllProcedures(CStringArray& ar);    ///< Procedures of the current schema, without the number of "P;1".
 
     int GetAllFields(const char* szTable, CStringArray& ar);  ///< @return the number of columns appended
-    int GetTypeNames(CStringArray& ar);                       ///< Names of the database system's types.
-    int GetAllDatabases(CStringArray& ar);                    ///< Names of catalogs; replaces the array.
-    int GetSchemas(CStringArray& ar);     ///< Names of schemata, each once, also with what is there already.
-    int GetAllSchemas(CStringArray& ar);  ///< The same, and the user's name behind it, whether it is there or not.
+    int GetAllIndexes(CStringArray& ar);    ///< GetIndexNames of every table. @return the number of names appended
+    int GetTypeNames(CStringArray& ar);     ///< Names of the database system's types.
+    int GetAllDatabases(CStringArray& ar);  ///< Names of catalogs; replaces the array.
+    int GetSchemas(CStringArray& ar);       ///< Names of schemata, each once, also with what is there already.
+    int GetAllSchemas(CStringArray& ar);    ///< The same, and the user's name behind it, whether it is there or not.
 
     /// @return 1 when a table or a view of that name has a column, else 0
     int IsTableExist(const char* szName);
@@ -380,6 +381,33 @@ public:
     /// @return the script in capitals and otherwise as it was, with the reason in GetLastErrorString(), for another
     ///         target; "" with the reason when this connection's own tag is not one of these
     CString VeriFySQLPragramer(const char* szScript, const char* szTarget);
+
+    // ---- index, view and procedure scripts --------------------------------------------------------------------
+
+    /// The columns of an index with commas between them.
+    /// @param szSchema  null: any; not consulted on DB2, whose own tables are asked
+    /// @return "" with the reason in GetLastErrorString(), or, with that text as it was, when the connection is not
+    ///         open; "ERROR!" with the reason when DB2's tables cannot be asked
+    CString GetIndex(const char* szTable, const char* szIndex, const char* szSchema);
+
+    /// Appends the names of a table's indexes, that of the primary key left out: each once, also with what is there
+    /// already.
+    /// @return 1; 0 with the reason in GetLastErrorString(), or, with that text as it was, when the connection is not
+    ///         open
+    int GetIndexNames(const char* szTable, CStringArray& ar, const char* szSchema);
+
+    /// Appends a CREATE INDEX statement for each of these indexes: all in capitals, without order or uniqueness.
+    /// @return 1, also when there is none; 0 with the reason in GetLastErrorString() behind an exception
+    int GetIndexesContext(const char* szTable, CStringArray& ar);
+
+    /// The columns of all these indexes, each name in double quotes, with commas between them.
+    /// @return "" when there is none, or with the reason in GetLastErrorString() behind an exception
+    CString GetAllIndexName(const char* szTable);
+
+    /// The text of a view as the database system keeps it; on Oracle that of the current schema's view.
+    /// @return "" with the reason in GetLastErrorString()
+    CString GetViewContext(const char* szView);
+    CString GetProcedureContext(const char* szProcedure);  ///< The same of a procedure.
 
     // ---- data maintenance -------------------------------------------------------------------------------------
     // One ExecuteSQL each, whose result they return. Names stand between double quotes as they are given: what nobody
@@ -468,6 +496,12 @@ private:
     int ListDistinct(IDispatch* rowset, const char* szColumn, CStringArray& ar);
     int ListOracleObjects(CStringArray& ar, const char* szType);
     int HasRows(IDispatch* rowset);
+
+    CString IndexColumns(const char* szTable, const char* szIndex, const char* szSchema);
+    CString RowsetIndexColumns(IDispatch* rowset);
+    CString Db2IndexColumns(const char* szTable, const char* szIndex);
+    int ListIndexes(const char* szTable, CStringArray& ar, const char* szSchema);
+    CString SourceText(const CString& sql);
 };
 
 /// Records of a table, query or procedure: an ADO Recordset that opens against a remembered connection string.

@@ -6,6 +6,7 @@
 #include "ado/cursor/messages.h"
 #include "ado/cursor/row_transaction.h"
 #include "ado/cursor/text.h"
+#include "ado/odbc/quoted_name.h"
 #include "ado/rowset/date_value.h"
 #include "ado/rowset/number_value.h"
 
@@ -72,14 +73,7 @@ RowWriter::RowWriter(std::shared_ptr<Session> session, RowStore& rows, const Wri
 }
 
 std::string RowWriter::Quoted(std::string_view name) const {
-    const std::string& quote = session_->Quote();
-    if (quote.empty() || quote == " ") return std::string(name);
-    std::string quoted = quote;
-    for (const char c : name) {
-        quoted += c;
-        if (quote.size() == 1 && c == quote[0]) quoted += c;
-    }
-    return quoted += quote;
+    return QuotedName(name, session_->Quote());
 }
 
 std::string RowWriter::NameOf(const Table& table) const {

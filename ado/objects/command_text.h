@@ -50,6 +50,9 @@ Command MakeCommand(std::u16string_view text, LONG options);
 /// True for a text that is one name, bare or in quotes.
 bool IsSingleName(std::u16string_view text);
 
+/// A table's name, bare or in double quotes, as a statement on a session's database has it.
+std::string TableName(const std::string& name, const Session& session);
+
 /// What is sent for a command, and which of its parameters go where.
 struct CommandSql {
     std::string text;

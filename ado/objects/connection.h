@@ -94,6 +94,7 @@ private:
     void PutProvider(Call& call);
     void GetState(Call& call);
     void OpenSchema(Call& call);
+    void InsertRows(Call& call);
     void Cancel(Call& call);
     void GetProperties(Call& call);
 

@@ -35,6 +35,8 @@ std::span<const Member<Connection>> Connection::Members() {
         {19, kMethod, OLESTR("OpenSchema"), &Connection::OpenSchema, 1, 3},
         {21, kMethod, OLESTR("Cancel"), &Connection::Cancel},
         {500, kGet, OLESTR("Properties"), &Connection::GetProperties},
+        // Not of the object model: asked for by its name.
+        {0x7001, kMethod, OLESTR("InsertRows"), &Connection::InsertRows, 2, 3},
     };
     static_assert(IsMemberTable(kMembers));
     return kMembers;

@@ -116,13 +116,17 @@ CommandSql CallOf(const std::string& text, Session& session, std::span<const LON
 
 }  // namespace
 
+std::string TableName(const std::string& name, const Session& session) {
+    return Requoted(name, session.Quote());
+}
+
 CommandSql SqlOf(const Command& command, Session& session, std::span<const LONG> directions) {
     CommandSql sql;
     switch (command.kind) {
         case Command::Kind::Procedure:
             return CallOf(command.text, session, directions);
         case Command::Kind::Table:
-            sql.text = "SELECT * FROM " + Requoted(command.text, session.Quote());
+            sql.text = "SELECT * FROM " + TableName(command.text, session);
             break;
         case Command::Kind::Text:
             sql.text = command.text;

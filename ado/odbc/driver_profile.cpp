@@ -65,6 +65,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasOnlyLongBinary = true,
         .hasTypedParameters = false,
         .identityQuery = "select last_insert_rowid()",
+        .mostParameters = 1000,
         .savepoint = &kSavepoint,
     },
     {
@@ -87,6 +88,7 @@ constexpr DriverProfile kProfiles[] = {
         .hidesOddMoments = true,
         .hasUnsigned = false,
         .identityQuery = "select lastval()",
+        .mostParameters = 4000,
         .cutsAtZero = true,
         .savepoint = &kSavepoint,
         .hasReturning = true,  // a trigger may have used another sequence since
@@ -111,6 +113,7 @@ constexpr DriverProfile kProfiles[] = {
         .describesBase = true,
         .hasLocalRows = true,
         .identityQuery = "select last_insert_id()",
+        .mostParameters = 4000,
         .savepoint = &kSavepoint,
         .emptyInsert = "() VALUES ()",
         .procedureCall = ProcedureCall::EscapeOrSelect,
@@ -127,6 +130,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasBatches = true,
         .describesBase = true,
         .hasWideParameters = true,
+        .mostParameters = 2000,
         .savepoint = &kTdsSavepoint,
     },
     {

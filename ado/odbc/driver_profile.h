@@ -93,6 +93,7 @@ struct DriverProfile {
     bool hasUnsigned = true;                     // integer types without a sign
     bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
+    unsigned mostParameters = 0;                 // of an INSERT of several rows; 0: one row a statement
     bool cutsAtZero = false;                     // a text ends at its first zero character
     const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked

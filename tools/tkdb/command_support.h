@@ -9,7 +9,13 @@
 namespace tk::tools {
 
 /// Exit codes of the program.
-enum ExitCode { kSuccess = 0, kDatabaseRefused = 1, kWrongUsage = 2, kNotWritten = 3 };
+enum ExitCode {
+    kSuccess = 0,
+    kDatabaseRefused = 1,
+    kWrongUsage = 2,
+    kNotWritten = 3,
+    kInterrupted = 130  // what a shell reports for a program that was stopped at the keyboard
+};
 
 /// Prints the reason. @return the exit code for it
 int Refuse(const CString& error);

@@ -15,8 +15,6 @@
 namespace tk::tools {
 namespace {
 
-constexpr int kInterrupted = 130;  // what a shell reports for a program that was stopped at the keyboard
-
 struct Form {
     ExportFormat format;
     const char* extension;

@@ -4,32 +4,18 @@
 #include <tkkernel/tkkernel.h>
 
 #include <CLI/CLI.hpp>
-#include <fstream>
-#include <iostream>
 #include <map>
-#include <sstream>
 
 #include "tools/demo/demo.h"
 #include "tools/tkdb/commands.h"
+#include "tools/tkdb/read_all.h"
+#include "tools/tkdb/schema_command_line.h"
 #include "tools/tkdb/split_script.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace {
 
 using namespace tk::tools;
-
-bool ReadAll(const std::string& file, std::string& content) {
-    std::ostringstream text;
-    if (file == "-") {
-        text << std::cin.rdbuf();
-    } else {
-        std::ifstream input(file, std::ios::binary);
-        if (!input) return false;
-        text << input.rdbuf();
-    }
-    content = text.str();
-    return true;
-}
 
 struct TextCommand {
     TextWork work;
@@ -70,8 +56,6 @@ int main(int argc, char** argv) {
     bool transaction = false;
     long maxRows = 0;
     Format format = Format::Table;
-    const std::map<std::string, Format> formats{
-        {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}, {"markdown", Format::Markdown}};
 
     auto* exec = app.add_subcommand("exec", "Run statements and report the rows they changed");
     exec->add_option("connection", connection, "Connection string, e.g. \"Driver=SQLite3;Database=stock.db\"")
@@ -84,7 +68,7 @@ int main(int argc, char** argv) {
     query->add_option("connection", connection, "Connection string")->required();
     query->add_option("sql", sql, "Query")->required();
     query->add_option("--format", format, "table, csv, json or markdown")
-        ->transform(CLI::CheckedTransformer(formats, CLI::ignore_case));
+        ->transform(CLI::CheckedTransformer(FormatNames(), CLI::ignore_case));
     query->add_option("--max-rows", maxRows, "Print at most this many rows (0: all)")->check(CLI::NonNegativeNumber);
 
     const std::map<std::string, ExportFormat> exportFormats{{"csv", ExportFormat::Csv},
@@ -122,6 +106,8 @@ int main(int argc, char** argv) {
         if (command.work == TextWork::Number) sub->add_option("--format", textFormat, "Pattern")->required();
     }
 
+    SchemaCommandLine schema(app);
+
     auto* demo = app.add_subcommand("demo", "Load the ISO code lists and work with them");
     demo->add_option("connection", connection, "Connection string (default: an embedded database in a temporary file)");
 
@@ -142,6 +128,7 @@ int main(int argc, char** argv) {
     for (const auto& command : textCommands) {
         if (text->got_subcommand(command.name)) code = PrintTexts(command.work, texts, currencyMode, textFormat);
     }
+    if (const auto done = schema.Run()) code = *done;
     if (demo->parsed()) code = RunDemo(connection);
     CoUninitialize();
     return code;

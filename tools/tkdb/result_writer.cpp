@@ -6,6 +6,12 @@
 
 namespace tk::tools {
 
+const std::map<std::string, Format>& FormatNames() {
+    static const std::map<std::string, Format> names{
+        {"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}, {"markdown", Format::Markdown}};
+    return names;
+}
+
 std::string OneLine(std::string text) {
     std::ranges::replace_if(
         text, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdio>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,6 +17,9 @@
 namespace tk::tools {
 
 enum class Format { Table, Csv, Json, Markdown };
+
+/// The words of the command line.
+const std::map<std::string, Format>& FormatNames();
 
 /// Of what is written; JSON is UTF-8 whatever is asked for.
 enum class Charset { Terminal, Utf8 };

@@ -1,0 +1,63 @@
+#include "ado/cursor/block_writer.h"
+
+#include <algorithm>
+
+#include "ado/cursor/row_transaction.h"
+#include "ado/cursor/text.h"
+#include "ado/odbc/quoted_name.h"
+
+namespace tk::ado {
+namespace {
+
+constexpr LONG kReadCommitted = 0x1000;
+
+/// A list of rows longer than this is refused by one of the servers, and gains nothing at the others.
+constexpr std::size_t kMostRows = 1000;
+
+}  // namespace
+
+BlockWriter::BlockWriter(std::shared_ptr<Session> session, std::string table, std::span<const std::u16string> names,
+                         LONG timeoutSeconds)
+    : session_(std::move(session)), timeoutSeconds_(timeoutSeconds) {
+    std::string list;
+    for (const std::u16string& name : names)
+        list += (list.empty() ? "" : ", ") + QuotedName(ToUtf8(name), session_->Quote());
+    const ExecuteOptions options{timeoutSeconds_, 0, false};
+    columns_ = session_->Execute("SELECT " + list + " FROM " + table + " WHERE 1 = 0", options).Columns();
+    head_ = "INSERT INTO " + table + " (" + list + ") VALUES ";
+    rowsPerStatement_ = std::clamp<std::size_t>(session_->Profile().mostParameters / names.size(), 1, kMostRows);
+}
+
+std::string BlockWriter::TextFor(std::size_t rows) const {
+    std::string marks = "(?";
+    for (std::size_t i = 1; i < columns_.size(); ++i)
+        marks += ", ?";
+    marks += ")";
+    std::string text = head_;
+    text.reserve(head_.size() + rows * (marks.size() + 2));
+    for (std::size_t i = 0; i < rows; ++i)
+        text.append(i == 0 ? "" : ", ").append(marks);
+    return text;
+}
+
+void BlockWriter::Write(RowStore& rows, std::span<const std::size_t> list) {
+    RowTransaction transaction(*session_, kReadCommitted, timeoutSeconds_, RowTransaction::Inside::IsUndone);
+    const ExecuteOptions options{timeoutSeconds_, 0, true};
+    std::vector<Parameter> parameters;
+    std::string text;
+    std::size_t textRows = 0;
+    while (!list.empty()) {
+        const auto part = list.first(std::min(rowsPerStatement_, list.size()));
+        list = list.subspan(part.size());
+        parameters.clear();
+        for (const std::size_t row : part) {
+            for (std::size_t i = 0; i < columns_.size(); ++i)
+                parameters.push_back({nullptr, rows.At(row, i), &columns_[i]});
+        }
+        if (textRows != part.size()) text = TextFor(textRows = part.size());
+        session_->Execute(text, std::span<const Parameter>(parameters), options);
+    }
+    transaction.Keep();
+}
+
+}  // namespace tk::ado

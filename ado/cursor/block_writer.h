@@ -1,0 +1,41 @@
+// ado/cursor/block_writer.h - many rows into a table: several of them a statement, prepared once, values as parameters.
+//
+//   BlockWriter writer(session, "\"item\"", {u"id", u"name"}, 30);
+//   writer.Write(store, rows);
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ado/cursor/row_store.h"
+#include "ado/odbc/session.h"
+
+namespace tk::ado {
+
+class BlockWriter {
+public:
+    /// Asks the database for the types of the columns.
+    /// @param table  as a statement has it, quoted where it needs to be
+    /// @param names  the columns that get values, in the order of the rows' columns; not empty
+    /// @throws AdoError when there is no such table or column
+    BlockWriter(std::shared_ptr<Session> session, std::string table, std::span<const std::u16string> names,
+                LONG timeoutSeconds);
+
+    /// Writes rows of a store with as many columns. All of them or none, inside a transaction of the caller's where the
+    /// database has savepoints.
+    /// @throws AdoError, the driver's
+    void Write(RowStore& rows, std::span<const std::size_t> list);
+
+private:
+    std::string TextFor(std::size_t rows) const;
+
+    std::shared_ptr<Session> session_;
+    std::string head_;             // the statement up to VALUES
+    std::vector<Column> columns_;  // of the table
+    LONG timeoutSeconds_;
+    std::size_t rowsPerStatement_;
+};
+
+}  // namespace tk::ado

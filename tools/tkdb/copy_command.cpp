@@ -1,0 +1,136 @@
+#include "tools/tkdb/copy_command.h"
+
+#include <fmt/format.h>
+
+#include "tools/tkdb/command_support.h"
+#include "tools/tkdb/interruption.h"
+#include "tools/tkdb/progress.h"
+#include "tools/tkdb/row_count.h"
+#include "tools/tkdb/row_inserter.h"
+#include "tools/tkdb/table_maker.h"
+#include "tools/tkdb/terminal_text.h"
+
+namespace tk::tools {
+namespace {
+
+constexpr long kRowsAtATime = 10'000;
+
+std::string InQuotes(const std::string& name) {
+    return "\"" + name + "\"";
+}
+
+/// Thrown to leave a table; the reason is told by the library, or here.
+struct Stop {
+    CString reason;
+    int code = kDatabaseRefused;
+};
+
+void Do(CTDatabase& database, const std::string& statement) {
+    if (database.ExecuteSQL(statement.c_str()) == 0) throw Stop{database.GetLastErrorString()};
+}
+
+long Count(CTDatabase& database, const std::string& table) {
+    long count = 0;
+    const CString reason = CountRowsOf(database, table, count);
+    if (!reason.IsEmpty()) throw Stop{reason};
+    return count;
+}
+
+/// The table while it is being made: gone again unless it is kept.
+class NewTable {
+public:
+    NewTable(CTDatabase& target, const TableScripts& scripts) : target_(target), name_(scripts.name) {
+        target_.BeginTrans();
+        isOpen_ = true;
+        Do(target_, scripts.create);
+        isMade_ = true;
+    }
+    NewTable(const NewTable&) = delete;
+    NewTable& operator=(const NewTable&) = delete;
+    ~NewTable() {
+        if (!isOpen_) return;
+        try {
+            target_.RollbackTrans();
+            // Some systems end the transaction when a table is made.
+            if (isMade_ && target_.IsTableExist(name_.c_str()) != 0) target_.DropTable(name_.c_str());
+        } catch (CException* e) {
+            e->Delete();  // the failure that led here is told
+        }
+    }
+
+    void Keep() {
+        target_.CommitTrans();
+        isOpen_ = false;
+    }
+
+private:
+    CTDatabase& target_;
+    std::string name_;
+    bool isOpen_ = false;
+    bool isMade_ = false;
+};
+
+long InsertAll(CTDatabase& source, const std::string& table, CTDatabase& target, const std::string& name) {
+    CTRecordset records(&source);
+    if (records.OpenTable(table.c_str(), 1) == 0) throw Stop{records.GetLastErrorString()};
+    RowInserter inserter(target);
+    if (!inserter.CanInsert()) throw Stop{"the target's provider takes no rows of other data sources"};
+    Progress progress("rows");
+    long rows = 0;
+    while (const long inserted = inserter.Insert(records, InQuotes(name).c_str(), kRowsAtATime)) {
+        rows += inserted;
+        progress.Advance(static_cast<std::size_t>(inserted));
+        if (Interruption::Wanted()) throw Stop{"stopped", kInterrupted};
+    }
+    return rows;
+}
+
+/// @return the rows of the table; negative: there already
+long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target, bool replace) {
+    TableScripts scripts;
+    const CString reason = MakeScripts(source, table, target, scripts);
+    if (!reason.IsEmpty()) throw Stop{reason};
+    if (target.IsTableExist(scripts.name.c_str()) != 0) {
+        const long there = Count(target, scripts.name);
+        if (there == Count(source, table)) return -1;
+        if (!replace) throw Stop{fmt::format("there already, with {} other rows: {}", there, scripts.name).c_str()};
+        Do(target, "DROP TABLE " + InQuotes(scripts.name));
+    }
+    NewTable made(target, scripts);
+    const long rows = InsertAll(source, table, target, scripts.name);
+    for (const std::string& index : scripts.indexes)
+        Do(target, index);
+    if (Count(target, scripts.name) != rows) throw Stop{("rows are missing: " + scripts.name).c_str()};
+    made.Keep();
+    return rows;
+}
+
+bool Open(CTDatabase& database, const std::string& connection) {
+    return OpenDatabase(database, connection) && UseQuotes(database) != 0;
+}
+
+}  // namespace
+
+int CopyTables(const std::string& source, const std::vector<std::string>& tables, const std::string& target,
+               bool replace) {
+    CTDatabase from;
+    CTDatabase to;
+    if (!Open(from, source)) return Refuse(from.GetLastErrorString());
+    if (!Open(to, target)) return Refuse(to.GetLastErrorString());
+    const Interruption interruption;
+    for (const std::string& table : tables) {
+        try {
+            const long rows = CopyTable(from, TerminalToGbk(table), to, replace);
+            fmt::print("{}: {}\n", table, rows < 0 ? "there already" : fmt::format("{} row(s)", rows));
+            std::fflush(stdout);
+        } catch (const Stop& stop) {
+            static_cast<void>(Refuse((TerminalToGbk(table) + ": " + std::string(stop.reason)).c_str()));
+            return stop.code;
+        } catch (CException* e) {
+            return Refuse(e);
+        }
+    }
+    return kSuccess;
+}
+
+}  // namespace tk::tools

@@ -1,0 +1,18 @@
+// tools/tkdb/row_count.h - how many rows a table has, as its own connection sees it.
+#pragma once
+
+#include <tkkernel/tkkernel.h>
+
+#include <string>
+
+namespace tk::tools {
+
+/// Runs what has to be run once on a connection before names in double quotes are names. @return 1, or 0
+int UseQuotes(CTDatabase& database);
+
+/// Rows that the connection has not committed yet included.
+/// @param table  GBK; UseQuotes has been called
+/// @return "" or why not
+CString CountRowsOf(CTDatabase& database, const std::string& table, long& count);
+
+}  // namespace tk::tools

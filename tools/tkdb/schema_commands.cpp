@@ -21,8 +21,9 @@ Names NamesOf(const CStringArray& list) {
     return names;
 }
 
+/// An empty text is nothing to be told.
 CellText TextCell(const char* gbk) {
-    return {CellNature::Text, text::GbkToUtf8(gbk)};
+    return {*gbk == '\0' ? CellNature::Null : CellNature::Text, text::GbkToUtf8(gbk)};
 }
 
 CellText NumberCell(long number) {

@@ -1,0 +1,131 @@
+// What tkdb tells of tables, and how it carries them: run as a user runs it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tkdb_run.h"
+
+namespace {
+
+using namespace tk::tools::test;
+using testing::HasSubstr;
+
+class TkdbSchema : public Tkdb {
+protected:
+    void SetUp() override {
+        Tkdb::SetUp();
+        // U+7F16 U+53F7: a name of Chinese characters
+        ASSERT_EQ(
+            RunTkdb("exec " + connection_ +
+                    " 'create table item (id integer primary key, name varchar(20) not null, price numeric(12,2), "
+                    "note text)' 'create unique index item_name on item (name, price)'"
+                    " 'create view cheap as select id from item where price < 2'"
+                    " 'create table \"\xE7\xBC\x96\xE5\x8F\xB7\" (\"a b\" integer)'"
+                    " \"insert into item values (1,'\xE4\xB8\xAD',1.25,null),(2,'b',null,'x')\"")
+                .code,
+            0);
+        target_ = std::string("'Driver=SQLite3;Database=") + folder_ + "/target.db'";
+    }
+
+    std::string target_;
+};
+
+TEST_F(TkdbSchema, ListsTablesAndViews) {
+    EXPECT_EQ(RunTkdb("tables " + connection_ + " --format csv").output,
+              "table\r\nitem\r\n\xE7\xBC\x96\xE5\x8F\xB7\r\n");
+    EXPECT_EQ(RunTkdb("views " + connection_ + " --format csv").output, "view\r\ncheap\r\n");
+    EXPECT_EQ(RunTkdb("tables 'Driver=NoSuchDriver'").code, 1);
+}
+
+TEST_F(TkdbSchema, DescribesTheColumnsOfATable) {
+    EXPECT_EQ(RunTkdb("describe " + connection_ + " item --format csv").output,
+              "column,type,nulls,default,key\r\n"
+              "id,integer,no,,yes\r\n"
+              "name,varchar(20),no,,\r\n"
+              "price,\"numeric(12,2)\",yes,,\r\n"
+              "note,text,yes,,\r\n");
+    EXPECT_THAT(RunTkdb("describe " + connection_ + " item --format csv --dialect oracle").output,
+                HasSubstr("name,VARCHAR2 (20),no,,\r\n"));
+    EXPECT_EQ(RunTkdb("describe " + connection_ + " '\xE7\xBC\x96\xE5\x8F\xB7' --format csv").output,
+              "column,type,nulls,default,key\r\na b,integer,yes,,\r\n");
+    const Outcome missing = RunTkdb("describe " + connection_ + " missing", "2>&1");
+    EXPECT_EQ(missing.code, 1);
+    EXPECT_EQ(missing.output, "tkdb: no such table or view: missing\n");
+}
+
+TEST_F(TkdbSchema, WritesScriptsInADialect) {
+    const Outcome script = RunTkdb("script " + connection_ + " item --dialect mssql");
+    EXPECT_EQ(script.code, 0);
+    EXPECT_EQ(script.output,
+              "CREATE TABLE \"ITEM\" (\r\n\t\"ID\"\tINT\t\t NOT NULL,\r\n\t\"NAME\"\tVARCHAR (20)\t\t NOT NULL,\r\n"
+              "\t\"PRICE\"\tNUMERIC (12,2),\r\n\t\"NOTE\"\tTEXT ,\r\n\tPRIMARY KEY (\"ID\"))\n"
+              "CREATE INDEX \"ITEM_NAME\" ON \"ITEM\" (\"NAME\",\"PRICE\")\n");
+    EXPECT_EQ(RunTkdb("indexes " + connection_ + " item --dialect oracle").output,
+              "CREATE INDEX \"ITEM_NAME\" ON \"ITEM\" (\"NAME\",\"PRICE\")\n");
+    EXPECT_EQ(RunTkdb("script " + connection_ + " item --dialect nonsense").code, 2);
+}
+
+TEST_F(TkdbSchema, ConvertsAScriptWithoutADatabase) {
+    const Outcome converted = RunTkdb("convert --from mssql --to oracle", "2>/dev/null",
+                                      "printf 'create table \"T\" (\"A\" varchar (20))' | ");
+    EXPECT_EQ(converted.code, 0);
+    EXPECT_EQ(converted.output, "CREATE TABLE \"T\" (\"A\" VARCHAR2 (20))");
+    EXPECT_EQ(RunTkdb("convert --from mssql --to oracle /no/such/file").code, 2);
+    EXPECT_EQ(RunTkdb("convert --from mssql").code, 2);
+}
+
+TEST_F(TkdbSchema, CountsRows) {
+    EXPECT_EQ(RunTkdb("count " + connection_ + " --format csv").output,
+              "table,rows\r\nitem,2\r\n\xE7\xBC\x96\xE5\x8F\xB7,0\r\n");
+    EXPECT_EQ(RunTkdb("count " + connection_ + " cheap --format csv").output, "table,rows\r\ncheap,1\r\n");
+}
+
+TEST_F(TkdbSchema, CopiesTablesWithTheirKeysAndIndexes) {
+    const Outcome copied = RunTkdb("copy " + connection_ + " item '\xE7\xBC\x96\xE5\x8F\xB7' " + target_, "2>&1");
+    EXPECT_EQ(copied.code, 0);
+    EXPECT_EQ(copied.output, "item: 2 row(s)\n\xE7\xBC\x96\xE5\x8F\xB7: 0 row(s)\n");
+    EXPECT_EQ(RunTkdb("query " + target_ + " 'select * from item order by id' --format csv").output,
+              "id,name,price,note\r\n1,\xE4\xB8\xAD,1.25,\r\n2,b,,x\r\n");
+    EXPECT_EQ(
+        RunTkdb("query " + target_ + " 'select sql from sqlite_master order by name' --format json").output,
+        "[\n  {\"sql\": \"CREATE TABLE \\\"item\\\" (\\\"id\\\" bigint NOT NULL, \\\"name\\\" varchar(20) NOT NULL, "
+        "\\\"price\\\" decimal(12,2), \\\"note\\\" text, PRIMARY KEY (\\\"id\\\"))\"},\n"
+        "  {\"sql\": \"CREATE UNIQUE INDEX \\\"item_name\\\" ON \\\"item\\\" (\\\"name\\\", \\\"price\\\")\"},\n"
+        "  {\"sql\": null},\n"
+        "  {\"sql\": \"CREATE TABLE \\\"\xE7\xBC\x96\xE5\x8F\xB7\\\" (\\\"a b\\\" bigint)\"}\n]\n");
+}
+
+TEST_F(TkdbSchema, TakesACopyUpAgain) {
+    const std::string copy = "copy " + connection_ + " item " + target_;
+    ASSERT_EQ(RunTkdb(copy).code, 0);
+    const Outcome again = RunTkdb(copy);
+    EXPECT_EQ(again.code, 0);
+    EXPECT_EQ(again.output, "item: there already\n");
+    ASSERT_EQ(RunTkdb("exec " + connection_ + " \"insert into item values (3,'c',1,null)\"").code, 0);
+    const Outcome other = RunTkdb(copy, "2>&1");
+    EXPECT_EQ(other.code, 1);
+    EXPECT_EQ(other.output, "tkdb: item: there already, with 2 other rows: item\n");
+    EXPECT_EQ(RunTkdb(copy + " --replace").output, "item: 3 row(s)\n");
+}
+
+TEST_F(TkdbSchema, LeavesNothingOfATableThatCannotBeCopied) {
+    // A value that the target's column does not take, far behind the first rows.
+    ASSERT_EQ(RunTkdb("exec " + connection_ +
+                      " 'create table loose (id integer, n integer not null)'"
+                      " 'insert into loose with recursive r(i) as (select 1 union all select i+1 from r where i<3000) "
+                      "select i, i from r' 'create table keyed (id integer)' 'insert into keyed values (1), (2)'")
+                  .code,
+              0);
+    ASSERT_EQ(RunTkdb("exec " + target_ +
+                      " 'create table keyed (id integer primary key, more text)' 'create table log (x text)'"
+                      " \"insert into keyed values (5, 'y')\"")
+                  .code,
+              0);
+    const Outcome failed = RunTkdb("copy " + connection_ + " loose missing keyed " + target_, "2>&1");
+    EXPECT_EQ(failed.code, 1);
+    EXPECT_THAT(failed.output, HasSubstr("loose: 3000 row(s)\n"));
+    EXPECT_THAT(failed.output, HasSubstr("tkdb: missing: no such table: missing\n"));
+    EXPECT_EQ(RunTkdb("tables " + target_ + " --format csv").output, "table\r\nkeyed\r\nlog\r\nloose\r\n");
+    EXPECT_EQ(RunTkdb("copy " + connection_ + " item").code, 2);
+}
+
+}  // namespace

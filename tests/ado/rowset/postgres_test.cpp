@@ -419,6 +419,24 @@ TEST_F(Postgres, NeverStartsAWriteOnASessionThatTheServerEndedWhileItWasIdle) {
     EXPECT_EQ(Show(*Query(Open(), "select count(*) from written"), 0, 0), "I4 2");
 }
 
+TEST_F(Postgres, KeepsNoConnectionThatIsChangedAsSoonAsItReplacesALostOne) {
+    for (const char* change :
+         {"set application_name to 'changed'", "select set_config('application_name', 'changed', false)"}) {
+        SCOPED_TRACE(change);
+        Open().reset();
+        server_->EndSessions();
+        {
+            const auto session = Open();
+            static_cast<void>(session->Execute(change, {}));
+        }
+        EXPECT_EQ(Show(*Query(Open(),
+                              "select count(*) from pg_settings where name = 'application_name' and setting = "
+                              "'changed'"),
+                       0, 0),
+                  "I4 0");
+    }
+}
+
 TEST_F(Postgres, AsksForNoSignOfLifeBeforeAQuery) {
     Open().reset();
     static OdbcApi table;

@@ -88,7 +88,8 @@ int CTDatabase::IsProcedureExist(const char* szName) {
 /// @param rowset  taken over; may be null
 int CTDatabase::HasRows(IDispatch* rowset) {
     return Guard::Run(*this, kListObjectsFailed, 0, [&] {
+        COleDispatchDriver owner(rowset);  // until the recordset is there
         CTRecordset records;
-        return ShowRowset(records, rowset) && !records.GetEof() ? 1 : 0;
+        return ShowRowset(records, owner.DetachDispatch()) && !records.GetEof() ? 1 : 0;
     });
 }

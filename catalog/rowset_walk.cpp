@@ -21,8 +21,9 @@ int CTDatabase::ShowRowset(CTRecordset& records, IDispatch* rowset) {
 /// @return 1, or 0 with the reason in the last-error text
 int CTDatabase::ListColumn(IDispatch* rowset, const char* szColumn, CStringArray& ar) {
     return Guard::Run(*this, kListObjectsFailed, 0, [&] {
+        COleDispatchDriver owner(rowset);  // until the recordset is there
         CTRecordset records;
-        if (!ShowRowset(records, rowset)) return 0;
+        if (!ShowRowset(records, owner.DetachDispatch())) return 0;
         for (; !records.GetEof(); records.MoveNext())
             ar.Add(records.GetStringValue(szColumn));
         return 1;

@@ -117,6 +117,14 @@ TEST_F(PostgresCatalog, KeysHaveNames) {
     EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("订单", ar); }), IsEmpty());
 }
 
+TEST_F(PostgresCatalog, IndexesAreThoseOfTheUsersSchema) {
+    CTDatabase database;
+    Open(database);
+    CStringArray names;
+    EXPECT_EQ(database.GetAllIndexes(names), 1);
+    EXPECT_STREQ(names[0], "IX_名称");
+}
+
 TEST_F(PostgresCatalog, ExistenceAndNulls) {
     CTDatabase database;
     Open(database);

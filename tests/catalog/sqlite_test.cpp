@@ -115,6 +115,16 @@ TEST_F(SqliteCatalog, IndexesAreRowsOfTheirRowset) {
     EXPECT_STREQ(indexes.GetStringValue("COLUMN_NAME"), "名称");
 }
 
+TEST_F(SqliteCatalog, ListsTheIndexesOfAllTables) {
+    CTDatabase database;
+    Open(database);
+    ASSERT_EQ(database.ExecuteSQL("create index \"ix 2\" on \"Order Lines\" (Item, Line)"), 1);
+    CStringArray names;
+    EXPECT_EQ(database.GetAllIndexes(names), 2);
+    EXPECT_STREQ(names[0], "ix 2");
+    EXPECT_STREQ(names[1], "IX_名称");
+}
+
 TEST_F(SqliteCatalog, ExistenceIsAskedInTheNamesOwnCase) {
     CTDatabase database;
     Open(database);

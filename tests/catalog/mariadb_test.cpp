@@ -1,0 +1,108 @@
+// The catalog of a server whose databases are catalogs and that has no schemata.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/mariadb_server.h"
+#include "support/registered_class.h"
+#include "tkkernel/driver.h"
+
+namespace tk::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+MariaDbServer& TheServer() {
+    static MariaDbServer server;
+    return server;
+}
+
+class MariaDbCatalog : public ::testing::Test {
+protected:
+    void Open(CTDatabase& database, const char* dbmsName = nullptr) {
+        std::string connection = TheServer().ConnectionString();
+        if (dbmsName != nullptr) connection += std::string(";DBMS Name=") + dbmsName;
+        ASSERT_EQ(database.Open(connection.c_str()), 1) << database.GetLastErrorString();
+    }
+
+    static void SetUpTestSuite() {
+        Apartment apartment;
+        CTDatabase database;
+        ASSERT_EQ(database.Open(TheServer().ConnectionString().c_str()), 1) << database.GetLastErrorString();
+        static constexpr const char* kStatements[] = {
+            "create table `订单` (`编号` integer not null primary key, `名称` varchar(20) not null default '无', "
+            "`单价` "
+            "decimal(10,2), key `IX_名称` (`名称`))",
+            "create table `Order Lines` (`OrderId` integer not null, line smallint not null, made datetime, note "
+            "longtext, "
+            "primary key (line, `OrderId`), constraint `FK_Order` foreign key (`OrderId`) references `订单` (`编号`))",
+            "create view `视图` as select `编号` from `订单`",
+            "create procedure p_save() select 1",
+        };
+        for (const char* statement : kStatements)
+            ASSERT_EQ(database.ExecuteSQL(statement), 1) << statement << "\n" << database.GetLastErrorString();
+    }
+
+    template <typename List>
+    std::vector<std::string> Names(List&& list) {
+        CStringArray names;
+        if (!list(names)) return {"failed"};
+        std::vector<std::string> texts;
+        for (int i = 0; i < names.GetSize(); ++i)
+            texts.emplace_back(names.GetAt(i));
+        return texts;
+    }
+
+    Apartment apartment_;
+};
+
+TEST_F(MariaDbCatalog, ListsWhatTheServerHas) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllTables(ar); }), ElementsAre("Order Lines", "订单"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllViews(ar); }), ElementsAre("视图"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllFields("订单", ar); }),
+                ElementsAre("编号", "名称", "单价"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetAllDatabases(ar); }), Contains("test"));
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetSchemas(ar); }), IsEmpty());
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetTypeNames(ar); }), Contains("VARCHAR"));
+}
+
+TEST_F(MariaDbCatalog, KnowsKeysAndIndexes) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_STREQ(database.GetPrimaryKey("订单"), "编号");
+    EXPECT_STREQ(database.GetPrimaryKeyName("订单"), "PRIMARY");
+    EXPECT_STREQ(database.GetPrimaryKey("Order Lines"), "line,OrderId");
+    EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("Order Lines", ar); }),
+                ElementsAre("FK_Order"));
+    CTRecordset indexes(&database);
+    COleDispatchDriver rowset(database.GetIndexSet("订单", nullptr, nullptr));
+    ASSERT_EQ(indexes.OpenField(rowset.m_lpDispatch), 1);
+    ASSERT_EQ(indexes.GetRecordCount(), 2);
+    EXPECT_STREQ(indexes.GetStringValue("INDEX_NAME"), "IX_名称");
+}
+
+TEST_F(MariaDbCatalog, ExistenceAndNulls) {
+    CTDatabase database;
+    Open(database);
+    EXPECT_EQ(database.IsTableExist("订单"), 1);
+    EXPECT_EQ(database.IsTableExist("视图"), 1);
+    EXPECT_EQ(database.IsTableExist("no such"), 0);
+    EXPECT_EQ(database.IsFieldNull("订单", "单价"), 1);
+}
+
+TEST_F(MariaDbCatalog, WritesTheTableInTheDialectAskedFor) {
+    CTDatabase database;
+    Open(database, "Oracle");
+    EXPECT_STREQ(database.GetTableStruct("订单"),
+                 "CREATE TABLE \"订单\" (\r\n"
+                 "\t\"编号\"\tFLOAT (10,0)\t\t NOT NULL,\r\n"
+                 "\t\"名称\"\tVARCHAR2 (20)\t\t NOT NULL\tDEFAULT ('无'),\r\n"
+                 "\t\"单价\"\tNUMBER (10,2) ,\r\n"
+                 "\tPRIMARY KEY (\"编号\"))");
+}
+
+}  // namespace
+}  // namespace tk::test

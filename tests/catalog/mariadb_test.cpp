@@ -74,14 +74,22 @@ TEST_F(MariaDbCatalog, KnowsKeysAndIndexes) {
     Open(database);
     EXPECT_STREQ(database.GetPrimaryKey("订单"), "编号");
     EXPECT_STREQ(database.GetPrimaryKeyName("订单"), "PRIMARY");
-    EXPECT_STREQ(database.GetPrimaryKey("Order Lines"), "line,OrderId");
     EXPECT_THAT(Names([&](CStringArray& ar) { return database.GetForeignKeyNames("Order Lines", ar); }),
                 ElementsAre("FK_Order"));
     CTRecordset indexes(&database);
     COleDispatchDriver rowset(database.GetIndexSet("订单", nullptr, nullptr));
     ASSERT_EQ(indexes.OpenField(rowset.m_lpDispatch), 1);
     ASSERT_EQ(indexes.GetRecordCount(), 2);
+    EXPECT_STREQ(indexes.GetStringValue("INDEX_NAME"), "PRIMARY");
+    EXPECT_EQ(indexes.GetIntValue("PRIMARY_KEY"), 1);
+    indexes.MoveNext();
     EXPECT_STREQ(indexes.GetStringValue("INDEX_NAME"), "IX_名称");
+    EXPECT_EQ(indexes.GetIntValue("PRIMARY_KEY"), 0);
+    CStringArray names;
+    EXPECT_EQ(database.GetIndexNames("订单", names, nullptr), 1);
+    ASSERT_EQ(names.GetSize(), 1);
+    EXPECT_STREQ(names[0], "IX_名称");
+    EXPECT_EQ(database.GetAllIndexes(names), 0) << "without schemata there is none of the user's name";
 }
 
 TEST_F(MariaDbCatalog, ExistenceAndNulls) {
@@ -94,14 +102,30 @@ TEST_F(MariaDbCatalog, ExistenceAndNulls) {
 }
 
 TEST_F(MariaDbCatalog, WritesTheTableInTheDialectAskedFor) {
-    CTDatabase database;
-    Open(database, "Oracle");
-    EXPECT_STREQ(database.GetTableStruct("订单"),
-                 "CREATE TABLE \"订单\" (\r\n"
-                 "\t\"编号\"\tFLOAT (10,0)\t\t NOT NULL,\r\n"
-                 "\t\"名称\"\tVARCHAR2 (20)\t\t NOT NULL\tDEFAULT ('无'),\r\n"
-                 "\t\"单价\"\tNUMBER (10,2) ,\r\n"
-                 "\tPRIMARY KEY (\"编号\"))");
+    static const struct {
+        const char* dbmsName;
+        const char* text;
+    } kRows[] = {
+        {"Microsoft SQL Server",
+         "CREATE TABLE \"订单\" (\r\n"
+         "\t\"编号\"\tINT\t\t NOT NULL,\r\n"
+         "\t\"名称\"\tNVARCHAR (20)\t\t NOT NULL\tDEFAULT ('无'),\r\n"
+         "\t\"单价\"\tNUMERIC (10,2) ,\r\n"
+         "\tPRIMARY KEY (\"编号\"))"},
+        // Its driver describes every text as wide, which Oracle has no type for.
+        {"Oracle",
+         "CREATE TABLE \"订单\" (\r\n"
+         "\t\"编号\"\tFLOAT (10,0)\t\t NOT NULL,\r\n"
+         "\t\"名称\"\tUNKNOWN\t\t NOT NULL\tDEFAULT ('无'),\r\n"
+         "\t\"单价\"\tNUMBER (10,2) ,\r\n"
+         "\tPRIMARY KEY (\"编号\"))"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.dbmsName);
+        CTDatabase database;
+        Open(database, row.dbmsName);
+        EXPECT_STREQ(database.GetTableStruct("订单"), row.text);
+    }
 }
 
 }  // namespace

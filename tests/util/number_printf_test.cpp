@@ -219,11 +219,16 @@ TEST(DoubleToStringByPrintf, AgreesWithTheCLibraryOnIntegers) {
         if (random.Below(2) == 0) format += std::to_string(1 + random.Below(20));
         if (random.Below(3) == 0) format += "." + std::to_string(random.Below(16));
         format += letter;
+        // One library leaves this one empty, against the standard.
+        const bool isOctalZero = number == 0 && letter == 'o' && format.find('#') != std::string::npos;
+        if (isOctalZero && format.find(".0o") != std::string::npos) continue;
         char text[100];
         std::snprintf(text, sizeof(text), format.c_str(), number);
         ASSERT_EQ(Std(DoubleToString(number, format.c_str())), text) << number << ' ' << format;
         ASSERT_EQ(Std(IntToString(number, format.c_str())), text) << number << ' ' << format;
     }
+    EXPECT_STREQ(DoubleToString(0, "%#.0o"), "0");
+    EXPECT_STREQ(IntToString(0, "%#3.0o"), "  0");
 }
 
 }  // namespace

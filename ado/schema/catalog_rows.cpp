@@ -47,6 +47,8 @@ CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCa
 
 namespace {
 
+constexpr char kAnything = '%';  // as a pattern
+
 /// CallCatalog without the row of SQLStatistics that tells of the table itself.
 CatalogRows CallForRows(const std::shared_ptr<Session>& session, const CatalogCall& call) {
     constexpr std::size_t kIndexType = 7;
@@ -66,7 +68,7 @@ CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall ca
     if (session->InfoNumber(SQL_SCHEMA_USAGE) == 0) return rows;
     CatalogCall tables;
     tables.catalog = call.*called.catalog;
-    tables.schema = "%";
+    tables.schema.assign(1, kAnything);
     tables.table = table;
     const std::u16string name = ToUtf16(table);
     for (const CatalogRow& found : CallCatalog(session, tables)) {

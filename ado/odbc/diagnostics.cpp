@@ -118,6 +118,9 @@ constexpr NativeRule kNativeRules[] = {
 // Servers that know permissions only by number, whatever the state says.
 constexpr SQLINTEGER kPermissionNatives[] = {229, 230, 262, 1044, 1142, 1143, 1227, 1370};
 
+// Microsoft SQL Server refuses a login under the state of any other error.
+constexpr SQLINTEGER kLoginNatives[] = {18452, 18456, 18470, 18486, 18487, 18488};
+
 bool IsGenericState(std::string_view state) {
     return state.empty() || state == "HY000" || state == "S1000" || state == "01000" || state == "HY018" ||
            state == "70100";
@@ -189,6 +192,9 @@ FailureClass Classify(const DiagnosticRecord& record) {
     if (std::ranges::find(kPermissionNatives, record.native) != std::end(kPermissionNatives) &&
         record.sqlState.starts_with("42")) {
         return {kPermissionDenied, kCausePermission, false};
+    }
+    if (std::ranges::find(kLoginNatives, record.native) != std::end(kLoginNatives)) {
+        return {kAuthFailed, kCauseConnection, false};
     }
     if (IsGenericState(record.sqlState)) {
         for (const NativeRule& rule : kNativeRules) {

@@ -128,8 +128,9 @@ constexpr DriverProfile kProfiles[] = {
         .fullBlockRows = 256,
         .pingStatement = "SELECT 1",
         .hasBatches = true,
-        .describesBase = true,
+        .readsBaseFromText = true,  // the server tells base tables only of server cursors
         .hasWideParameters = true,
+        .hasUnlimitedAsZero = true,
         .mostParameters = 2000,
         .savepoint = &kTdsSavepoint,
     },

@@ -79,6 +79,7 @@ struct DriverProfile {
     bool hasBatches = false;               // SQLMoreResults is worth asking
     bool hasManyActiveStatements = false;  // several open results on one connection
     bool describesBase = false;            // base table names of result columns can be trusted
+    bool readsBaseFromText = false;        // ... they are not told at all: the text of a plain SELECT has them
     const char* viewQuery = nullptr;       // where base names are those behind a view: the text of a view (a parameter)
     bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong
@@ -88,6 +89,7 @@ struct DriverProfile {
     bool hasWideParameters = false;              // texts are sent as national characters
     bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
     bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
+    bool hasUnlimitedAsZero = false;             // a size of 0 is told of texts and binaries without limit
     bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
     bool hasLocalRows = false;                   // a fetch waits for nobody, and does not bear being cancelled
     bool hasUnsigned = true;                     // integer types without a sign

@@ -46,6 +46,16 @@ CalendarForm FormOf(const Column* column) {
     return CalendarForm::DateTime;
 }
 
+/// The type that a parameter is sent as for its column or declaration: national texts as such, where that matters.
+SQLSMALLINT SentType(const Column& column, bool hasWideParameters) {
+    const auto sqlType = static_cast<SQLSMALLINT>(column.sqlType);
+    const bool isNational = column.type == kTypeWChar || column.type == kTypeVarWChar ||
+                            column.type == kTypeLongVarWChar || column.type == kTypeBstr;
+    if (!hasWideParameters || !isNational) return sqlType;
+    if (sqlType == SQL_VARCHAR) return SQL_WVARCHAR;
+    return sqlType == SQL_LONGVARCHAR ? SQLSMALLINT{SQL_WLONGVARCHAR} : sqlType;
+}
+
 }  // namespace
 
 ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Parameter> parameters) : handle_(handle) {
@@ -80,7 +90,7 @@ void ParameterBinding::Read(const Parameter& parameter, Slot& slot) const {
     }
     // The column's own type keeps a typed server from refusing a text for a number, or a NULL without a type.
     if (parameter.column != nullptr && parameter.column->sqlType != 0 && handle_.Profile().hasTypedParameters) {
-        slot.sqlType = static_cast<SQLSMALLINT>(parameter.column->sqlType);
+        slot.sqlType = SentType(*parameter.column, handle_.Profile().hasWideParameters);
         if (parameter.column->dbType == kTypeNumeric && slot.cType == SQL_C_CHAR) return;
         if (parameter.column->dbType == kTypeNumeric) slot.size = parameter.column->precision;
     }
@@ -99,7 +109,8 @@ void ParameterBinding::ReadOutput(const Parameter& parameter, Slot& slot) const 
     const std::size_t room = isText ? characters * kMostUtf8 + 1 : isBytes ? characters : kLongestNumber;
     slot.bytes.resize(std::max({room, slot.bytes.size() + 1, kLongestNumber}));
     slot.cType = isBytes ? SQL_C_BINARY : SQL_C_CHAR;
-    slot.sqlType = column.sqlType != 0 ? static_cast<SQLSMALLINT>(column.sqlType) : SQLSMALLINT{SQL_VARCHAR};
+    slot.sqlType =
+        column.sqlType != 0 ? SentType(column, handle_.Profile().hasWideParameters) : SQLSMALLINT{SQL_VARCHAR};
     slot.size = column.dbType == kTypeNumeric && column.precision != 255 ? column.precision : characters;
     slot.digits = column.dbType == kTypeNumeric && column.scale != 255 ? column.scale : SQLSMALLINT{0};
     slot.direction = isInput ? SQL_PARAM_INPUT_OUTPUT : SQL_PARAM_OUTPUT;

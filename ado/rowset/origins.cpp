@@ -130,6 +130,39 @@ std::vector<std::vector<std::string>> Ask(Session& session, const std::string& s
     return Ask(session, session.Execute(sql, ExecuteOptions{}));
 }
 
+/// For a driver that tells no base tables: the one that a plain SELECT reads, and its columns.
+void TakeTableFromText(Session& session, std::string_view sql, std::span<Column> columns) {
+    std::vector<std::string> name = ReadOnlyTable(sql);
+    if (name.empty()) return;
+    constexpr std::size_t kParts = 3;
+    while (name.size() < kParts)
+        name.insert(name.begin(), std::string());
+    for (Column& column : columns) {
+        column.baseTable = name.back();
+        column.baseSchema = name[name.size() - 2];
+        column.baseCatalog = name[name.size() - 3];
+    }
+    TakeColumnsFromText(sql, columns);
+    CatalogCall call;
+    call.function = CatalogCall::Function::Columns;
+    call.catalog = name[name.size() - 3];
+    call.schema = name[name.size() - 2];
+    call.table = name.back();
+    constexpr std::size_t kTableName = 2, kColumnName = 3;
+    std::vector<std::string> known;
+    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+        // The name was a pattern to the driver.
+        if (row.size() > kColumnName && EqualsNoCase(row[kTableName], name.back())) known.push_back(row[kColumnName]);
+    }
+    for (Column& column : columns) {
+        const auto found =
+            std::ranges::find_if(known, [&](const auto& each) { return EqualsNoCase(each, column.baseColumn); });
+        column.isExpression = found == known.end();
+        column.baseColumn = column.isExpression ? std::string() : *found;
+        if (column.isExpression) column.baseTable.clear();
+    }
+}
+
 /// Without a primary key: the columns of the first unique index that no NULL can be in.
 void TakeUniqueIndex(std::vector<TableColumn>& columns,
                      const std::map<std::string, std::vector<std::string>>& indexes) {
@@ -284,6 +317,7 @@ void DescribeOrigins(Session& session, std::string_view sql, std::vector<Column>
     try {
         DescribePrepared(session, sql, described, timeoutSeconds);
         if (session.Profile().baseColumnIsAlias) TakeColumnsFromText(sql, described);
+        if (session.Profile().readsBaseFromText) TakeTableFromText(session, sql, described);
         std::set<std::tuple<std::string, std::string, std::string>> done;
         for (const Column& column : described) {
             if (column.baseTable.empty()) continue;

@@ -26,4 +26,8 @@ std::vector<std::string> ReadSelectList(std::string_view sql);
 /// often as it is named; without their schemas. What stands behind WHERE is not looked at.
 std::vector<std::string> ReadTables(std::string_view sql);
 
+/// The parts of the name of the table that a SELECT reads, which may be empty in front of the last one.
+/// Empty when it reads another number of tables than one, or has queries inside that are its tables.
+std::vector<std::string> ReadOnlyTable(std::string_view sql);
+
 }  // namespace tk::ado

@@ -94,6 +94,82 @@ std::string ColumnOf(const std::vector<Token>& item) {
     return hasAlias ? name : std::string();
 }
 
+/// TOP n, TOP (n), with PERCENT or WITH TIES behind it; the token behind all of it. A column may have the name.
+Token SkipTop(Tokens& tokens, Token token) {
+    if (!token.IsWord("top")) return token;
+    Tokens ahead = tokens;
+    Token next = ahead.Next();
+    if (next.IsSign('(')) {
+        while (next.kind != Token::Kind::End && !next.IsSign(')'))
+            next = ahead.Next();
+    } else if (next.kind != Token::Kind::Literal) {
+        return token;
+    }
+    next = ahead.Next();
+    if (next.IsWord("percent")) next = ahead.Next();
+    if (next.IsWord("with")) {
+        ahead.Next();
+        next = ahead.Next();
+    }
+    tokens = ahead;
+    return next;
+}
+
+struct TablesRead {
+    std::vector<std::vector<std::string>> names;  // in parts
+    int queries = 0;                              // among the tables and around them
+};
+
+TablesRead ReadFrom(std::string_view sql) {
+    static constexpr std::string_view kEnds[] = {"where", "group", "having", "order", "limit", "window", "union"};
+    static constexpr std::string_view kBeforeTables[] = {"lateral", "only", "oj"};
+    const auto isAny = [](const Token& token, std::span<const std::string_view> words) {
+        return std::ranges::any_of(words, [&](std::string_view word) { return token.IsWord(word); });
+    };
+    struct Level {
+        bool isQuery = false;  // and no list of arguments
+        bool isList = false;   // of tables: a comma goes to the next one
+    };
+    Tokens tokens(sql);
+    TablesRead read;
+    std::vector<Level> levels(1);
+    bool isAwaited = false;  // a table comes next
+    for (Token token = tokens.Next(); token.kind != Token::Kind::End;) {
+        Level& level = levels.back();
+        if (token.IsSign('(')) {
+            levels.push_back({isAwaited, isAwaited});
+        } else if (token.IsSign(')')) {
+            if (levels.size() > 1) levels.pop_back();
+            isAwaited = false;
+        } else if (token.IsWord("select")) {
+            level = {true, false};
+            ++read.queries;
+            isAwaited = false;
+        } else if (level.isQuery && (token.IsWord("from") || token.IsWord("join") || token.IsWord("straight_join"))) {
+            level.isList = isAwaited = true;
+        } else if (level.isList && token.IsSign(',')) {
+            isAwaited = true;
+        } else if (level.isQuery && isAny(token, kEnds)) {
+            if (levels.size() == 1) break;
+            level.isList = isAwaited = false;
+        } else if (isAwaited && token.kind == Token::Kind::Name && !isAny(token, kBeforeTables)) {
+            std::vector<std::string> name{std::move(token.text)};
+            token = tokens.Next();
+            while (token.IsSign('.')) {
+                token = tokens.Next();
+                const bool isLeftOut = token.IsSign('.');
+                name.push_back(isLeftOut ? std::string() : token.text);
+                if (!isLeftOut) token = tokens.Next();
+            }
+            if (!token.IsSign('(')) read.names.push_back(std::move(name));  // no function that gives rows
+            isAwaited = false;
+            continue;
+        }
+        token = tokens.Next();
+    }
+    return read;
+}
+
 }  // namespace
 
 std::vector<std::string> ReadSelectList(std::string_view sql) {
@@ -104,6 +180,7 @@ std::vector<std::string> ReadSelectList(std::string_view sql) {
     int depth = 0;
     Token token = tokens.Next();
     if (token.IsWord("distinct") || token.IsWord("all")) token = tokens.Next();
+    token = SkipTop(tokens, token);
     for (; token.kind != Token::Kind::End; token = tokens.Next()) {
         if (token.IsSign('(')) ++depth;
         if (token.IsSign(')')) --depth;
@@ -125,49 +202,15 @@ std::vector<std::string> ReadSelectList(std::string_view sql) {
 }
 
 std::vector<std::string> ReadTables(std::string_view sql) {
-    static constexpr std::string_view kEnds[] = {"where", "group", "having", "order", "limit", "window", "union"};
-    static constexpr std::string_view kBeforeTables[] = {"lateral", "only", "oj"};
-    const auto isAny = [](const Token& token, std::span<const std::string_view> words) {
-        return std::ranges::any_of(words, [&](std::string_view word) { return token.IsWord(word); });
-    };
-    struct Level {
-        bool isQuery = false;  // and no list of arguments
-        bool isList = false;   // of tables: a comma goes to the next one
-    };
-    Tokens tokens(sql);
     std::vector<std::string> tables;
-    std::vector<Level> levels(1);
-    bool isAwaited = false;  // a table comes next
-    for (Token token = tokens.Next(); token.kind != Token::Kind::End;) {
-        Level& level = levels.back();
-        if (token.IsSign('(')) {
-            levels.push_back({isAwaited, isAwaited});
-        } else if (token.IsSign(')')) {
-            if (levels.size() > 1) levels.pop_back();
-            isAwaited = false;
-        } else if (token.IsWord("select")) {
-            level = {true, false};
-            isAwaited = false;
-        } else if (level.isQuery && (token.IsWord("from") || token.IsWord("join") || token.IsWord("straight_join"))) {
-            level.isList = isAwaited = true;
-        } else if (level.isList && token.IsSign(',')) {
-            isAwaited = true;
-        } else if (level.isQuery && isAny(token, kEnds)) {
-            if (levels.size() == 1) break;
-            level.isList = isAwaited = false;
-        } else if (isAwaited && token.kind == Token::Kind::Name && !isAny(token, kBeforeTables)) {
-            std::string name = token.text;
-            for (token = tokens.Next(); token.IsSign('.'); token = tokens.Next()) {
-                token = tokens.Next();
-                name = token.text;
-            }
-            if (!token.IsSign('(')) tables.push_back(std::move(name));  // no function that gives rows
-            isAwaited = false;
-            continue;
-        }
-        token = tokens.Next();
-    }
+    for (std::vector<std::string>& name : ReadFrom(sql).names)
+        tables.push_back(std::move(name.back()));
     return tables;
+}
+
+std::vector<std::string> ReadOnlyTable(std::string_view sql) {
+    TablesRead read = ReadFrom(sql);
+    return read.names.size() == 1 && read.queries == 1 ? std::move(read.names[0]) : std::vector<std::string>();
 }
 
 }  // namespace tk::ado

@@ -6,6 +6,7 @@ namespace {
 constexpr LONG kNoLimit = 0;
 constexpr BYTE kNone = 255;
 constexpr int kAnyType = 0;
+constexpr int kServerTime = -154;  // the time of Microsoft SQL Server, which has fractions
 
 // SQL type, unsigned, plain code, Field.Type, kept as, bytes, precision, long
 constexpr SqlTypeRule kRules[] = {
@@ -36,6 +37,7 @@ constexpr SqlTypeRule kRules[] = {
     {SQL_TYPE_DATE, false, kTypeDbDate, kTypeDbDate, CellKind::Date, 6, kNone, false},
     {SQL_TIME, false, kTypeDbTime, kTypeDbTime, CellKind::Time, 6, kNone, false},
     {SQL_TYPE_TIME, false, kTypeDbTime, kTypeDbTime, CellKind::Time, 6, kNone, false},
+    {kServerTime, false, kTypeDbTime, kTypeDbTime, CellKind::Time, 6, kNone, false},
     {SQL_TIMESTAMP, false, kTypeDbTimestamp, kTypeDbTimestamp, CellKind::Timestamp, 16, kNone, false},
     {SQL_TYPE_TIMESTAMP, false, kTypeDbTimestamp, kTypeDbTimestamp, CellKind::Timestamp, 16, kNone, false},
     {SQL_GUID, false, kTypeGuid, kTypeGuid, CellKind::Guid, 16, kNone, false},

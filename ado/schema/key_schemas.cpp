@@ -123,7 +123,9 @@ enum StatisticsColumn : std::size_t {
 
 Value IndexSchema(const CatalogRow& row) {
     const auto qualifier = row.Text(kQualifier);
-    return TextValue(qualifier && !qualifier->empty() ? qualifier : row.Text(2));
+    // Some servers qualify an index by its table, which is no schema.
+    const bool isSchema = qualifier && !qualifier->empty() && qualifier != row.Text(3);
+    return TextValue(isSchema ? qualifier : row.Text(2));
 }
 Value PrimaryKey(const CatalogRow& row) {
     return Value::Boolean(row.Number(kIsPrimary).value_or(0) != 0);

@@ -1,4 +1,6 @@
 // Catalogs, schemata, tables and procedures.
+#include <set>
+
 #include "ado/cursor/text.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
@@ -7,6 +9,15 @@ namespace tk::ado {
 namespace {
 
 using Type = SchemaType;
+
+/// Keeps the first row of each name. A driver that cannot ask for names alone lists what bears them, again and again.
+void KeepNames(CatalogRows& rows, std::size_t column) {
+    std::set<std::u16string> seen;
+    std::erase_if(rows, [&](const CatalogRow& row) {
+        const std::u16string name = row.Text(column).value_or(u"");
+        return name.empty() || !seen.insert(name).second;
+    });
+}
 
 // --- catalogs ---
 
@@ -18,8 +29,7 @@ CatalogRows ReadCatalogs(const std::shared_ptr<Session>& session, const Restrict
     CatalogCall call;
     call.function = CatalogCall::Function::Catalogs;
     CatalogRows rows = CallCatalog(session, call);
-    // A driver that cannot list catalogs lists tables, which have none.
-    std::erase_if(rows, [](const CatalogRow& row) { return row.Text(1).value_or(u"").empty(); });
+    KeepNames(rows, 1);
     return rows;
 }
 
@@ -36,7 +46,7 @@ CatalogRows ReadSchemata(const std::shared_ptr<Session>& session, const Restrict
     CatalogCall call;
     call.function = CatalogCall::Function::Schemas;
     CatalogRows rows = CallCatalog(session, call);
-    std::erase_if(rows, [](const CatalogRow& row) { return row.Text(2).value_or(u"").empty(); });
+    KeepNames(rows, 2);
     return rows;
 }
 

@@ -16,8 +16,8 @@ constexpr std::size_t kMostRows = 1000;
 
 }  // namespace
 
-BlockWriter::BlockWriter(std::shared_ptr<Session> session, std::string table, std::span<const std::u16string> names,
-                         LONG timeoutSeconds)
+BlockWriter::BlockWriter(std::shared_ptr<Session> session, const std::string& table,
+                         std::span<const std::u16string> names, LONG timeoutSeconds)
     : session_(std::move(session)), timeoutSeconds_(timeoutSeconds) {
     std::string list;
     for (const std::u16string& name : names)

@@ -20,7 +20,7 @@ public:
     /// @param table  as a statement has it, quoted where it needs to be
     /// @param names  the columns that get values, in the order of the rows' columns; not empty
     /// @throws AdoError when there is no such table or column
-    BlockWriter(std::shared_ptr<Session> session, std::string table, std::span<const std::u16string> names,
+    BlockWriter(std::shared_ptr<Session> session, const std::string& table, std::span<const std::u16string> names,
                 LONG timeoutSeconds);
 
     /// Writes rows of a store with as many columns. All of them or none, inside a transaction of the caller's where the

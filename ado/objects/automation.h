@@ -49,11 +49,12 @@ template <class T>
 struct Member : MemberInfo {
     void (T::*handler)(Call& call);
 
+    // The analyzer does not follow the initialisation of an aggregate base.
     constexpr Member(DISPID memberId, MemberKind memberKind, const OLECHAR* memberName, void (T::*run)(Call&),
                      unsigned char leastArguments = 0, int mostArguments = -1)
         : MemberInfo{memberId, memberKind, memberName, leastArguments,
                      static_cast<unsigned char>(mostArguments < 0 ? leastArguments : mostArguments)},
-          handler(run) {}
+          handler(run) {}  // NOLINT(clang-analyzer-optin.cplusplus.UninitializedObject)
 };
 
 constexpr bool IsBefore(const MemberInfo& first, const MemberInfo& second) noexcept {

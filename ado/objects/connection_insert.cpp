@@ -14,7 +14,8 @@ void Connection::InsertRows(Call& call) {
     call.ReturnLong(source->CopyRows(session, TableName(ToUtf8(table), *session), limit, commandTimeout_));
 }
 
-LONG Recordset::CopyRows(const std::shared_ptr<Session>& session, std::string table, LONG limit, LONG timeoutSeconds) {
+LONG Recordset::CopyRows(const std::shared_ptr<Session>& session, const std::string& table, LONG limit,
+                         LONG timeoutSeconds) {
     ClientCursor& cursor = Cursor();
     ExpectNoEdit();
     if (!cursor.LiveRow()) return 0;
@@ -25,7 +26,7 @@ LONG Recordset::CopyRows(const std::shared_ptr<Session>& session, std::string ta
     std::vector<std::u16string> names;
     for (const Column& column : Columns())
         names.push_back(column.name);
-    BlockWriter(session, std::move(table), names, timeoutSeconds).Write(cursor.Store(), list);
+    BlockWriter(session, table, names, timeoutSeconds).Write(cursor.Store(), list);
     if (cursor.HasIndex(first + list.size())) {
         cursor.MoveTo(cursor.RowAtIndex(first + list.size()));
     } else {

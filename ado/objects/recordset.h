@@ -92,7 +92,7 @@ public:
     /// Inserts rows from the current one on into a table of another session, and goes to the first one behind them.
     /// @param limit  0: all
     /// @return how many
-    LONG CopyRows(const std::shared_ptr<Session>& session, std::string table, LONG limit, LONG timeoutSeconds);
+    LONG CopyRows(const std::shared_ptr<Session>& session, const std::string& table, LONG limit, LONG timeoutSeconds);
     Value GetChunk(std::size_t column, LONG length);
     void AppendChunk(std::size_t column, const Value& data);
 

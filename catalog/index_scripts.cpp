@@ -2,6 +2,7 @@
 #include "catalog/dbms_tag.h"
 #include "catalog/field_description.h"
 #include "catalog/messages.h"
+#include "catalog/quoted_list.h"
 #include "driver/guard.h"
 #include "driver/invoke.h"
 #include "tkkernel/util.h"
@@ -19,13 +20,6 @@ constexpr char kDb2IndexColumns[] = "SELECT COLNAMES FROM SYSIBM.SYSINDEXES WHER
 
 // Contract: what stands for the columns of a DB2 index that could not be asked for, in statements too.
 constexpr char kDb2IndexFailed[] = "ERROR!";
-
-/// "\"A\",\"B\"" from "A,B". A comma inside a name is taken for the end of one.
-CString Quoted(const CString& columns) {
-    CString quoted = columns;
-    quoted.Replace(",", "\",\"");
-    return "\"" + quoted + "\"";
-}
 
 }  // namespace
 
@@ -120,7 +114,7 @@ int CTDatabase::GetIndexesContext(const char* szTable, CStringArray& ar) {
         ListIndexes(szTable, names, nullptr);
         for (int i = 0; i < names.GetSize(); ++i) {
             CString statement = "CREATE INDEX \"" + names[i] + "\" ON \"" + OrEmpty(szTable) + "\" (" +
-                                Quoted(IndexColumns(szTable, names[i], nullptr)) + ")";
+                                QuotedList(IndexColumns(szTable, names[i], nullptr)) + ")";
             statement.MakeUpper();
             ar.Add(statement);
         }
@@ -135,7 +129,7 @@ CString CTDatabase::GetAllIndexName(const char* szTable) {
         CString text;
         // Contract: the columns, not the names; a column of two indexes is there twice.
         for (int i = 0; i < names.GetSize(); ++i)
-            text += Quoted(IndexColumns(szTable, names[i], nullptr)) + ',';
+            text += QuotedList(IndexColumns(szTable, names[i], nullptr)) + ',';
         text.TrimRight(',');
         return text;
     });

@@ -1,5 +1,6 @@
 // The CREATE TABLE script of a table, and the records of its columns.
 #include "catalog/field_description.h"
+#include "catalog/quoted_list.h"
 #include "driver/guard.h"
 #include "driver/messages.h"
 #include "tkkernel/util.h"
@@ -13,10 +14,7 @@ namespace {
 
 /// @param keys  column names with commas between them
 CString KeyClause(const CString& keys) {
-    if (keys.IsEmpty()) return {};
-    CString quoted = keys;
-    quoted.Replace(",", "\",\"");
-    return ",\r\n\tPRIMARY KEY (\"" + quoted + "\")";
+    return keys.IsEmpty() ? CString() : ",\r\n\tPRIMARY KEY (" + QuotedList(keys) + ")";
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ public:
     RowTransaction& operator=(const RowTransaction&) = delete;
     ~RowTransaction() {
         try {
-            if (isOwn_) session_.Rollback();
+            if (isOwn_) session_.Rollback(options_.timeoutSeconds);
             if (savepoint_ != nullptr) session_.Execute(savepoint_->undo, options_);
         } catch (const AdoError&) {
             // The failure that led here is the one to be reported.
@@ -37,7 +37,7 @@ public:
 
     /// @throws AdoError when the database refuses; what was done is undone then
     void Keep() {
-        if (isOwn_) session_.Commit();
+        if (isOwn_) session_.Commit(options_.timeoutSeconds);
         isOwn_ = false;
         if (savepoint_ != nullptr && savepoint_->release != nullptr) session_.Execute(savepoint_->release, options_);
         savepoint_ = nullptr;

@@ -126,12 +126,13 @@ std::vector<std::vector<std::string>> Ask(Session& session, Statement statement)
     return table;
 }
 
-std::vector<std::vector<std::string>> Ask(Session& session, const std::string& sql) {
-    return Ask(session, session.Execute(sql, ExecuteOptions{}));
+std::vector<std::vector<std::string>> Ask(Session& session, const std::string& sql, const ExecuteOptions& options) {
+    return Ask(session, session.Execute(sql, options));
 }
 
 /// For a driver that tells no base tables: the one that a plain SELECT reads, and its columns.
-void TakeTableFromText(Session& session, std::string_view sql, std::span<Column> columns) {
+void TakeTableFromText(Session& session, std::string_view sql, std::span<Column> columns,
+                       const ExecuteOptions& options) {
     std::vector<std::string> name = ReadOnlyTable(sql);
     if (name.empty()) return;
     constexpr std::size_t kParts = 3;
@@ -150,7 +151,7 @@ void TakeTableFromText(Session& session, std::string_view sql, std::span<Column>
     call.table = name.back();
     constexpr std::size_t kTableName = 2, kColumnName = 3;
     std::vector<std::string> known;
-    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+    for (const auto& row : Ask(session, session.Catalog(call, options))) {
         // The name was a pattern to the driver.
         if (row.size() > kColumnName && EqualsNoCase(row[kTableName], name.back())) known.push_back(row[kColumnName]);
     }
@@ -185,9 +186,10 @@ bool HasKey(const std::vector<TableColumn>& columns) {
 }
 
 /// @param schema  set to the one that the table is in
-std::vector<TableColumn> AskPragma(Session& session, const std::string& table, std::string& schema) {
-    const auto schemas =
-        Ask(session, "select schema from pragma_table_list where name = " + QuotedText(table) + " collate nocase");
+std::vector<TableColumn> AskPragma(Session& session, const std::string& table, const ExecuteOptions& options,
+                                   std::string& schema) {
+    const auto schemas = Ask(
+        session, "select schema from pragma_table_list where name = " + QuotedText(table) + " collate nocase", options);
     // The driver does not tell the schema: of two tables of one name, one attached or temporary, it may be either.
     if (schemas.size() != 1) return {};
     schema = schemas[0][0];
@@ -195,7 +197,8 @@ std::vector<TableColumn> AskPragma(Session& session, const std::string& table, s
     std::size_t keys = 0;
     bool isRowId = false;
     for (const auto& row :
-         Ask(session, "select name, type, \"notnull\", pk from pragma_table_xinfo(" + QuotedText(table) + ")")) {
+         Ask(session, "select name, type, \"notnull\", pk from pragma_table_xinfo(" + QuotedText(table) + ")",
+             options)) {
         TableColumn column;
         column.name = row[0];
         column.isKey = row[3] != "0";
@@ -212,9 +215,11 @@ std::vector<TableColumn> AskPragma(Session& session, const std::string& table, s
     }
     if (HasKey(columns)) return columns;
     std::map<std::string, std::vector<std::string>> indexes;
-    for (const auto& row : Ask(session, "select l.name, i.name from pragma_index_list(" + QuotedText(table) +
-                                            ") l, pragma_index_info(l.name) i where l.\"unique\" = 1 and "
-                                            "l.partial = 0 order by l.name, i.seqno")) {
+    for (const auto& row : Ask(session,
+                               "select l.name, i.name from pragma_index_list(" + QuotedText(table) +
+                                   ") l, pragma_index_info(l.name) i where l.\"unique\" = 1 and "
+                                   "l.partial = 0 order by l.name, i.seqno",
+                               options)) {
         indexes[row[0]].push_back(row[1]);
     }
     TakeUniqueIndex(columns, indexes);
@@ -222,7 +227,8 @@ std::vector<TableColumn> AskPragma(Session& session, const std::string& table, s
 }
 
 /// By the catalog functions; the columns are those of the result, which is all that an update can use, and its key.
-std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> result, const Column& of) {
+std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> result, const Column& of,
+                                    const ExecuteOptions& options) {
     std::vector<TableColumn> columns;
     for (const Column& column : result) {
         if (!IsSameTable(column, of)) continue;
@@ -234,7 +240,7 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
     call.catalog = of.baseCatalog;
     call.schema = of.baseSchema;
     call.table = of.baseTable;
-    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+    for (const auto& row : Ask(session, session.Catalog(call, options))) {
         if (row.size() <= 3) continue;
         bool isThere = false;
         for (TableColumn& column : columns) {
@@ -248,7 +254,7 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
     call.function = CatalogCall::Function::Statistics;
     call.unique = true;
     std::map<std::string, std::vector<std::string>> indexes;
-    for (const auto& row : Ask(session, session.Catalog(call, ExecuteOptions{}))) {
+    for (const auto& row : Ask(session, session.Catalog(call, options))) {
         if (row.size() > 8 && !row[5].empty() && !row[8].empty()) indexes[row[5]].push_back(row[8]);
     }
     TakeUniqueIndex(columns, indexes);
@@ -266,7 +272,8 @@ bool HoldsWholeKey(std::span<const Column> result, const Column& of, std::span<c
 
 /// How often the text names the table, by itself or through views. Twice, as a join of a table with itself does, and a
 /// value of a row may be another row's than the key beside it is.
-std::ptrdiff_t TimesNamed(Session& session, std::string_view sql, const std::string& table, int depth = 0) {
+std::ptrdiff_t TimesNamed(Session& session, std::string_view sql, const std::string& table,
+                          const ExecuteOptions& options, int depth = 0) {
     constexpr int kDeepest = 16;  // views of views
     const std::vector<std::string> named = ReadTables(sql);
     const auto times = std::ranges::count_if(named, [&](const std::string& name) { return EqualsNoCase(name, table); });
@@ -278,18 +285,19 @@ std::ptrdiff_t TimesNamed(Session& session, std::string_view sql, const std::str
     for (const std::string& name : named) {
         Parameter parameter;
         parameter.cell = CellFromText(CellKind::Text, name);
-        const auto texts =
-            Ask(session, session.Execute(query, std::span<const Parameter>(&parameter, 1), ExecuteOptions{}));
-        if (texts.size() == 1) found += TimesNamed(session, texts[0][0], table, depth + 1);
+        const auto texts = Ask(session, session.Execute(query, std::span<const Parameter>(&parameter, 1), options));
+        if (texts.size() == 1) found += TimesNamed(session, texts[0][0], table, options, depth + 1);
     }
     return found;
 }
 
-void DescribeTable(Session& session, std::string_view sql, std::span<Column> columns, const Column& of) {
+void DescribeTable(Session& session, std::string_view sql, std::span<Column> columns, const Column& of,
+                   const ExecuteOptions& options) {
     const bool byPragma = session.Profile().keySource == KeySource::Pragma;
     std::string qualifier;
-    const auto table = byPragma ? AskPragma(session, of.baseTable, qualifier) : AskCatalog(session, columns, of);
-    const bool isWhole = HoldsWholeKey(columns, of, table) && TimesNamed(session, sql, of.baseTable) == 1;
+    const auto table =
+        byPragma ? AskPragma(session, of.baseTable, options, qualifier) : AskCatalog(session, columns, of, options);
+    const bool isWhole = HoldsWholeKey(columns, of, table) && TimesNamed(session, sql, of.baseTable, options) == 1;
     const Column known = of;  // one of the columns changed below
     for (Column& column : columns) {
         if (!IsSameTable(column, known)) continue;
@@ -313,16 +321,17 @@ void DescribeTable(Session& session, std::string_view sql, std::span<Column> col
 }  // namespace
 
 void DescribeOrigins(Session& session, std::string_view sql, std::vector<Column>& columns, LONG timeoutSeconds) {
+    const ExecuteOptions options{timeoutSeconds, 0, false};
     std::vector<Column> described = columns;
     try {
         DescribePrepared(session, sql, described, timeoutSeconds);
         if (session.Profile().baseColumnIsAlias) TakeColumnsFromText(sql, described);
-        if (session.Profile().readsBaseFromText) TakeTableFromText(session, sql, described);
+        if (session.Profile().readsBaseFromText) TakeTableFromText(session, sql, described, options);
         std::set<std::tuple<std::string, std::string, std::string>> done;
         for (const Column& column : described) {
             if (column.baseTable.empty()) continue;
             if (!done.emplace(column.baseCatalog, column.baseSchema, column.baseTable).second) continue;
-            DescribeTable(session, sql, described, column);
+            DescribeTable(session, sql, described, column, options);
         }
     } catch (const AdoError& error) {
         if (IsEnded(error)) throw;

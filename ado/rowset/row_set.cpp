@@ -194,6 +194,12 @@ void RowSet::Impl::DescribeOrigins(LONG timeoutSeconds) {
 }
 
 void RowSet::Impl::BeforeSettingsChange() noexcept try {
+    if (areOriginsKnown) return;
+    {
+        // A clone has asked for it again since: the first answer counts.
+        const std::lock_guard lock(mutex);
+        if (describedEarly != nullptr) return;
+    }
     const auto session = origin.lock();
     if (session == nullptr || text.empty()) return;
     auto described = std::make_unique<std::vector<Column>>(columns);
@@ -205,7 +211,7 @@ void RowSet::Impl::BeforeSettingsChange() noexcept try {
     const std::lock_guard lock(mutex);
     describedEarly = std::move(described);
 } catch (...) {
-    // No memory: asked later, as without a change.
+    areOriginsKnown = true;  // no memory: better not written at all than to another table
 }
 
 void RowSet::DescribeOrigins(LONG timeoutSeconds) {

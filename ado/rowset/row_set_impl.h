@@ -33,7 +33,7 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
 
     std::vector<Column> columns;
     RowLayout layout;
-    bool areOriginsKnown = false;
+    std::atomic<bool> areOriginsKnown = false;
     std::weak_ptr<Session> origin;
     std::string text;
 

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "catalog/listed_names.h"
 #include "support/mariadb_server.h"
 #include "support/registered_class.h"
 #include "tkkernel/driver.h"
@@ -42,16 +43,6 @@ protected:
         };
         for (const char* statement : kStatements)
             ASSERT_EQ(database.ExecuteSQL(statement), 1) << statement << "\n" << database.GetLastErrorString();
-    }
-
-    template <typename List>
-    std::vector<std::string> Names(List&& list) {
-        CStringArray names;
-        if (!list(names)) return {"failed"};
-        std::vector<std::string> texts;
-        for (int i = 0; i < names.GetSize(); ++i)
-            texts.emplace_back(names.GetAt(i));
-        return texts;
     }
 
     Apartment apartment_;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "catalog/listed_names.h"
 #include "support/postgres_server.h"
 #include "support/registered_class.h"
 #include "tkkernel/driver.h"
@@ -57,16 +58,6 @@ protected:
         if (dbmsName != nullptr) connection += std::string(";DBMS Name=") + dbmsName;
         ASSERT_EQ(database.Open(connection.c_str()), 1) << database.GetLastErrorString();
         Prepare(database);
-    }
-
-    template <typename List>
-    std::vector<std::string> Names(List&& list) {
-        CStringArray names;
-        if (!list(names)) return {"failed"};
-        std::vector<std::string> texts;
-        for (int i = 0; i < names.GetSize(); ++i)
-            texts.emplace_back(names.GetAt(i));
-        return texts;
     }
 
     Apartment apartment_;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "catalog/listed_names.h"
 #include "support/registered_class.h"
 #include "support/temporary_folder.h"
 #include "tkkernel/driver.h"
@@ -25,16 +26,6 @@ protected:
         ASSERT_EQ(database.Open(connection.c_str()), 1) << Error(database);
     }
     static std::string Error(CTDatabase& database) { return std::string(database.GetLastErrorString()); }
-
-    template <typename List>
-    std::vector<std::string> Names(List&& list) {
-        CStringArray names;
-        if (!list(names)) return {"failed"};
-        std::vector<std::string> texts;
-        for (int i = 0; i < names.GetSize(); ++i)
-            texts.emplace_back(names.GetAt(i));
-        return texts;
-    }
 
     void SetUp() override {
         CTDatabase database;

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tools/tkdb/command_support.h"
+#include "tools/tkdb/database_system.h"
 #include "tools/tkdb/interruption.h"
 #include "tools/tkdb/progress.h"
 #include "tools/tkdb/row_count.h"
@@ -14,10 +15,6 @@ namespace tk::tools {
 namespace {
 
 constexpr long kRowsAtATime = 10'000;
-
-std::string InQuotes(const std::string& name) {
-    return "\"" + name + "\"";
-}
 
 /// Thrown to leave a table; the reason is told by the library, or here.
 struct Stop {
@@ -39,16 +36,11 @@ long Count(CTDatabase& database, const std::string& table) {
 /// The table while it is being made: gone again unless it is kept.
 class NewTable {
 public:
-    NewTable(CTDatabase& target, const TableScripts& scripts) : target_(target), name_(scripts.name) {
-        target_.BeginTrans();
-        isOpen_ = true;
-        Do(target_, scripts.create);
-        isMade_ = true;
-    }
+    NewTable(CTDatabase& target, const std::string& name) : target_(target), name_(name) { target_.BeginTrans(); }
     NewTable(const NewTable&) = delete;
     NewTable& operator=(const NewTable&) = delete;
     ~NewTable() {
-        if (!isOpen_) return;
+        if (isKept_) return;
         try {
             target_.RollbackTrans();
             // Some systems end the transaction when a table is made.
@@ -58,16 +50,20 @@ public:
         }
     }
 
+    void Make(const std::string& statement) {
+        Do(target_, statement);
+        isMade_ = true;
+    }
     void Keep() {
         target_.CommitTrans();
-        isOpen_ = false;
+        isKept_ = true;
     }
 
 private:
     CTDatabase& target_;
     std::string name_;
-    bool isOpen_ = false;
     bool isMade_ = false;
+    bool isKept_ = false;
 };
 
 long InsertAll(CTDatabase& source, const std::string& table, CTDatabase& target, const std::string& name) {
@@ -77,7 +73,7 @@ long InsertAll(CTDatabase& source, const std::string& table, CTDatabase& target,
     if (!inserter.CanInsert()) throw Stop{"the target's provider takes no rows of other data sources"};
     Progress progress("rows");
     long rows = 0;
-    while (const long inserted = inserter.Insert(records, InQuotes(name).c_str(), kRowsAtATime)) {
+    while (const long inserted = inserter.Insert(records, Quoted(name).c_str(), kRowsAtATime)) {
         rows += inserted;
         progress.Advance(static_cast<std::size_t>(inserted));
         if (Interruption::Wanted()) throw Stop{"stopped", kInterrupted};
@@ -94,9 +90,10 @@ long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target,
         const long there = Count(target, scripts.name);
         if (there == Count(source, table)) return -1;
         if (!replace) throw Stop{fmt::format("there already, with {} other rows: {}", there, scripts.name).c_str()};
-        Do(target, "DROP TABLE " + InQuotes(scripts.name));
+        Do(target, "DROP TABLE " + Quoted(scripts.name));
     }
-    NewTable made(target, scripts);
+    NewTable made(target, scripts.name);
+    made.Make(scripts.create);
     const long rows = InsertAll(source, table, target, scripts.name);
     for (const std::string& index : scripts.indexes)
         Do(target, index);

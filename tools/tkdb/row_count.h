@@ -7,9 +7,6 @@
 
 namespace tk::tools {
 
-/// Runs what has to be run once on a connection before names in double quotes are names. @return 1, or 0
-int UseQuotes(CTDatabase& database);
-
 /// Rows that the connection has not committed yet included.
 /// @param table  GBK; UseQuotes has been called
 /// @return "" or why not

@@ -4,9 +4,9 @@
 #include <tkwin32/text.h>
 
 #include "tools/tkdb/column_type_text.h"
+#include "tools/tkdb/database_system.h"
 #include "tools/tkdb/read_all.h"
 #include "tools/tkdb/row_count.h"
-#include "tools/tkdb/rowset.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -122,8 +122,8 @@ int DescribeTable(const std::string& connection, const std::string& table, Forma
     return OnTables(connection, {table}, [&](CTDatabase& database, const char* name) {
         const std::string key = "," + std::string(database.GetPrimaryKey(name)) + ",";
         CTRecordset columns(&database);
-        const Rowset rows(database.GetFieldSet(name, nullptr));
-        if (columns.OpenField(rows.Get()) == 0) return Refuse(columns.GetLastErrorString());
+        const COleDispatchDriver rows(database.GetFieldSet(name, nullptr));
+        if (columns.OpenField(rows.m_lpDispatch) == 0) return Refuse(columns.GetLastErrorString());
         const auto writer = MakeResultWriter(format, stdout, Charset::Terminal);
         writer->Columns({"column", "type", "nulls", "default", "key"});
         for (; !columns.GetEof(); columns.MoveNext()) {

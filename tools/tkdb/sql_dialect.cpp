@@ -15,13 +15,14 @@ public:
 constexpr struct {
     Dialect dialect;
     const char* word;
-    const char* name;  // its first three letters are the tag
+    const char* name;  // what a database of that kind calls itself
+    const char* tag;   // what the library knows it by
     CString (Converter::*convert)(const char*, const char*);
 } kDialects[] = {
-    {Dialect::SqlServer, "mssql", "Microsoft SQL Server", &Converter::VeriFySQLServerPragramer},
-    {Dialect::Sybase, "sybase", "ADAPTIVE SERVER ENTERPRISE", &Converter::VeriFySybasePragramer},
-    {Dialect::Db2, "db2", "DB2", &Converter::VeriFyDB2Pragramer},
-    {Dialect::Oracle, "oracle", "ORACLE", &Converter::VeriFyOraclePragramer},
+    {Dialect::SqlServer, "mssql", "Microsoft SQL Server", "Mic", &Converter::VeriFySQLServerPragramer},
+    {Dialect::Sybase, "sybase", "ADAPTIVE SERVER ENTERPRISE", "ADA", &Converter::VeriFySybasePragramer},
+    {Dialect::Db2, "db2", "DB2", "DB2", &Converter::VeriFyDB2Pragramer},
+    {Dialect::Oracle, "oracle", "ORACLE", "ORA", &Converter::VeriFyOraclePragramer},
 };
 
 const auto* Find(Dialect dialect) {
@@ -48,22 +49,12 @@ std::string InDialect(const std::string& connection, Dialect dialect) {
     return row == nullptr ? connection : connection + ";DBMS Name={" + row->name + "}";
 }
 
-const char* TagOf(Dialect dialect) {
-    static constexpr std::size_t kTagLength = 3;
-    static const auto tags = [] {
-        std::map<Dialect, std::string> made;
-        for (const auto& row : kDialects)
-            made.emplace(row.dialect, std::string(row.name, kTagLength));
-        return made;
-    }();
-    const auto found = tags.find(dialect);
-    return found == tags.end() ? "" : found->second.c_str();
-}
-
 CString ConvertScript(const CString& script, Dialect from, Dialect to) {
     Converter database;
-    const auto* const row = Find(from);
-    return row == nullptr ? CString() : (database.*row->convert)(script, TagOf(to));
+    const auto* const source = Find(from);
+    const auto* const target = Find(to);
+    if (source == nullptr || target == nullptr) return {};
+    return (database.*source->convert)(script, target->tag);
 }
 
 }  // namespace tk::tools

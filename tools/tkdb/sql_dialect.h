@@ -16,9 +16,6 @@ const std::map<std::string, Dialect>& DialectNames();
 /// A connection string under which the database counts as one of that dialect, whatever it is.
 std::string InDialect(const std::string& connection, Dialect dialect);
 
-/// The tag that the library knows the dialect by.
-const char* TagOf(Dialect dialect);
-
 /// A table script of one dialect in another; needs no connection.
 CString ConvertScript(const CString& script, Dialect from, Dialect to);
 

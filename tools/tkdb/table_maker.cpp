@@ -2,30 +2,21 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <map>
 #include <span>
-#include <string_view>
 
 #include "tools/tkdb/column_type_text.h"
-#include "tools/tkdb/rowset.h"
+#include "tools/tkdb/database_system.h"
 
 namespace tk::tools {
 namespace {
-
-enum System { kSqlite, kPostgres, kMariaDb, kSystems, kOther = kSystems };
-
-constexpr struct {
-    std::string_view word;  // in "DBMS Name"
-    System system;
-} kSystemNames[] = {{"SQLite", kSqlite}, {"PostgreSQL", kPostgres}, {"MariaDB", kMariaDb}, {"MySQL", kMariaDb}};
 
 /// What a column of an ADO type is called; {0} is the size or precision, {1} the scale. A size that is not known, or
 /// beyond what the systems take, makes a text or binary without limit of it.
 constexpr struct {
     long type;
-    const char* words[kSystems];
-    long unlimited = 0;  // the type that stands in for it then
+    const char* words[static_cast<std::size_t>(DatabaseSystem::Other)];  // of each system
+    long unlimited = 0;                                                  // the type that stands in for it then
 } kTypes[] = {
     {2, {"smallint", "smallint", "smallint"}},
     {3, {"integer", "integer", "integer"}},
@@ -61,45 +52,14 @@ constexpr long kLongestSize = 4000;
 constexpr long kInteger = 3;
 constexpr long kBigInteger = 20;
 
-System SystemOf(CTDatabase& database) {
-    const std::string name(database.GetDbmsName());
-    for (const auto& row : kSystemNames) {
-        if (name.find(row.word) != std::string::npos) return row.system;
-    }
-    return kOther;
-}
-
-bool HasScripts(CTDatabase& database) {
-    static constexpr std::string_view kTags[] = {"Mic", "MS ", "ADA", "DB2", "ORA"};
-    const std::string tag = std::string(database.GetDbmsName()).substr(0, 3);
-    return std::ranges::find(kTags, tag) != std::end(kTags);
-}
-
-std::string TagOf(CTDatabase& database) {
-    return std::string(database.GetDbmsName()).substr(0, 3);
-}
-
-std::string Upper(std::string gbk) {
-    CString text(gbk.c_str());
-    text.MakeUpper();
-    return std::string(text);
-}
-
-std::string Quoted(std::string_view name) {
-    std::string quoted = "\"";
-    for (const char c : name)
-        quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return quoted + "\"";
-}
-
 /// "" for a type without a word.
-std::string TypeWord(long type, const _tagFIELDINFO& field, System system) {
+std::string TypeWord(long type, const _tagFIELDINFO& field, DatabaseSystem system) {
     const long size = type == 14 || type == 131 ? field.nPrecision : field.nSize;
     for (const auto& row : kTypes) {
         if (row.type != type) continue;
         const bool isLimited = size > 0 && size <= kLongestSize;
         if (row.unlimited != 0 && !isLimited) return TypeWord(row.unlimited, field, system);
-        return fmt::format(fmt::runtime(row.words[system]), size, field.nScale);
+        return fmt::format(fmt::runtime(row.words[static_cast<std::size_t>(system)]), size, field.nScale);
     }
     return {};
 }
@@ -113,8 +73,8 @@ struct Index {
 std::map<std::string, Index> IndexesOf(CTDatabase& source, const std::string& table) {
     std::map<std::string, Index> indexes;
     CTRecordset rows(&source);
-    const Rowset rowset(source.GetIndexSet(table.c_str(), nullptr, nullptr));
-    if (rows.OpenField(rowset.Get()) == 0) return indexes;
+    const COleDispatchDriver rowset(source.GetIndexSet(table.c_str(), nullptr, nullptr));
+    if (rows.OpenField(rowset.m_lpDispatch) == 0) return indexes;
     for (; !rows.GetEof(); rows.MoveNext()) {
         const std::string name(rows.GetStringValue("INDEX_NAME"));
         if (name.empty() || rows.GetIntValue("PRIMARY_KEY") != 0) continue;
@@ -135,17 +95,18 @@ std::string List(std::span<const std::string> names) {
 std::vector<std::string> KeyOf(CTDatabase& source, const std::string& table) {
     std::vector<std::string> key;
     CTRecordset rows(&source);
-    const Rowset rowset(source.GetPrimaryKeySet(table.c_str(), nullptr));
-    if (rows.OpenField(rowset.Get()) == 0) return key;
+    const COleDispatchDriver rowset(source.GetPrimaryKeySet(table.c_str(), nullptr));
+    if (rows.OpenField(rowset.m_lpDispatch) == 0) return key;
     for (; !rows.GetEof(); rows.MoveNext())
         key.emplace_back(rows.GetStringValue("COLUMN_NAME"));
     return key;
 }
 
-CString MakeByTypes(CTDatabase& source, const std::string& table, System from, System to, TableScripts& scripts) {
+CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem to, TableScripts& scripts) {
+    const DatabaseSystem from = SystemOf(source);
     CTRecordset columns(&source);
-    const Rowset rowset(source.GetFieldSet(table.c_str(), nullptr));
-    if (columns.OpenField(rowset.Get()) == 0) return columns.GetLastErrorString();
+    const COleDispatchDriver rowset(source.GetFieldSet(table.c_str(), nullptr));
+    if (columns.OpenField(rowset.m_lpDispatch) == 0) return columns.GetLastErrorString();
     const std::vector<std::string> key = KeyOf(source, table);
     std::string lines;
     for (; !columns.GetEof(); columns.MoveNext()) {
@@ -153,7 +114,7 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, System from, S
         if (columns.GetFieldInfoCurrent(&field) == 0) return columns.GetLastErrorString();
         long type = ExactType(columns.GetIntValue("DATA_TYPE"), field.nFlags);
         // Integers of a file have 64 bits, whatever they are called.
-        if (from == kSqlite && type == kInteger) type = kBigInteger;
+        if (from == DatabaseSystem::Sqlite && type == kInteger) type = kBigInteger;
         const std::string name(columns.GetStringValue("COLUMN_NAME"));
         const std::string word = TypeWord(type, field, to);
         if (word.empty()) return ("no type for column " + name).c_str();
@@ -173,11 +134,13 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, System from, S
 CString MakeByScript(CTDatabase& source, const std::string& table, CTDatabase& target, TableScripts& scripts) {
     const CString script = source.GetTableStruct(table.c_str());
     if (script.IsEmpty()) return source.GetLastErrorString();
-    const CString converted = source.VeriFySQLPragramer(script, TagOf(target).c_str());
+    const CString converted = source.VeriFySQLPragramer(script, TagOf(target));
     if (converted.IsEmpty()) return source.GetLastErrorString();
     CStringArray indexes;
     if (source.GetIndexesContext(table.c_str(), indexes) == 0) return source.GetLastErrorString();
-    scripts.name = Upper(table);
+    CString name(table.c_str());
+    name.MakeUpper();
+    scripts.name = name;
     scripts.create = converted;
     for (int i = 0; i < static_cast<int>(indexes.GetSize()); ++i)
         scripts.indexes.emplace_back(indexes.GetAt(i));
@@ -188,9 +151,10 @@ CString MakeByScript(CTDatabase& source, const std::string& table, CTDatabase& t
 
 CString MakeScripts(CTDatabase& source, const std::string& table, CTDatabase& target, TableScripts& scripts) {
     if (HasScripts(source) && HasScripts(target)) return MakeByScript(source, table, target, scripts);
-    const System to = SystemOf(target);
-    if (to == kOther) return "the target is no database system that tables can be made in: " + target.GetDbmsName();
-    return MakeByTypes(source, table, SystemOf(source), to, scripts);
+    const DatabaseSystem to = SystemOf(target);
+    if (to == DatabaseSystem::Other)
+        return "the target is no database system that tables can be made in: " + target.GetDbmsName();
+    return MakeByTypes(source, table, to, scripts);
 }
 
 }  // namespace tk::tools

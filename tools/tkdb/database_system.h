@@ -1,0 +1,28 @@
+// tools/tkdb/database_system.h - what kind of database a connection leads to, and what that asks of its statements.
+#pragma once
+
+#include <tkkernel/tkkernel.h>
+
+#include <string>
+#include <string_view>
+
+namespace tk::tools {
+
+/// The systems that tables are made in by the types of their columns; they count from 0.
+enum class DatabaseSystem { Sqlite, Postgres, MariaDb, Other };
+
+DatabaseSystem SystemOf(CTDatabase& database);
+
+/// Whether the library writes scripts for it: by its tag, ignoring case, as the library compares it.
+bool HasScripts(CTDatabase& database);
+
+/// The first three letters of what the database calls itself.
+CString TagOf(CTDatabase& database);
+
+/// A name in double quotes.
+std::string Quoted(std::string_view name);
+
+/// Runs what has to be run once on a connection before names in double quotes are names. @return 1, or 0
+int UseQuotes(CTDatabase& database);
+
+}  // namespace tk::tools

@@ -5,8 +5,9 @@
 //   HRESULT result = CoCreateInstance(clsid, nullptr, CLSCTX_SERVER, IID_IDispatch, (void**)&connection);
 //
 // A class is looked for among the class objects the program registered itself, then in the class registry (see
-// win32/README.md); its server is a shared object that exports DllGetClassObject. Objects of another machine are not
-// served: naming one gives 0x800706BA, the server is unavailable.
+// win32/README.md); its server is a shared object that exports DllGetClassObject. Objects of another machine come from
+// the remote activator the program has set (tkwin32/remote_activation.h); without one naming another machine gives
+// 0x800706BA, the server is unavailable.
 // Threads: any. Class objects are called from the thread that creates, whatever its apartment.
 #pragma once
 
@@ -60,7 +61,9 @@ struct MULTI_QI {
     HRESULT hr;
 };
 
-/// @return REGDB_E_CLASSNOTREG, CO_E_DLLNOTFOUND, CO_E_ERRORINDLL, CO_E_NOTINITIALIZED, or what the class object says
+/// @return REGDB_E_CLASSNOTREG; 0x8007007E when the server is not there, 0x800700C1 when it is no shared object of this
+///         machine, CO_E_ERRORINDLL when it has no DllGetClassObject; CO_E_NOTINITIALIZED; or what the class object
+///         says
 WINOLEAPI CoGetClassObject(REFCLSID rclsid, DWORD dwClsContext, COSERVERINFO* pServerInfo, REFIID riid, LPVOID* ppv);
 WINOLEAPI CoCreateInstance(REFCLSID rclsid, LPUNKNOWN pUnkOuter, DWORD dwClsContext, REFIID riid, LPVOID* ppv);
 /// @return S_OK when every interface was had, CO_S_NOTALLINTERFACES when some were, E_NOINTERFACE when none was

@@ -1,4 +1,4 @@
-// winuser.h - the text functions of the platform's user interface: letters, and stepping through a text.
+// winuser.h - the user interface without a screen: windows, menus, resources, messages; letters and steps of texts.
 //
 //   for (LPCSTR at = path; *at != 0; at = CharNextA(at)) if (*at == '\\') last = at;
 //
@@ -7,11 +7,14 @@
 // Threads: any.
 #pragma once
 
+#include "tkwin32/menus.h"
 #include "tkwin32/message_box.h"
+#include "tkwin32/resources.h"
 #include "tkwin32/thread_messages.h"
+#include "tkwin32/windows.h"
 #include "windef.h"
 
-/// The window of this thread that has the attention. @return null: no windows are kept here
+/// The window of this thread that has the attention. @return null: nobody looks at windows here
 inline HWND GetActiveWindow() noexcept {
     return nullptr;
 }

@@ -1,13 +1,13 @@
 #include "win32/system/class_servers.h"
 
 #include <dlfcn.h>
-#include <unistd.h>
 
 #include <mutex>
 #include <shared_mutex>
 
 #include "win32/datalink/data_links.h"
 #include "win32/system/class_registry.h"
+#include "win32/system/modules.h"
 
 namespace tk::system {
 namespace {
@@ -34,8 +34,7 @@ HRESULT LoadServer(const RegisteredClass& entry, GetClassObjectFunction& getClas
     // second loading costs nothing.
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) {
-        const bool there = path.find('/') != std::string::npos && access(path.c_str(), F_OK) == 0;
-        return there ? CO_E_ERRORINDLL : CO_E_DLLNOTFOUND;
+        return HRESULT_FROM_WIN32(WhyNotLoaded(path));
     }
     getClassObject = reinterpret_cast<GetClassObjectFunction>(dlsym(module, "DllGetClassObject"));
     return getClassObject != nullptr ? S_OK : CO_E_ERRORINDLL;

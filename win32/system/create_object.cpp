@@ -1,5 +1,8 @@
 
+#include <atomic>
+
 #include "ole2.h"
+#include "tkwin32/remote_activation.h"
 #include "win32/system/apartment.h"
 #include "win32/system/class_objects.h"
 #include "win32/system/class_servers.h"
@@ -8,10 +11,16 @@
 namespace tk::system {
 namespace {
 
-/// Why nothing can be created on the machine named, or S_OK when it is this one.
-HRESULT CheckMachine(const COSERVERINFO* server) {
-    if (server == nullptr || server->pwszName == nullptr || IsThisMachine(server->pwszName)) return S_OK;
-    return HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE);
+constinit std::atomic<RemoteActivator> remoteActivator = nullptr;
+
+bool IsElsewhere(const COSERVERINFO* server) {
+    return server != nullptr && server->pwszName != nullptr && !IsThisMachine(server->pwszName);
+}
+
+HRESULT CreateElsewhere(REFCLSID clsid, DWORD context, const COSERVERINFO* server, DWORD count, MULTI_QI* results) {
+    const RemoteActivator activate = remoteActivator.load();
+    if (activate == nullptr) return HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE);
+    return activate(clsid, context, server, count, results);
 }
 
 /// The class object of the program or of a server, with its factory where that is known already.
@@ -52,10 +61,11 @@ using namespace tk::system;
 HRESULT CoGetClassObject(REFCLSID rclsid, DWORD dwClsContext, COSERVERINFO* pServerInfo, REFIID riid, LPVOID* ppv) {
     if (ppv == nullptr) return E_INVALIDARG;
     *ppv = nullptr;
-    HRESULT result = CheckMachine(pServerInfo);
-    if (FAILED(result)) return IsInitialized() ? result : CO_E_NOTINITIALIZED;
+    if (IsElsewhere(pServerInfo)) {
+        return IsInitialized() ? HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE) : CO_E_NOTINITIALIZED;
+    }
     KeptClassObject classObject;
-    result = FindClassObject(rclsid, dwClsContext, classObject);
+    const HRESULT result = FindClassObject(rclsid, dwClsContext, classObject);
     return FAILED(result) ? result : classObject.object->QueryInterface(riid, ppv);
 }
 
@@ -72,12 +82,22 @@ HRESULT CoCreateInstanceEx(REFCLSID rclsid, IUnknown* punkOuter, DWORD dwClsCtx,
         if (pResults[i].pIID == nullptr || pResults[i].pItf != nullptr) return E_INVALIDARG;
     }
     InterfacePointer<IUnknown> object;
-    HRESULT result = IsInitialized() ? CheckMachine(pServerInfo) : CO_E_NOTINITIALIZED;
-    if (SUCCEEDED(result)) result = Create(rclsid, punkOuter, dwClsCtx, IID_IUnknown, object.ReceiveVoid());
-    if (SUCCEEDED(result)) return QueryAll(*object.Get(), pResults, dwCount);
+    HRESULT result = CO_E_NOTINITIALIZED;
+    if (IsInitialized() && IsElsewhere(pServerInfo)) {
+        result = punkOuter != nullptr ? CLASS_E_NOAGGREGATION
+                                      : CreateElsewhere(rclsid, dwClsCtx, pServerInfo, dwCount, pResults);
+        if (SUCCEEDED(result)) return result;
+    } else {
+        result = Create(rclsid, punkOuter, dwClsCtx, IID_IUnknown, object.ReceiveVoid());
+        if (SUCCEEDED(result)) return QueryAll(*object.Get(), pResults, dwCount);
+    }
     for (DWORD i = 0; i < dwCount; ++i)
         pResults[i].hr = result;
     return result;
+}
+
+RemoteActivator SetRemoteActivator(RemoteActivator activator) {
+    return remoteActivator.exchange(activator);
 }
 
 HRESULT CoDisconnectObject(LPUNKNOWN pUnk, DWORD dwReserved) {

@@ -1,7 +1,9 @@
 #include "win32/system/modules.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <link.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <climits>
@@ -9,6 +11,7 @@
 #include <map>
 #include <mutex>
 
+#include "win32/system/file_descriptor.h"
 #include "win32/system/file_names.h"
 #include "win32/system/system_call_error.h"
 #include "winbase.h"
@@ -66,6 +69,23 @@ std::string ProgramPath() {
     return std::string(name);
 }
 
+DWORD WhyNotLoaded(const std::string& path) {
+    // A bare name was looked for by the loader, which passes over what does not fit.
+    if (path.find('/') == std::string::npos || access(path.c_str(), F_OK) != 0) return ERROR_MOD_NOT_FOUND;
+    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    ElfW(Ehdr) header{};
+    ElfW(Ehdr) own{};
+    // The vdso is the one image that is always there to compare with.
+    const auto* image = reinterpret_cast<const void*>(getauxval(AT_SYSINFO_EHDR));
+    if (image != nullptr) std::memcpy(&own, image, sizeof own);
+    const bool whole = file && read(file.Get(), &header, sizeof header) == static_cast<ssize_t>(sizeof header) &&
+                       std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
+    const bool fits = whole && image != nullptr && header.e_ident[EI_CLASS] == own.e_ident[EI_CLASS] &&
+                      header.e_ident[EI_DATA] == own.e_ident[EI_DATA] && header.e_machine == own.e_machine &&
+                      header.e_type == ET_DYN;
+    return fits ? ERROR_MOD_NOT_FOUND : ERROR_BAD_EXE_FORMAT;
+}
+
 }  // namespace tk::system
 
 using namespace tk::system;
@@ -77,8 +97,7 @@ HMODULE LoadLibraryA(LPCSTR lpLibFileName) {
     }
     const std::string name = ToFileSystem(lpLibFileName);
     if (void* module = Open(name, RTLD_NOW | RTLD_LOCAL)) return Remember(module, 1);
-    const bool there = name.find('/') != std::string::npos && access(name.c_str(), F_OK) == 0;
-    SetLastError(there ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
+    SetLastError(WhyNotLoaded(name));
     return nullptr;
 }
 

@@ -70,12 +70,12 @@ TEST_F(CreateObject, PassesOnWhatTheClassObjectSays) {
 TEST_F(CreateObject, TellsWhyAServerCannotBeUsed) {
     EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x80040154)) << "not registered";
     Register(folder_ / "missing.so");
-    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x800401F8)) << "no such file";
+    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x8007007E)) << "no such file";
     Register("tk-no-such-library.so");
-    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x800401F8)) << "unknown to the loader";
+    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x8007007E)) << "unknown to the loader";
     WriteFile(folder_ / "broken.so", "this is text");
     Register(folder_ / "broken.so");
-    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x800401F9)) << "no shared object";
+    EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x800700C1)) << "no shared object";
     Register(NOT_A_SERVER);
     EXPECT_EQ(Create(kTinyClass), static_cast<HRESULT>(0x800401F9)) << "no server";
     Register(TINY_SERVER);

@@ -5,7 +5,7 @@
 //   ... hand GetCurrentThreadId() to whoever reports ...
 //   while (GetMessage(&message, NULL, 0, 0) > 0) Handle(message);
 //
-// No windows are kept here: every message is a thread's own, its hwnd null. A queue exists from the first time its
+// Windows have no part in this: every message is a thread's own, its hwnd null. A queue exists from the first time its
 // thread looks into it until the thread ends.
 // Threads: any; a thread reads its own queue alone.
 #pragma once

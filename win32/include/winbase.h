@@ -10,6 +10,7 @@
 
 #include "fileapi.h"
 #include "guiddef.h"
+#include "handleapi.h"
 #include "interlocked.h"
 #include "synchapi.h"
 #include "tkwin32/paths.h"

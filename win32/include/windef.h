@@ -124,6 +124,7 @@ using LPDWORD = DWORD*;
 
 using HANDLE = void*;
 using PHANDLE = HANDLE*;
+using LPHANDLE = HANDLE*;
 using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
 using HWND = struct HWND__*;

@@ -1,14 +1,17 @@
 // Single values and whole results of a query, as values and texts.
 #include <algorithm>
+#include <optional>
 
 #include "catalog/messages.h"
 #include "driver/guard.h"
 #include "tkkernel/util.h"
+#include "util/fault_guard.h"
 #include "util/text.h"
 
 using namespace tk::catalog;
 using tk::driver::Guard;
 using tk::util::OrEmpty;
+using tk::util::RunGuarded;
 
 namespace {
 
@@ -35,15 +38,20 @@ const VARIANT& FirstValue(CTDatabase& database, const char* sql, Column column) 
     return lent;
 }
 
-/// Runs work for a caller that has to go on whatever happens in it.
-/// @return what work gives; for every kind of exception "", with the text as the last error
-template <typename Work>
-CString Shielded(const Work& work, const char* fault, CString& lastError) {
-    try {
-        return work();
-    } catch (CException* e) {
-        e->Delete();
-    } catch (...) {}
+/// Lets read(records, text) read what a query shows, unless it shows nothing, for a caller that has to go on whatever
+/// happens in it.
+/// @return the text; for every kind of exception and fault "", with the fault's text as the last error
+template <typename Read>
+CString Shielded(CTDatabase& database, const char* sql, const Read& read, const char* fault, CString& lastError) {
+    CString text;
+    // Outside of what may fault: a fault runs no destructors, and the recordset has a session of its own.
+    std::optional<CTRecordset> records;
+    const bool done = RunGuarded([&] {
+        records.emplace(&database);
+        if (records->OpenSQL(sql, 1) && !records->GetEof()) read(*records, text);
+    });
+    RunGuarded([&] { records.reset(); });
+    if (done) return text;
     lastError = fault;
     return {};
 }
@@ -93,27 +101,23 @@ long CTDatabase::GetRecordCount(const char* szTable) {
 // ---- texts ---------------------------------------------------------------------------------------------------------
 
 CString CTDatabase::GetSpecialValue(const char* szSQL, const char* szFields) {
-    const auto read = [&] {
-        CString text;
-        CTRecordset records(this);
-        if (!records.OpenSQL(szSQL, 1) || records.GetEof()) return text;
+    const auto read = [&](CTRecordset& records, CString& text) {
         CStringArray names;
         StringToArray(names, szFields, kNameSeparator);
         // Contract: a single name is not looked at.
-        if (names.GetSize() == 1) return records.GetStringValue(0L);
+        if (names.GetSize() == 1) {
+            text = records.GetStringValue(0L);
+            return;
+        }
         for (int i = 0; i < names.GetSize(); ++i)
             text += records.GetStringValue(names[i]) + kNameSeparator;
         text.TrimRight(kNameSeparator);
-        return text;
     };
-    return Shielded(read, kGetSpecialValueFault, lastError_);
+    return Shielded(*this, szSQL, read, kGetSpecialValueFault, lastError_);
 }
 
 CString CTDatabase::GetRecordValues(const char* szSQL, const char* szSeparator) {
-    const auto read = [&] {
-        CString text;
-        CTRecordset records(this);
-        if (!records.OpenSQL(szSQL, 1) || records.GetEof()) return text;
+    const auto read = [&](CTRecordset& records, CString& text) {
         const CString separator(szSeparator);
         records.SetPageSize(kPageSize);
         const long pages = records.GetPageCount();
@@ -127,9 +131,8 @@ CString CTDatabase::GetRecordValues(const char* szSQL, const char* szSeparator) 
                 records.MoveNext();
             }
         }
-        return text;
     };
-    return Shielded(read, kGetRecordValuesFault, lastError_);
+    return Shielded(*this, szSQL, read, kGetRecordValuesFault, lastError_);
 }
 
 // ---- files and descriptions ----------------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "catalog/catalog_fixture.h"
+#include "util/faults.h"
 
 namespace tk::test {
 namespace {
@@ -225,6 +226,13 @@ TEST_F(Lookups, EveryExceptionBecomesOneText) {
         {"of a server in this process",
          [](Script& script) { script.Does([](const Arguments&) -> COleVariant { throw std::runtime_error("x"); }); }},
         {"of no known kind", [](Script& script) { script.Does([](const Arguments&) -> COleVariant { throw 1; }); }},
+        {"of the memory",
+         [](Script& script) {
+             script.Does([](const Arguments&) {
+                 ReadNull();
+                 return Nothing();
+             });
+         }},
     };
     const struct {
         const char* label;

@@ -1,0 +1,170 @@
+#include "util/posix/fault_handlers.h"
+
+#include <errno.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/syscall.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "util/fault_trap.h"
+
+// The address sanitizer keeps marks on the stack that an abandoned frame never takes off; absent otherwise.
+extern "C" __attribute__((weak)) void __asan_handle_no_return();
+
+namespace tk::util {
+namespace {
+
+// A library that puts its handler in front of ours again and again gets this many places behind it.
+constexpr int kMostPrevious = 8;
+
+/// One signal, and whom it went to before us: the last one is asked first.
+struct FaultSignal {
+    int number;
+    struct sigaction previous[kMostPrevious];
+    std::atomic<int> count;
+};
+
+FaultSignal faultSignals[] = {{SIGSEGV, {}, 0}, {SIGBUS, {}, 0}, {SIGFPE, {}, 0}};
+
+FaultSignal& Find(int number) noexcept {
+    return *std::ranges::find(faultSignals, number, &FaultSignal::number);
+}
+
+// How many handlers before us this thread is in right now: one of them may hand the signal back to us, having found us
+// there when it was installed.
+constinit thread_local int handing __attribute__((tls_model("initial-exec"))) = 0;
+
+std::uintptr_t& StackPointer(ucontext_t& context) noexcept {
+#if defined(__x86_64__)
+    return reinterpret_cast<std::uintptr_t&>(context.uc_mcontext.gregs[REG_RSP]);
+#elif defined(__aarch64__)
+    return reinterpret_cast<std::uintptr_t&>(context.uc_mcontext.sp);
+#else
+#error "say where this processor keeps its stack pointer"
+#endif
+}
+
+/// Makes the interrupted thread call the landing's function instead of going on. The kernel then restores everything
+/// else, the signal mask among it.
+void GoTo(const Landing& landing, ucontext_t& context) noexcept {
+    constexpr std::uintptr_t kAlignment = 16;
+    const auto function = reinterpret_cast<std::uintptr_t>(landing.function);
+    const auto argument = reinterpret_cast<std::uintptr_t>(landing.argument);
+    const std::uintptr_t stack = reinterpret_cast<std::uintptr_t>(landing.stack) & ~(kAlignment - 1);
+#if defined(__x86_64__)
+    constexpr greg_t kBackwards = 0x400;  // a copy that ran downwards; functions expect the other direction
+    auto& registers = context.uc_mcontext.gregs;
+    registers[REG_RIP] = static_cast<greg_t>(function);
+    registers[REG_RDI] = static_cast<greg_t>(argument);
+    registers[REG_RSP] = static_cast<greg_t>(stack - sizeof(void*));  // as behind a call
+    registers[REG_EFL] &= ~kBackwards;
+    // The numeric unit reports what happened once more at its next instruction.
+    if (context.uc_mcontext.fpregs != nullptr) context.uc_mcontext.fpregs->swd = 0;
+#elif defined(__aarch64__)
+    context.uc_mcontext.pc = function;
+    context.uc_mcontext.regs[0] = argument;
+    context.uc_mcontext.sp = stack;
+#endif
+}
+
+/// Raised by what the thread did. What another process or thread sent is none of a trap's business.
+bool IsOwn(const siginfo_t& info) noexcept {
+    return info.si_code > 0 || (info.si_code == SI_TKILL && info.si_pid == getpid());
+}
+
+/// Whether a signal handler was what faulted; the work it interrupted is not to blame.
+bool InSignalHandler(ucontext_t& context) noexcept {
+    const stack_t& stack = context.uc_stack;
+    const auto bottom = reinterpret_cast<std::uintptr_t>(stack.ss_sp);
+    return (stack.ss_flags & SS_DISABLE) == 0 && StackPointer(context) - bottom < stack.ss_size;
+}
+
+/// What the system does when nobody handles the signal.
+void Default(const siginfo_t& info, int number) noexcept {
+    struct sigaction none {};
+    none.sa_handler = SIG_DFL;
+    sigaction(number, &none, nullptr);
+    // A fault comes again when the handler returns; what was sent has to be sent again.
+    if (info.si_code <= 0) syscall(SYS_tgkill, getpid(), syscall(SYS_gettid), number);
+}
+
+void CallPrevious(const struct sigaction& previous, int number, siginfo_t* info, void* context) noexcept {
+    if (previous.sa_handler == SIG_IGN && info->si_code <= 0) return;
+    if (previous.sa_handler == SIG_DFL || previous.sa_handler == SIG_IGN) return Default(*info, number);
+    if ((previous.sa_flags & static_cast<int>(SA_RESETHAND)) != 0) {
+        struct sigaction none {};
+        none.sa_handler = SIG_DFL;
+        sigaction(number, &none, nullptr);
+    }
+    // As the system would have called it; the mask goes back when our handler returns.
+    sigset_t blocked = previous.sa_mask;
+    if ((previous.sa_flags & SA_NODEFER) == 0) sigaddset(&blocked, number);
+    pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    if ((previous.sa_flags & SA_NODEFER) != 0) {
+        sigset_t own;
+        sigemptyset(&own);
+        sigaddset(&own, number);
+        pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    }
+    if ((previous.sa_flags & SA_SIGINFO) != 0) {
+        previous.sa_sigaction(number, info, context);
+    } else {
+        previous.sa_handler(number);
+    }
+}
+
+void HandOn(int number, siginfo_t* info, void* context) noexcept {
+    FaultSignal& signal = Find(number);
+    const int next = signal.count.load(std::memory_order_acquire) - 1 - handing;
+    if (next < 0) return Default(*info, number);
+    ++handing;
+    CallPrevious(signal.previous[next], number, info, context);
+    --handing;
+}
+
+void OnFault(int number, siginfo_t* info, void* interrupted) {
+    const int before = errno;
+    auto& context = *static_cast<ucontext_t*>(interrupted);
+    const Landing landing = InnermostLanding();
+    if (landing.function != nullptr && IsOwn(*info) && !InSignalHandler(context)) {
+        if (__asan_handle_no_return != nullptr) __asan_handle_no_return();
+        GoTo(landing, context);
+    } else {
+        HandOn(number, info, interrupted);
+    }
+    errno = before;
+}
+
+void PutFirst(FaultSignal& signal) noexcept {
+    struct sigaction now {};
+    if (sigaction(signal.number, nullptr, &now) != 0) return;
+    const bool isOurs = (now.sa_flags & SA_SIGINFO) != 0 && now.sa_sigaction == &OnFault;
+    const int count = signal.count.load(std::memory_order_relaxed);
+    if (isOurs || count == kMostPrevious) return;
+    // Known before ours can be called.
+    signal.previous[count] = now;
+    signal.count.store(count + 1, std::memory_order_release);
+    struct sigaction ours {};
+    ours.sa_sigaction = &OnFault;
+    ours.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    sigemptyset(&ours.sa_mask);
+    sigaction(signal.number, &ours, nullptr);
+}
+
+}  // namespace
+
+void OfferFaultsFirst() {
+    static pthread_mutex_t oneAtATime = PTHREAD_MUTEX_INITIALIZER;
+    pthread_mutex_lock(&oneAtATime);
+    for (FaultSignal& signal : faultSignals)
+        PutFirst(signal);
+    pthread_mutex_unlock(&oneAtATime);
+}
+
+}  // namespace tk::util

@@ -8,4 +8,5 @@
 #include "tkkernel/catalog.h"
 #include "tkkernel/driver.h"
 #include "tkkernel/platform.h"
+#include "tkkernel/sync.h"
 #include "tkkernel/util.h"

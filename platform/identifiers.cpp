@@ -1,3 +1,7 @@
+#include <windows.h>
+
+#include <rpc.h>
+
 #include "platform/wide_text.h"
 #include "tkkernel/platform.h"
 
@@ -15,4 +19,25 @@ GUID StringToGuid(const char* szText) {
 GUID CreateGuid() {
     GUID guid = {};
     return SUCCEEDED(CoCreateGuid(&guid)) ? guid : GUID{};
+}
+
+CString StringFromUuid(const GUID& uuid) {
+    RPC_CSTR text = nullptr;
+    if (UuidToStringA(&uuid, &text) != RPC_S_OK) return CString();
+    CString copy(reinterpret_cast<const char*>(text));
+    RpcStringFreeA(&text);
+    return copy;
+}
+
+GUID StringToUuid(const char* szText) {
+    GUID uuid = {};
+    CString text(szText);  // the platform takes a text it might change
+    const auto writable = reinterpret_cast<RPC_CSTR>(text.GetBuffer(0));
+    return UuidFromStringA(writable, &uuid) == RPC_S_OK ? uuid : GUID{};
+}
+
+GUID CreateUuid() {
+    GUID uuid = {};
+    UuidCreate(&uuid);
+    return uuid;
 }

@@ -6,5 +6,6 @@ namespace tk::platform {
 
 extern const char kSocketsFailed[];
 extern const char kComNotStarted[];
+extern const char kCallAuthorFault[];
 
 }  // namespace tk::platform

@@ -46,6 +46,13 @@ TKKERNEL_API void AfxIDispatchTerm();
 /// @return the HRESULT
 TKKERNEL_API long AfxISecurityInit(void* pSecurityDescriptor, unsigned long nAuthnLevel);
 
+/// Makes calls through a proxy run under an account: connect-level authentication, impersonation, no authorisation.
+/// @param identity  the platform's record, as it stands
+/// @return the HRESULT; E_NOINTERFACE for an object of this process, which is no proxy
+TKKERNEL_API long AfxSetSecurityEx(IUnknown* pProxy, COAUTHIDENTITY& identity);
+/// The same with the account as texts; null and empty ones are left out of the record.
+TKKERNEL_API long AfxSetSecurity(IUnknown* pProxy, const char* szUser, const char* szDomain, const char* szPassword);
+
 // ---- object creation ----------------------------------------------------------------------------------
 
 /// Creates the object of a class into a driver, which will release it.
@@ -64,8 +71,45 @@ TKKERNEL_API IUnknown* CreateIDispatch(GUID clsid, const GUID& iid);
 ///         null with the last error left alone when it does not have the interface
 TKKERNEL_API IUnknown* QueryIDispatch(GUID clsid, const GUID& iid);
 
+/// Creates an object on a machine, under an account.
+/// @param szHost  null, empty or this machine by LocalHost: as CreateIDispatch, the account is not used; else the name
+///                goes to the platform as it is, and no in-process server is asked
+/// @param szUser  null or empty: the caller's own account; else calls through the object run under this one as well
+/// @return owned by the caller; null with the HRESULT as the thread's last error
+TKKERNEL_API IUnknown* CreateIDispatchEx(const char* szProgId, const GUID& iid, const char* szHost, const char* szUser,
+                                         const char* szDomain, const char* szPassword);
+TKKERNEL_API IUnknown* CreateIDispatchEx(GUID clsid, const GUID& iid, const char* szHost, const char* szUser,
+                                         const char* szDomain, const char* szPassword);
+/// Several at once: locally an object for each entry, elsewhere one object for all of them, all asked for the same
+/// interface. The name of the machine goes to the platform behind two backslashes.
+/// @param pResults  nCount entries, which are overwritten; each tells its own HRESULT, and pItf is the caller's even
+///                  when the call fails. pIID points to iid afterwards.
+/// @return 1 when at least one object is there; 0 with the HRESULT as the last error, which for another machine's
+///         refusal is in the event log too. An account that cannot be set on a proxy fails the call.
+TKKERNEL_API int CreateIDispatchEx(MULTI_QI* pResults, long nCount, GUID clsid, const GUID& iid, const char* szHost,
+                                   const char* szUser, const char* szDomain, const char* szPassword);
+/// @return null: creation through a queue is not offered
+TKKERNEL_API IUnknown* CreateIDispatchQueue(GUID clsid, const GUID& iid, const char* szHost, const char* szUser,
+                                            const char* szDomain, const char* szPassword);
+
 /// Ends the connections of others to an object. The caller's own reference stays: it is not released.
 TKKERNEL_API void ReleaseIDispatch(IUnknown* pObject);
+
+/// Whether a name means this machine: "127.0.0.1", "localhost" (both without any look-up), the machine's host name or
+/// one of that name's addresses, in either case.
+/// @return 1 or 0; -1 when the host name, of 31 characters at most, or its addresses cannot be had
+TKKERNEL_API int LocalHost(const char* szHost);
+
+// ---- who is calling, and who is there -------------------------------------------------------------------
+
+/// Inside a server's call: the caller's account, as the platform writes it.
+/// @return "" outside a call, and when the platform does not tell
+TKKERNEL_API CString GetCallAuthor();
+/// The user accounts of this machine.
+/// @return 1, also when they cannot be had
+TKKERNEL_API int GetAllAccounts(CStringArray& names);
+/// The account that the thread runs under; "" when its name has more than 255 characters.
+TKKERNEL_API CString GetCurrentUser();
 
 // ---- identifiers and texts ------------------------------------------------------------------------------
 
@@ -75,6 +119,14 @@ TKKERNEL_API CString StringFromGuid(const GUID& guid);
 /// @return all zero for anything else
 TKKERNEL_API GUID StringToGuid(const char* szText);
 TKKERNEL_API GUID CreateGuid();
+/// The form without braces, in lower case.
+TKKERNEL_API CString StringFromUuid(const GUID& uuid);
+/// @param szText  the form without braces, in either case
+/// @return all zero for anything else
+TKKERNEL_API GUID StringToUuid(const char* szText);
+TKKERNEL_API GUID CreateUuid();
+/// @return 1 when the class is registered with an in-process server whose file is there, else 0
+TKKERNEL_API int CLSIDExist(GUID& clsid);
 
 /// @return a new BSTR, the caller's
 TKKERNEL_API BSTR StringCopy(const char* szText);

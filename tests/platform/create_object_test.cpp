@@ -135,4 +135,36 @@ TEST_F(CreateObject, DisconnectsWithoutReleasing) {
     ReleaseIDispatch(nullptr);
 }
 
+TEST_F(CreateObject, OnTheMachineItselfIsLocal) {
+    for (const char* host : {static_cast<const char*>(nullptr), "", "127.0.0.1", "LOCALHOST"}) {
+        SCOPED_TRACE(host != nullptr ? host : "null");
+        classes_.Give(&object_);
+        const Held<IUnknown> created(CreateIDispatchEx(kClass, IID_IDispatch, host, nullptr, nullptr, nullptr));
+        EXPECT_EQ(created.Get(), static_cast<IUnknown*>(&object_));
+    }
+    MULTI_QI result = {nullptr, nullptr, E_FAIL};
+    classes_.Give(&object_);
+    EXPECT_EQ(CreateIDispatchEx(&result, 1L, kClass, IID_IDispatch, "localhost", nullptr, nullptr, nullptr), 1);
+    EXPECT_EQ(result.hr, S_OK);
+    ASSERT_EQ(result.pItf, static_cast<IUnknown*>(&object_));
+    result.pItf->Release();
+}
+
+TEST_F(CreateObject, ThroughAQueueIsNotOffered) {
+    EXPECT_EQ(CreateIDispatchQueue(kClass, IID_IDispatch, "", "", "", ""), nullptr);
+    EXPECT_EQ(CreateIDispatchQueue(kClass, IID_IDispatch, "stock2", "li", "STOCK", "pw"), nullptr);
+    EXPECT_EQ(CreateIDispatchQueue(GUID{}, GUID{}, nullptr, nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(classes_.Created(), 0);
+}
+
+TEST_F(CreateObject, HasNoAccountToSetOnAnObjectOfThisProcess) {
+    EXPECT_EQ(AfxSetSecurity(&object_, "li", "STOCK", "pw"), static_cast<long>(E_NOINTERFACE));
+}
+
+TEST(LocalHost, KnowsTheFixedNamesInEitherCase) {
+    EXPECT_EQ(LocalHost("127.0.0.1"), 1);
+    EXPECT_EQ(LocalHost("localhost"), 1);
+    EXPECT_EQ(LocalHost("LOCALHOST"), 1);
+}
+
 }  // namespace

@@ -56,4 +56,44 @@ TEST(CreateGuid, GivesADifferentOneEachTime) {
     EXPECT_EQ(seen.count("{00000000-0000-0000-0000-000000000000}"), 0U);
 }
 
+TEST(StringFromUuid, WritesTheBareLowerCaseForm) {
+    EXPECT_STREQ(StringFromUuid(kGuid), "00000514-0000-0010-8000-00aa006d2ea4");
+    EXPECT_STREQ(StringFromUuid(kNone), "00000000-0000-0000-0000-000000000000");
+}
+
+TEST(StringToUuid, ReadsTheBareFormOfEitherCase) {
+    EXPECT_TRUE(IsEqualGUID(StringToUuid("00000514-0000-0010-8000-00AA006D2EA4"), kGuid));
+    EXPECT_TRUE(IsEqualGUID(StringToUuid("00000514-0000-0010-8000-00aa006d2ea4"), kGuid));
+}
+
+TEST(StringToUuid, IsZeroForAMalformedText) {
+    for (const char* text : {"", "{00000514-0000-0010-8000-00AA006D2EA4}", "00000514-0000-0010-8000-00AA006D2EA",
+                             "00000514-0000-0010-8000-00AA006D2EAG", "00000514000000108000-00AA006D2EA4", "库存"}) {
+        SCOPED_TRACE(text);
+        EXPECT_TRUE(IsEqualGUID(StringToUuid(text), kNone));
+    }
+    EXPECT_TRUE(IsEqualGUID(StringToUuid(nullptr), kNone));
+}
+
+TEST(StringToUuid, UndoesStringFromUuid) {
+    for (int i = 0; i < 100; ++i) {
+        const GUID uuid = CreateUuid();
+        EXPECT_TRUE(IsEqualGUID(StringToUuid(StringFromUuid(uuid)), uuid));
+    }
+}
+
+TEST(CreateUuid, MakesEachOnce) {
+    std::set<std::string> texts;
+    for (int i = 0; i < 1000; ++i)
+        texts.emplace(StringFromUuid(CreateUuid()));
+    EXPECT_EQ(texts.size(), 1000u);
+}
+
+TEST(CLSIDExist, IsZeroForAClassThatIsNotRegistered) {
+    GUID unknown = {0x5B3A2D31, 0x7C42, 0x4E0A, {0x9D, 0x10, 0x42, 0x8F, 0x55, 0x10, 0x77, 0xA1}};
+    EXPECT_EQ(CLSIDExist(unknown), 0);
+    GUID none = {};
+    EXPECT_EQ(CLSIDExist(none), 0);
+}
+
 }  // namespace

@@ -1,4 +1,6 @@
 // winsock2.h - start-up and errors of the network functions, over the POSIX ones, which keep their own names.
+// gethostbyname and gethostbyaddr are ours, because the POSIX ones share one answer among all threads and wait as long
+// as they like (tkwin32/resolver.h).
 //
 //   WSADATA data;
 //   if (WSAStartup(MAKEWORD(2, 2), &data) != 0) return;
@@ -95,3 +97,13 @@ EXTERN_C TKWIN32_API void WSASetLastError(int iError);
 EXTERN_C TKWIN32_API int closesocket(SOCKET s);
 /// @param cmd  FIONBIO or FIONREAD
 EXTERN_C TKWIN32_API int ioctlsocket(SOCKET s, long cmd, ULONG* argp);
+
+/// The IPv4 addresses of a host.
+/// @param name  a name or a dotted address; null or "" for this machine
+/// @return the calling thread's, until its next question; null with WSAHOST_NOT_FOUND, WSATRY_AGAIN when the limit of
+///         time is over, WSANO_RECOVERY, WSANO_DATA
+EXTERN_C TKWIN32_API hostent* TkGetHostByName(const char* name);
+/// The host that has an address. @param type  AF_INET
+EXTERN_C TKWIN32_API hostent* TkGetHostByAddr(const char* address, int length, int type);
+#define gethostbyname TkGetHostByName
+#define gethostbyaddr TkGetHostByAddr

@@ -181,6 +181,18 @@ std::optional<RegisteredClass> FindClass(REFCLSID clsid) {
     return std::nullopt;
 }
 
+std::vector<RegisteredClass> AllClasses() {
+    std::vector<RegisteredClass> classes;
+    const auto add = [&](const RegisteredClass& entry) {
+        if (std::ranges::find(classes, entry.clsid, &RegisteredClass::clsid) == classes.end()) classes.push_back(entry);
+    };
+    for (const auto& file : CurrentFiles())
+        std::ranges::for_each(file->classes, add);
+    for (const BuiltInClass& entry : kBuiltInClasses)
+        add({entry.clsid, entry.progId, entry.server});
+    return classes;
+}
+
 std::optional<CLSID> FindProgId(std::u16string_view progId) {
     const ClassFiles files = CurrentFiles();
     if (const auto exact = FindExactProgId(files, progId)) return exact;

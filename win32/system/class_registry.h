@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "guiddef.h"
 
@@ -22,6 +23,9 @@ struct RegisteredClass {
 };
 
 std::optional<RegisteredClass> FindClass(REFCLSID clsid);
+
+/// All classes, each once, in the order they are found in.
+std::vector<RegisteredClass> AllClasses();
 
 /// Letter case does not matter. A name that is not registered is looked for once more without its version tail
 /// (".2", ".2.8").

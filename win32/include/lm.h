@@ -1,0 +1,4 @@
+// lm.h - the machine's accounts.
+#pragma once
+
+#include "lmaccess.h"

@@ -22,8 +22,9 @@ GUID CreateGuid() {
 }
 
 CString StringFromUuid(const GUID& uuid) {
+    GUID copied = uuid;  // some declarations ask for one that may be changed
     RPC_CSTR text = nullptr;
-    if (UuidToStringA(&uuid, &text) != RPC_S_OK) return CString();
+    if (UuidToStringA(&copied, &text) != RPC_S_OK) return CString();
     CString copy(reinterpret_cast<const char*>(text));
     RpcStringFreeA(&text);
     return copy;

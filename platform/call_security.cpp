@@ -2,6 +2,7 @@
 #include "platform/messages.h"
 #include "tkkernel/platform.h"
 #include "tkkernel/util.h"
+#include "util/fault_guard.h"
 
 namespace tk::platform {
 namespace {
@@ -54,11 +55,9 @@ long AfxSetSecurity(IUnknown* pProxy, const char* szUser, const char* szDomain, 
 }
 
 CString GetCallAuthor() {
-    try {
-        return tk::platform::ReadCaller();
-    } catch (CException* e) {
-        e->Delete();
-    } catch (...) {}
+    CString author;
+    if (tk::util::RunGuarded([&] { author = tk::platform::ReadCaller(); })) return author;
+    CoRevertToSelf();  // a fault leaves no time for the way back
     AddErrorLog(tk::platform::kCallAuthorFault, 0, 0, nullptr);
     return CString();
 }

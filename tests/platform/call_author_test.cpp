@@ -9,6 +9,7 @@
 #include "support/registered_class.h"
 #include "support/scripted_object.h"
 #include "tkkernel/platform.h"
+#include "util/faults.h"
 #include "util/platform_calls.h"
 
 namespace {
@@ -36,7 +37,8 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryBlanket(DWORD*, DWORD*, OLECHAR** server, DWORD*, DWORD*, void** name,
                                            DWORD*) override {
-        if (faults) throw std::runtime_error("the call is broken");
+        if (throws) throw std::runtime_error("the call is broken");
+        if (faults) WriteNull();
         if (FAILED(blanket)) return blanket;
         static OLECHAR caller[] = OLESTR("STOCK\\\u674E");
         *name = caller;
@@ -58,6 +60,7 @@ public:
 
     HRESULT impersonation = S_OK;
     HRESULT blanket = S_OK;
+    bool throws = false;
     bool faults = false;
     bool impersonating = false;
     int impersonations = 0;
@@ -94,11 +97,16 @@ TEST(GetCallAuthor, LogsAFault) {
     const Apartment apartment;
     PlatformCalls log;
     ServedCall call;
+    call.throws = true;
+    EXPECT_STREQ(GetCallAuthor(), "");
+    EXPECT_FALSE(call.impersonating);
+    call.throws = false;
     call.faults = true;
     EXPECT_STREQ(GetCallAuthor(), "");
     EXPECT_FALSE(call.impersonating);
     const auto records = log.Records();
-    ASSERT_EQ(records.size(), 1u);
+    ASSERT_EQ(records.size(), 2u);
+    EXPECT_EQ(records[1], records[0]);
     EXPECT_EQ(records[0].strings.at(0), "连接点关闭出现异常[异常位置:GetCallAuthor]");
     EXPECT_EQ(records[0].type, EVENTLOG_ERROR_TYPE);
 }

@@ -61,6 +61,16 @@ void ChildProcess::Kill() {
     Wait();
 }
 
+void ChildProcess::Stop() {
+    kill(system_->process, SIGSTOP);
+    int status = 0;
+    waitpid(system_->process, &status, WUNTRACED);
+}
+
+void ChildProcess::Continue() {
+    kill(system_->process, SIGCONT);
+}
+
 int ChildProcess::Wait() {
     int status = 0;
     waitpid(system_->process, &status, 0);

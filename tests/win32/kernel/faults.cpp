@@ -1,0 +1,38 @@
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include "tests/win32/kernel/support.h"
+
+namespace tk::test {
+
+Faults& TheFaults() {
+    static Faults faults;
+    return faults;
+}
+
+}  // namespace tk::test
+
+using tk::test::Faults;
+using tk::test::TheFaults;
+
+// These stand in front of the system's own.
+
+extern "C" [[gnu::visibility("default")]] int posix_fallocate(int descriptor, off_t offset, off_t length) {
+    Faults& faults = TheFaults();
+    if (faults.fullAfter == 0) {
+        if (faults.killWhenFull) raise(SIGKILL);
+        return ENOSPC;
+    }
+    if (faults.fullAfter > 0) --faults.fullAfter;
+    static const auto real = reinterpret_cast<int (*)(int, off_t, off_t)>(dlsym(RTLD_NEXT, "posix_fallocate"));
+    return real(descriptor, offset, length);
+}
+
+extern "C" [[gnu::visibility("default")]] int pthread_mutex_consistent(pthread_mutex_t* mutex) noexcept {
+    static const auto real = reinterpret_cast<int (*)(pthread_mutex_t*)>(dlsym(RTLD_NEXT, "pthread_mutex_consistent"));
+    ++Faults::repairs;
+    return real(mutex);
+}

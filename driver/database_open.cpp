@@ -28,10 +28,7 @@ CTDatabase::CTDatabase(const CTDatabase& other) : CTDataDriver(other) {}
 
 CTDatabase::~CTDatabase() {
     if (dispatch_.m_lpDispatch == nullptr) return;
-    Guard::Closing(*this, kCannotCloseOpenedDatabase, 0, [&] {
-        Close();
-        return 1;
-    });
+    Guard::Destroying(*this, kCannotCloseOpenedDatabase, [&] { Close(); });
 }
 
 int CTDatabase::OnInitDispatch() {

@@ -45,6 +45,19 @@ struct Guard {
         }
     }
 
+    /// Closing, for destructors: an exception of any other kind ends here as well, since it would end the program.
+    template <typename Work>
+    static void Destroying(CTDataDriver& driver, const char* context, Work&& work) {
+        try {
+            Closing(driver, context, 0, [&] {
+                work();
+                return 1;
+            });
+        } catch (...) {
+            driver.SetErrorString(context, "");
+        }
+    }
+
 private:
     struct Deleted {
         CException* e;

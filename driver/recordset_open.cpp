@@ -47,9 +47,8 @@ CTRecordset::CTRecordset(IDispatch* pDispatch) : CTDataDriver(pDispatch) {
 }
 
 CTRecordset::~CTRecordset() {
-    Guard::Closing(*this, kRecordsetCloseFailed, 0, [&] {
+    Guard::Destroying(*this, kRecordsetCloseFailed, [&] {
         if (GetState() != 0) Call(dispatch_, recordset::kClose);
-        return 1;
     });
 }
 

@@ -8,5 +8,6 @@
 #include "tkkernel/catalog.h"
 #include "tkkernel/driver.h"
 #include "tkkernel/platform.h"
+#include "tkkernel/session.h"
 #include "tkkernel/sync.h"
 #include "tkkernel/util.h"

@@ -166,6 +166,7 @@ HRESULT ScriptedObject::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) {
 HRESULT ScriptedObject::Invoke(DISPID id, REFIID reserved, LCID, WORD kind, DISPPARAMS* parameters, VARIANT* result,
                                EXCEPINFO* exception, UINT*) {
     if (!IsEqualIID(reserved, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
+    if (before_) before_();
     Arguments arguments;
     for (UINT i = parameters->cArgs; i > 0; --i)
         arguments.push_back(&parameters->rgvarg[i - 1]);

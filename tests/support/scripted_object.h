@@ -108,6 +108,8 @@ public:
     Script& On(Member member) { return scripts_[member]; }
     /// QueryInterface answers iid with this object, which is borrowed and outlives this one.
     void Offer(REFIID iid, IUnknown* object) { offers_.emplace_back(iid, object); }
+    /// Called at the beginning of every call, scripted or not; may throw, or fault.
+    void BeforeEachCall(std::function<void()> hook) { before_ = std::move(hook); }
     /// How often an interface was asked for.
     int Asked(REFIID iid) const;
     ULONG References() const { return references_; }
@@ -132,6 +134,7 @@ private:
     std::map<Member, Script> scripts_;
     std::vector<std::pair<IID, IUnknown*>> offers_;
     std::vector<IID> asked_;
+    std::function<void()> before_;
 };
 
 }  // namespace tk::test

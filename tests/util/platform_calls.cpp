@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace tk::test {
 namespace {
@@ -31,6 +32,11 @@ std::vector<LogRecord> PlatformCalls::Records() {
     return records_;
 }
 
+std::vector<LogRecord> PlatformCalls::TakeRecords() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(records_, {});
+}
+
 std::vector<std::string> PlatformCalls::Steps() {
     const std::lock_guard guard(lock_);
     return steps_;
@@ -47,6 +53,8 @@ bool PlatformCalls::WaitForTones(std::size_t count) {
 }
 
 void PlatformCalls::OnStep(std::string step) {
+    if (onStep) onStep(step);
+    if (!remembersSteps) return;
     const std::lock_guard guard(lock_);
     if (step.starts_with("beep")) tones_.push_back(step);
     steps_.push_back(std::move(step));
@@ -55,14 +63,17 @@ void PlatformCalls::OnStep(std::string step) {
 
 HANDLE PlatformCalls::OnOpen(const char* machine, const char* source) {
     OnStep(machine == nullptr ? "open" : "open elsewhere");
-    source_ = source;
+    {
+        const std::lock_guard guard(lock_);
+        source_ = source;
+    }
     return logOpens ? &logObject : nullptr;
 }
 
 BOOL PlatformCalls::OnReport(HANDLE log, LogRecord record) {
     OnStep(log == &logObject ? "report" : "report elsewhere");
-    record.source = source_;
     const std::lock_guard guard(lock_);
+    record.source = source_;
     records_.push_back(std::move(record));
     return recordIsTaken ? TRUE : FALSE;
 }
@@ -113,6 +124,11 @@ BOOL WINAPI FrontReportEvent(HANDLE log, WORD type, WORD category, DWORD eventId
 BOOL WINAPI FrontDeregisterEventSource(HANDLE log) {
     if (PlatformCalls::Listening() == nullptr) return Own().deregisterEventSource(log);
     return PlatformCalls::Listening()->OnClose(log);
+}
+
+DWORD WINAPI FrontGetTickCount() {
+    PlatformCalls* const calls = PlatformCalls::Listening();
+    return calls != nullptr && calls->clock ? calls->clock() : Own().getTickCount();
 }
 
 DWORD WINAPI FrontGetModuleFileName(HMODULE module, LPSTR path, DWORD size) {

@@ -12,6 +12,7 @@
 #include <windows.h>
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -41,10 +42,15 @@ public:
     // What the platform answers.
     bool logOpens = true;
     bool recordIsTaken = true;
-    BOOL closeResult = 7;          // any nonzero value, handed on
-    const char* programPath = "";  // "" is a failure; null asks the platform
+    BOOL closeResult = 7;                            // any nonzero value, handed on
+    const char* programPath = "";                    // "" is a failure; null asks the platform
+    std::function<DWORD()> clock;                    // the tick count; none asks the platform
+    std::function<void(const std::string&)> onStep;  // called at each step; may throw
+    bool remembersSteps = true;                      // false keeps the steps of a long run from piling up
 
     std::vector<LogRecord> Records();
+    /// The records so far, which are forgotten.
+    std::vector<LogRecord> TakeRecords();
     /// "beep 2300 50", "sleep 100", "open", "report", "close", in order, from all threads.
     std::vector<std::string> Steps();
     /// The beeps among the steps; starting a thread may sleep as well.
@@ -80,6 +86,7 @@ BOOL WINAPI FrontReportEvent(HANDLE log, WORD type, WORD category, DWORD eventId
                              DWORD dataSize, LPCSTR* strings, LPVOID data);
 BOOL WINAPI FrontDeregisterEventSource(HANDLE log);
 DWORD WINAPI FrontGetModuleFileName(HMODULE module, LPSTR path, DWORD size);
+DWORD WINAPI FrontGetTickCount();
 
 /// The platform's own functions.
 struct OwnFunctions {
@@ -89,6 +96,7 @@ struct OwnFunctions {
     decltype(&FrontReportEvent) reportEvent;
     decltype(&FrontDeregisterEventSource) deregisterEventSource;
     decltype(&FrontGetModuleFileName) getModuleFileName;
+    decltype(&FrontGetTickCount) getTickCount;
 };
 const OwnFunctions& Own();
 

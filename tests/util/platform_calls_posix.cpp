@@ -25,6 +25,7 @@ const OwnFunctions& Own() {
         Next<decltype(&FrontReportEvent)>("ReportEventA"),
         Next<decltype(&FrontDeregisterEventSource)>("DeregisterEventSource"),
         Next<decltype(&FrontGetModuleFileName)>("GetModuleFileNameA"),
+        Next<decltype(&FrontGetTickCount)>("GetTickCount"),
     };
     return own;
 }
@@ -63,4 +64,8 @@ BOOL DeregisterEventSource(HANDLE hEventLog) {
 
 DWORD GetModuleFileNameA(HMODULE hModule, LPSTR lpFilename, DWORD nSize) {
     return tk::test::FrontGetModuleFileName(hModule, lpFilename, nSize);
+}
+
+DWORD GetTickCount() {
+    return tk::test::FrontGetTickCount();
 }

@@ -43,12 +43,17 @@ bool StandInFront() {
     return Replace("Beep", &FrontBeep) && Replace("Sleep", &FrontSleep) &&
            Replace("RegisterEventSourceA", &FrontRegisterEventSource) && Replace("ReportEventA", &FrontReportEvent) &&
            Replace("DeregisterEventSource", &FrontDeregisterEventSource) &&
-           Replace("GetModuleFileNameA", &FrontGetModuleFileName);
+           Replace("GetModuleFileNameA", &FrontGetModuleFileName) && Replace("GetTickCount", &FrontGetTickCount);
 }
 
 const OwnFunctions& Own() {
-    static const OwnFunctions own = {
-        &::Beep, &::Sleep, &::RegisterEventSourceA, &::ReportEventA, &::DeregisterEventSource, &::GetModuleFileNameA};
+    static const OwnFunctions own = {&::Beep,
+                                     &::Sleep,
+                                     &::RegisterEventSourceA,
+                                     &::ReportEventA,
+                                     &::DeregisterEventSource,
+                                     &::GetModuleFileNameA,
+                                     &::GetTickCount};
     return own;
 }
 

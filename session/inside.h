@@ -1,0 +1,125 @@
+// session/inside.h - the members of the pool: how each runs its work, and what a fault in it becomes.
+//
+//   return Inside::Run(*this, "InvokeDatabase", nullptr, [&] { return Lend(); });  // place, failure value, work
+#pragma once
+
+#include <atomic>
+#include <utility>
+
+#include "tkkernel/session.h"
+#include "util/fault_guard.h"
+
+namespace tk::session {
+
+struct Inside {
+    /// Runs a member of the server or of a client. Whatever ends the work early becomes the message that names the
+    /// place, and the failure value.
+    template <typename Pool, typename Result, typename Work>
+    static Result Run(Pool& pool, const char* place, Result failure, Work&& work) {
+        return RunOr(pool, place, std::move(failure), std::forward<Work>(work), [] {});
+    }
+
+    /// The same; afterwards returns what the member was working with.
+    template <typename Pool, typename Result, typename Work, typename GiveBack>
+    static Result RunOr(Pool& pool, const char* place, Result failure, Work&& work, GiveBack&& giveBack) {
+        Result result = failure;
+        if (util::RunGuarded([&] { result = work(); })) return result;
+        Report(pool, place);
+        giveBack();
+        return failure;
+    }
+
+    /// The message as the last error and in the event log.
+    static void Report(CTDataServer& server, const char* place);
+    static void Report(CTDataClient& client, const char* place);
+
+    static void SetError(CTDataServer& server, const CString& text);
+    static CString GetError(CTDataServer& server);
+    static void SetError(CTDataClient& client, const CString& text);
+    static CString GetError(CTDataClient& client);
+
+    static Counters& CountersOf(CTDataServer& server) { return server.counters_; }
+    static CCriticalSection& LockOf(CTDataServer& server) { return server.lock_; }
+
+    /// A client that lives carries a mark; other memory does not.
+    static void Mark(CTDataClient& client);
+    static bool IsClient(const void* owner);
+
+    // ---- what the two kinds of sessions have apart -------------------------------------------------------------
+
+    struct Databases {
+        using Object = CTDatabase;
+        static constexpr DWORD kCode = 0;  // in a lease
+        static constexpr char kInvoke[] = "InvokeDatabase";
+        static constexpr char kRevoke[] = "RevokeDatabase";
+        static constexpr char kForce[] = "ForceDatabase";
+        static FreeList& Free(CTDataServer& server) { return server.freeDatabases_; }
+        static LeaseMap& Leases(CTDataServer& server) { return server.databaseLeases_; }
+        static KindCounters& CountersOf(CTDataServer& server) { return server.counters_.databases; }
+        static Object* First(CTDataServer& server) { return server.databases_.get(); }
+        static Object* Force(CTDataServer& server, void* owner) { return server.ForceDatabase(owner); }
+        static void TakeBack(CTDataClient& client) { client.EndTrans(); }
+    };
+
+    struct Recordsets {
+        using Object = CTRecordset;
+        static constexpr DWORD kCode = 1;
+        static constexpr char kInvoke[] = "InvokeRecordset";
+        static constexpr char kRevoke[] = "RevokeRecordset";
+        static constexpr char kForce[] = "ForceRecordset";
+        static FreeList& Free(CTDataServer& server) { return server.freeRecordsets_; }
+        static LeaseMap& Leases(CTDataServer& server) { return server.recordsetLeases_; }
+        static KindCounters& CountersOf(CTDataServer& server) { return server.counters_.recordsets; }
+        static Object* First(CTDataServer& server) { return server.recordsets_.get(); }
+        static Object* Force(CTDataServer& server, void* owner) { return server.ForceRecordset(owner); }
+        static void TakeBack(CTDataClient& client) { client.CloseSQL(); }
+    };
+
+    static int IsEnabled(CTDataServer& server) { return server.IsEnabled(); }
+    static int Register(CTDataServer& server, CTDataDriver* session, void* owner, DWORD kind) {
+        return server.RegisterRole(session, owner, kind);
+    }
+
+    // ---- a client's loans -------------------------------------------------------------------------------------
+
+    /// Notes what the server lent; null when it had nothing.
+    template <typename Object>
+    static void Take(CTDataClient::Loan<Object>& loan, CTDataServer& lender, Object* object) {
+        loan.lender = &lender;
+        loan.opening = lender.opening_.load();
+        loan.object = object;
+    }
+
+    /// @return what is held of this server; null when nothing is, or when the server has closed it since
+    template <typename Object>
+    static Object* Held(const CTDataClient::Loan<Object>& loan, CTDataServer* server) {
+        const bool isOver = loan.lender == server && loan.opening != server->opening_;
+        return isOver ? nullptr : loan.object.load();
+    }
+
+    /// Ends the loan. @return what has to be given back to the server; null when nothing was held
+    template <typename Object>
+    static Object* GiveUp(CTDataClient::Loan<Object>& loan, CTDataServer* server) {
+        Object* const held = Held(loan, server);
+        Object* const object = loan.object.exchange(nullptr);
+        return object == held ? held : nullptr;
+    }
+
+    // ---- what a client's members do, defined where they are used --------------------------------------------------
+
+    template <typename Result, typename Work>
+    static Result OnConnection(CTDataClient& client, const char* place, Result refused, const Work& work);
+    template <typename Question>
+    static CString OnServer(CTDataClient& client, const char* place, const Question& question);
+    template <typename Result, typename Work>
+    static Result OnRecordset(CTDataClient& client, const char* place, Result refused, const Work& work);
+    static int OpenRecordset(CTDataClient& client, const char* place, const char* source, long pageSize, int option,
+                             int (CTRecordset::*open)(const char*, int));
+};
+
+/// Counts under the server's lock.
+inline void Count(std::atomic<std::uint64_t>& counter) noexcept {
+    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
+}  // namespace tk::session

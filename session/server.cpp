@@ -1,0 +1,172 @@
+#include <algorithm>
+
+#include "afx/multibyte.h"
+#include "session/held_lock.h"
+#include "session/inside.h"
+#include "session/messages.h"
+#include "tkkernel/platform.h"
+#include "tkkernel/util.h"
+#include "util/text.h"
+
+using namespace tk::session;
+
+namespace {
+
+constexpr short kFewestSessions = 4;
+
+template <std::size_t Size>
+void Keep(char (&buffer)[Size], const char* text) {
+    const std::string_view kept = tk::util::WholeCharacters(tk::util::OrEmpty(text), Size - 1);
+    std::fill(std::copy(kept.begin(), kept.end(), buffer), buffer + Size, '\0');
+}
+
+/// Destroying a session may fault: the rest of its array is lost then, and nobody refers to it any more.
+template <typename Object>
+bool Destroy(std::unique_ptr<Object[]>& objects) {
+    Object* const first = objects.release();
+    return tk::util::RunGuarded([&] { delete[] first; });
+}
+
+}  // namespace
+
+CTDataServer::CTDataServer() = default;
+
+CTDataServer::~CTDataServer() {
+    CloseDatabase();
+    // What is left: sessions that faulted when they were closed, and former ones of a pool whose last opening failed.
+    former_.push_back({std::move(databases_), std::move(recordsets_)});
+    for (Sessions& sessions : former_) {
+        Destroy(sessions.databases);
+        Destroy(sessions.recordsets);
+    }
+}
+
+int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, const char* szPassword, short nCount) {
+    tk::util::OfferFaultsFirst();
+    return Inside::Run(*this, "OpenDatabase", 0, [&] {
+        Keep(connection_, szConnection);
+        Keep(user_, szUser);
+        Keep(password_, szPassword);
+        // Contract: kept when the opening fails, so that lending says "fully occupied" and not "not open".
+        count_ = std::max(nCount, kFewestSessions);
+        const auto count = static_cast<std::size_t>(count_.load());
+        if (databases_ != nullptr) former_.push_back({std::move(databases_), std::move(recordsets_)});
+        databases_ = std::make_unique<CTDatabase[]>(count);
+        recordsets_ = std::make_unique<CTRecordset[]>(count);
+        freeDatabases_.RemoveAll();
+        freeRecordsets_.RemoveAll();
+        // A session that was taken back by force is on its list twice for a while.
+        freeDatabases_.Reserve(count + 1);
+        freeRecordsets_.Reserve(count + 1);
+        databaseLeases_.Reserve(count);
+        recordsetLeases_.Reserve(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            CTDatabase& database = databases_[i];
+            CTRecordset& recordset = recordsets_[i];
+            if (!database.Open(connection_, user_, password_) || !recordset.OpenDatabase(&database)) {
+                freeDatabases_.RemoveAll();
+                freeRecordsets_.RemoveAll();
+                const CString text = database.GetLastErrorString() + recordset.GetLastErrorString();
+                Inside::SetError(*this, text);
+                AddErrorLog(text, 0, 0, nullptr);
+                Destroy(databases_);
+                Destroy(recordsets_);
+                ++opening_;
+                return 0;
+            }
+            freeDatabases_.Append(&database);
+            freeRecordsets_.Append(&recordset);
+        }
+        return 1;
+    });
+}
+
+int CTDataServer::CloseDatabase() {
+    return Inside::Run(*this, "CloseDatabase", 0, [&] {
+        if (databases_ == nullptr && recordsets_ == nullptr) return 1;
+        for (short i = 0; i < count_; ++i) {
+            if (databases_ != nullptr) databases_[i].Close();
+            if (recordsets_ != nullptr) recordsets_[i].CloseDatabase();
+        }
+        ++opening_;
+        former_.push_back({std::move(databases_), std::move(recordsets_)});
+        freeDatabases_.RemoveAll();
+        freeRecordsets_.RemoveAll();
+        recordsetLeases_.RemoveAll();
+        databaseLeases_.RemoveAll();
+        Keep(connection_, "");
+        Keep(user_, "");
+        Keep(password_, "");
+        count_ = 0;
+        // Last, when nothing refers to them any more, whatever happens.
+        bool destroyed = true;
+        for (Sessions& sessions : former_) {
+            destroyed &= Destroy(sessions.databases);
+            destroyed &= Destroy(sessions.recordsets);
+        }
+        former_.clear();
+        if (!destroyed) Inside::Report(*this, "CloseDatabase");
+        return destroyed ? 1 : 0;
+    });
+}
+
+int CTDataServer::GetConfiguration(short& nSessions, short& nFreeDatabases, short& nFreeRecordsets) {
+    HeldLock held(lock_);
+    return Inside::Run(*this, "GetConfiguration", 0, [&] {
+        held.Enter();
+        nSessions = count_;
+        nFreeDatabases = static_cast<short>(freeDatabases_.GetCount());
+        nFreeRecordsets = static_cast<short>(freeRecordsets_.GetCount());
+        return 1;
+    });
+}
+
+int CTDataServer::IsEnabled() {
+    if (count_ != 0) return 1;
+    Inside::SetError(*this, kNotOpen);
+    return 0;
+}
+
+short CTDataServer::GetSectionCount() {
+    return count_;
+}
+
+CString CTDataServer::GetLastErrorString() {
+    return Inside::GetError(*this);
+}
+
+// ---- questions -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Asks the idle connection. An empty answer becomes the connection's own reason.
+template <typename Question>
+CString Ask(CTDataServer& server, const char* place, const Question& question) {
+    return Inside::Run(server, place, CString(), [&] {
+        CTDatabase* const database = server.GetDatabase();
+        if (!IsValidAddress(database, sizeof(CTDatabase))) return CString();
+        const CString answer = question(*database);
+        return answer.IsEmpty() ? database->GetLastErrorString() : answer;
+    });
+}
+
+}  // namespace
+
+CTDatabase* CTDataServer::GetDatabase() {
+    CTDataDriver* const head = freeDatabases_.GetHead();
+    return head != nullptr ? static_cast<CTDatabase*>(head) : databases_.get();
+}
+
+CString CTDataServer::GetDbmsName() {
+    return Ask(*this, "GetDbmsName", [](CTDatabase& database) { return database.GetDbmsName(); });
+}
+
+CString CTDataServer::GetSpecialValue(const char* szSQL, const char* szFields) {
+    return Ask(*this, "GetSpecialValue",
+               [&](CTDatabase& database) { return database.GetSpecialValue(szSQL, szFields); });
+}
+
+CString CTDataServer::GetRecordValues(const char* szSQL, const char* szSeparator) {
+    return Ask(*this, "GetRecordValues",
+               [&](CTDatabase& database) { return database.GetRecordValues(szSQL, szSeparator); });
+}

@@ -5,6 +5,7 @@
 namespace tk::test {
 
 void PoolTest::Announce(int sessions) {
+    connection_->On(Get(0)).Returns(Text("DSN=stock"));
     connection_->On(Get(18)) = Script();
     connection_->On(Get(18)).Returns(Long(1));
     connection_->On(Get(500)) = Script();

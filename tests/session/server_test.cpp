@@ -37,10 +37,6 @@ protected:
     }
 };
 
-std::string ErrorOf(CTDataServer& server) {
-    return std::string(server.GetLastErrorString());
-}
-
 // ---- opening -----------------------------------------------------------------------------------------------------
 
 TEST_F(DataServer, IsClosedAtFirst) {
@@ -82,6 +78,8 @@ TEST_F(DataServer, OpensFourSessionsAtLeast) {
 }
 
 TEST_F(DataServer, OpensAsManyAsANumberCanSay) {
+    connection_ = ScriptedObject::Make("connection", nullptr);
+    records_ = ScriptedObject::Make("records", nullptr);
     Server server;
     Announce(32767);
     EXPECT_EQ(server.OpenDatabase("stock", "sa", "", 32767), 1);

@@ -1,26 +1,7 @@
+#include "platform/registry_key.h"
 #include "tkkernel/platform.h"
 
-namespace {
-
-/// One open key of the registry.
-class RegistryKey {
-public:
-    RegistryKey(HKEY parent, const char* name) {
-        if (parent == nullptr || RegOpenKeyExA(parent, name, 0, KEY_READ, &key_) != ERROR_SUCCESS) key_ = nullptr;
-    }
-    RegistryKey(const RegistryKey&) = delete;
-    RegistryKey& operator=(const RegistryKey&) = delete;
-    ~RegistryKey() {
-        if (key_ != nullptr) RegCloseKey(key_);
-    }
-
-    HKEY Get() const { return key_; }
-
-private:
-    HKEY key_ = nullptr;
-};
-
-}  // namespace
+using tk::platform::RegistryKey;
 
 int CLSIDExist(GUID& clsid) {
     const RegistryKey classes(HKEY_CLASSES_ROOT, "CLSID");

@@ -13,15 +13,3 @@ int IsFileExist(const char* szFile) {
     file.cBytes = sizeof(file);
     return OpenFile(szFile, &file, OF_EXIST) != HFILE_ERROR ? 1 : 0;
 }
-
-int IsValidMemory(const void* /*pMemory*/, unsigned int /*nLength*/) {
-    return 1;  // Contract: never looks
-}
-
-int IsValidAddress(const void* pAddress, unsigned int nLength) {
-    return AfxIsValidAddress(pAddress, nLength, FALSE) ? 1 : 0;
-}
-
-int IsValidString(const char* szText, int nLength) {
-    return AfxIsValidString(szText, nLength) ? 1 : 0;
-}

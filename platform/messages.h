@@ -7,5 +7,8 @@ namespace tk::platform {
 extern const char kSocketsFailed[];
 extern const char kComNotStarted[];
 extern const char kCallAuthorFault[];
+extern const char kFolderPrompt[];
+extern const char kNoDrive[];
+extern const char kWrongTarget[];
 
 }  // namespace tk::platform

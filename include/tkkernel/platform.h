@@ -19,6 +19,8 @@
 
 #include <afx.h>
 #include <afxdisp.h>
+#include <afxwin.h>
+#include <atlbase.h>
 
 #include "tkkernel/export.h"
 
@@ -155,6 +157,89 @@ TKKERNEL_API CString GetSystemDataSource();
 /// @return 1 when the file can be opened for reading; 0 for anything else, a folder included
 TKKERNEL_API int IsFileExist(const char* szFile);
 
+/// Whether the system is of the NT family. @return 1 or 0
+TKKERNEL_API int IsNT();
+
+/// Fills a record that lets everybody open the object it is given to: an empty list of rights, inheritable handles.
+/// @return 1 with a descriptor that is the caller's, freed with LocalFree; 0 with an empty record
+TKKERNEL_API int SetSecurity(SECURITY_ATTRIBUTES* pAttributes);
+
+/// A text of the program's string table. @return "" when there is none
+TKKERNEL_API CString GetResString(unsigned int nId);
+
+/// Lets the user pick a folder in the platform's dialog.
+/// @param pParent  may be null
+/// @return its path; "" when cancelled or nobody can be asked
+TKKERNEL_API CString GetSystemPath(CWnd* pParent);
+
+/// Where a path leads from a base folder. Both separators count; "." and ".." are carried out. A target behind a drive,
+/// a share of another machine or, where the base has no drive, a '/' needs no base; one behind a separator starts from
+/// the base's root. Behind a drive or a share the result is written with backslashes, else with slashes.
+/// @return the path; when neither of them has a drive, share or '/' to start from, the text "no drive"; when the target
+///         is empty, relative to a drive ("C:name") or leads out above the root, the text "wrong target" (in Chinese)
+TKKERNEL_API CString GetAbsolutePath(const char* szBase, const char* szTarget);
+
+/// Writes a shortcut: the shell's format, or a desktop entry when the name of the file ends in ".desktop".
+/// @param szLinkFile  at most 259 characters
+/// @return the HRESULT of the first step that failed, or of saving. COM has to be started.
+TKKERNEL_API long CreateLink(const char* szTarget, const char* szArguments, const char* szLinkFile,
+                             const char* szDirectory, const char* szDescription);
+
+/// The digit of a number: 0 to 9, then A (10) to Z (35). @return NUL for any other number
+TKKERNEL_API char NumberToChar(int nNumber);
+
+// ---- hosts, data sources, ports -----------------------------------------------------------------------------
+
+/// The name of the host that has an address, or the computer's own name.
+/// @param szAddress  four decimal numbers with points; anything else, null included, asks for the own name
+/// @return "" when nobody knows the address
+TKKERNEL_API CString GetHostName(const char* szAddress);
+/// The IPv4 addresses of a host, separated by semicolons.
+/// @param szHost  the first 79 characters count; null or "" for this computer
+/// @return "" when nobody knows the host
+TKKERNEL_API CString GetHostAddr(const char* szHost);
+/// This computer: its name and, behind a colon, its addresses where there are any.
+TKKERNEL_API CString GetHostInfor();
+
+/// The names of the ODBC data sources, the user's before the system's, each once.
+/// @return how many there are
+TKKERNEL_API int GetAllDataSource(CStringArray& names);
+/// Starts the program that keeps the ODBC data sources, and does not wait for it. @return 1, or 0 when there is none
+TKKERNEL_API int GetSystemODBC();
+
+/// The serial ports among COM1 to COM25 that can be opened.
+/// @param pArray    receives the names; may be null
+/// @param pControl  a combo box or list box that gets them too, the first one selected; any other control, and one
+///                  without a window, is left alone. On the thread that owns it.
+/// @return how many there are
+TKKERNEL_API unsigned char GetCommCount(CStringArray* pArray, CWnd* pControl = NULL);
+
+// ---- menus and coordinates ----------------------------------------------------------------------------------
+
+/// Shows a sub-menu of a menu in the module's resources; the owner gets the chosen command as WM_COMMAND.
+/// @param nDefaultItem  the command that is marked as the usual one; 0 for none
+/// @param pAt  where, on the screen; null: at the pointer
+/// @return 1; 0 when there is no such menu
+TKKERNEL_API int OnContextMenu(CComModule& module, HWND hOwner, unsigned int nMenuId, int nSubMenu,
+                               unsigned int nDefaultItem, CPoint* pAt);
+
+/// Coordinates of the NT family in those of Windows 95 and 98, and back, in place; only on the NT family. They differ
+/// in MM_LOMETRIC and MM_TWIPS. Null changes nothing.
+TKKERNEL_API void NTtoWin98(RECT* pRect, int nMapMode);
+TKKERNEL_API void NTtoWin98(SIZE* pSize, int nMapMode);
+TKKERNEL_API void Win98toNT(RECT* pRect, int nMapMode);
+TKKERNEL_API void Win98toNT(SIZE* pSize, int nMapMode);
+/// Win98toNT in the context's mapping mode, then the platform's LPtoDP.
+TKKERNEL_API void LPtoDP(CDC* pDC, POINT* pPoint);
+TKKERNEL_API void LPtoDP(CDC* pDC, RECT* pRect);
+TKKERNEL_API void LPtoDP(CDC* pDC, SIZE* pSize);
+/// The platform's DPtoLP, then NTtoWin98 in the context's mapping mode.
+TKKERNEL_API void DPtoLP(CDC* pDC, POINT* pPoint);
+TKKERNEL_API void DPtoLP(CDC* pDC, RECT* pRect);
+TKKERNEL_API void DPtoLP(CDC* pDC, SIZE* pSize);
+
+// ---- validity -----------------------------------------------------------------------------------------------
+
 /// @return 1, whatever is given: a name that old callers need. IsValidAddress really looks.
 TKKERNEL_API int IsValidMemory(const void* pMemory, unsigned int nLength);
 /// Whether every byte of a range can be read now. No fault, no signal.
@@ -164,3 +249,8 @@ TKKERNEL_API int IsValidAddress(const void* pAddress, unsigned int nLength);
 /// @param nLength  -1: up to the terminator
 /// @return 1 or 0; 0 for null
 TKKERNEL_API int IsValidString(const char* szText, int nLength);
+/// Whether a window is there. @return 1 or 0; 0 for null
+TKKERNEL_API int IsValidWindow(CWnd* pWindow);
+/// Whether an object's memory can be read and its class is the given one or one of its descendants.
+/// @return 1 or 0; 0 for null. Memory that can be read and holds no object is not found out.
+TKKERNEL_API int IsValidClass(CObject* pObject, CRuntimeClass* pClass);

@@ -37,6 +37,7 @@ constexpr BuiltInClass kBuiltInClasses[] = {
     {AdoClass(0x0000050B), "ADODB.Parameter", "libtkado.so"},
     {DataLinkClass(0x2206CDB2), "DataLinks", kThisLibrary},
     {DataLinkClass(0x2206CDB0), "MSDASC.MSDAINITIALIZE", kThisLibrary},
+    {{0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}}, "lnkfile", kThisLibrary},
 };
 
 constexpr const char* kSystemFile = "/etc/tkkernel/classes.conf";

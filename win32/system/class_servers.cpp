@@ -6,6 +6,7 @@
 #include <shared_mutex>
 
 #include "win32/datalink/data_links.h"
+#include "win32/shell/shell_link.h"
 #include "win32/system/class_registry.h"
 #include "win32/system/modules.h"
 
@@ -24,9 +25,15 @@ Servers& TheServers() {
     return servers;
 }
 
+/// The classes that this library serves itself.
+HRESULT GetOwnClassObject(REFCLSID clsid, REFIID iid, LPVOID* object) {
+    const HRESULT result = datalink::GetClassObject(clsid, iid, object);
+    return result != CLASS_E_CLASSNOTAVAILABLE ? result : shell::GetClassObject(clsid, iid, object);
+}
+
 HRESULT LoadServer(const RegisteredClass& entry, GetClassObjectFunction& getClassObject) {
     if (entry.server == kThisLibrary) {
-        getClassObject = &datalink::GetClassObject;
+        getClassObject = &GetOwnClassObject;
         return S_OK;
     }
     const std::string path = ServerPath(entry.server);

@@ -1,29 +1,9 @@
-#include <poll.h>
-#include <unistd.h>
-
 #include "tkwin32/text.h"
+#include "win32/system/dialog_program.h"
 #include "win32/system/message_box.h"
 
 namespace tk::system {
 namespace {
-
-void Show(const std::string& text) {
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-}
-
-/// A line as typed, without its end; nothing at the end of the input. Byte by byte, so that what follows the line stays
-/// for the program.
-std::optional<std::string> ReadLine() {
-    std::string line;
-    for (;;) {
-        char character = 0;
-        const ssize_t count = read(STDIN_FILENO, &character, 1);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return std::nullopt;
-        if (character == '\n') return line;
-        line += character;
-    }
-}
 
 std::string Choices(const Question& question) {
     std::string choices = "[";
@@ -51,11 +31,11 @@ const Button* Chosen(const Question& question, const std::string& line) {
 }  // namespace
 
 std::optional<int> AskOnTerminal(const Question& question) {
-    if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) return std::nullopt;
-    Show(question.caption + ": " + question.text + "\n");
+    if (!HasTerminal()) return std::nullopt;
+    ShowOnTerminal(question.caption + ": " + question.text + "\n");
     for (;;) {
-        Show(Choices(question));
-        const auto line = ReadLine();
+        ShowOnTerminal(Choices(question));
+        const auto line = ReadFromTerminal();
         if (!line) return question.safeAnswer;
         if (const Button* chosen = Chosen(question, *line)) return chosen->id;
     }

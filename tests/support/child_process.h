@@ -29,7 +29,9 @@ public:
     void Say(const std::string& line);
     std::string Hear();
     void Kill();
-    /// Stops it where it is, and lets it go on; POSIX alone.
+    // POSIX alone:
+    int Id() const;
+    /// Stops it where it is, and lets it go on.
     void Stop();
     void Continue();
     /// Lets it end by itself. @return its exit code, -1 when it was killed

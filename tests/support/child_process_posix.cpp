@@ -61,6 +61,10 @@ void ChildProcess::Kill() {
     Wait();
 }
 
+int ChildProcess::Id() const {
+    return system_->process;
+}
+
 void ChildProcess::Stop() {
     kill(system_->process, SIGSTOP);
     int status = 0;

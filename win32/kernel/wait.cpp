@@ -176,6 +176,7 @@ private:
     }
 
     bool Queue() noexcept {
+        nextSweep_ = Now(CLOCK_MONOTONIC) + kSweepEvery;
         const bool mixed = named_ != nullptr && private_ != nullptr;
         if (named_ != nullptr) {
             record_ = named_->ClaimRecord();

@@ -1,6 +1,7 @@
 // The tests of kernel objects, and the jobs of their child processes.
 #include <random>
 
+#include "tests/win32/kernel/stepped_call.h"
 #include "tests/win32/kernel/support.h"
 
 using namespace tk::test;
@@ -116,6 +117,7 @@ constexpr ChildJob kJobs[] = {
     {"wait-go", WaitGo},         {"wait-places", WaitPlaces},
     {"take-places", TakePlaces}, {"die-making", DieMaking},
     {"die-first", DieFirst},     {"chaos", Chaos},
+    {"step", StepJob},
 };
 
 }  // namespace

@@ -42,6 +42,7 @@ std::string MemoryFilePath() {
     std::string path = named != nullptr && named[0] != 0 ? named : "/dev/shm";
     path += "/tkkernel-objects-";
     path += std::to_string(geteuid());
+    path += ".1";  // the layout: a library with another one uses a file of its own
     return path;
 }
 

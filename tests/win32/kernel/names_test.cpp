@@ -246,7 +246,7 @@ TEST_F(Names, FailWithoutAFolder) {
 }
 
 TEST_F(Names, DoNotTrustAFileOfOthers) {
-    const std::string path = Folder() + "/tkkernel-objects-" + std::to_string(geteuid());
+    const std::string path = Folder() + "/tkkernel-objects-" + std::to_string(geteuid()) + ".1";
     std::ofstream(path) << "";
     ASSERT_EQ(chmod(path.c_str(), 0666), 0);
     EXPECT_EQ(AutoEvent("Stock"), nullptr) << "everybody may write there";

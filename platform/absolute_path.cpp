@@ -60,10 +60,11 @@ Path Read(const char* text) {
     path.names = NamesIn(whole, 0);
     path.rooted = !whole.empty() && IsSeparator(whole[0]);
     if (whole.starts_with("\\\\") && path.names.size() >= 2) {  // a share of another machine
-        path.root = "\\\\" + path.names[0] + "\\" + path.names[1];
+        path.root.assign("\\\\");
+        path.root.append(path.names[0]).append("\\").append(path.names[1]);
         path.names.erase(path.names.begin(), path.names.begin() + 2);
     } else if (whole.starts_with('/')) {
-        path.root = "/";
+        path.root.assign("/");
     }
     return path;
 }
@@ -85,10 +86,12 @@ bool Append(std::vector<std::string>& folder, const std::vector<std::string>& na
 
 CString Written(const Path& path) {
     const bool posix = path.root == "/";
-    std::string text = posix ? "" : path.root;
+    const char separator = posix ? '/' : '\\';
+    std::string text;
+    if (!posix) text = path.root;
     for (const std::string& name : path.names)
-        text += (posix ? '/' : '\\') + name;
-    if (path.names.empty()) text += posix ? '/' : '\\';
+        text.append(1, separator).append(name);
+    if (path.names.empty()) text.append(1, separator);
     return CString(text.c_str());
 }
 

@@ -37,6 +37,8 @@ struct Table {
 };
 
 constinit Table theTable;
+/// Entries that no handle finds any more. Calls at work still use them, and a leak checker is to find them.
+constinit std::atomic<HandleEntry*> dropped[kChunks] = {};
 
 Table& TheTable() noexcept {
     return theTable;
@@ -107,6 +109,7 @@ Decoded Decode(HANDLE handle) noexcept {
 
 // A handle is of the process that made it: a child has none, whatever it copied.
 void InChild() noexcept {
+    DropAllHandles();
     new (&TheTable()) Table;
     ForgetMutexes();
     RenewPrivateDispatcher();
@@ -155,8 +158,10 @@ bool ShutHandle(HANDLE handle) noexcept {
 }
 
 void DropAllHandles() noexcept {
-    for (auto& chunk : TheTable().chunks)
-        chunk.store(nullptr, std::memory_order_release);
+    for (std::uint32_t i = 0; i < kChunks; ++i) {
+        HandleEntry* chunk = TheTable().chunks[i].exchange(nullptr, std::memory_order_acq_rel);
+        if (chunk != nullptr) dropped[i].store(chunk, std::memory_order_relaxed);
+    }
 }
 
 EntryUse::EntryUse(HANDLE handle) noexcept : entry_(nullptr) {

@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "win32/kernel/mutex_list.h"
 #include "win32/kernel/thread_owner.h"
@@ -32,6 +33,12 @@ Target::~Target() {
         // Who satisfied the last wait may still be putting the object away.
         const Dispatcher::Hold hold(*dispatcher_);
     }
+}
+
+void Target::SetAlarm(system::FileDescriptor alarm) noexcept {
+    static std::mutex gate;
+    const std::lock_guard lock(gate);
+    std::swap(alarm_, alarm);
 }
 
 std::uint32_t Target::Owner() const noexcept {

@@ -48,7 +48,7 @@ public:
     std::uint32_t Owner() const noexcept;
 
     /// Of a timer: the alarm clock that wakes the machine.
-    void SetAlarm(system::FileDescriptor alarm) noexcept { alarm_ = std::move(alarm); }
+    void SetAlarm(system::FileDescriptor alarm) noexcept;
 
     // In the list of mutexes.
     Target* nextMutex = nullptr;

@@ -1,5 +1,7 @@
 #include <sys/timerfd.h>
 
+#include <algorithm>
+
 #include "win32/kernel/objects.h"
 #include "win32/system/calendar.h"
 #include "winbase.h"
@@ -38,7 +40,8 @@ FileDescriptor AlarmAt(Moment due, std::int64_t period) noexcept {
     const clockid_t clock = due.clock == CLOCK_REALTIME ? CLOCK_REALTIME_ALARM : CLOCK_BOOTTIME_ALARM;
     FileDescriptor alarm(timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK));
     if (!alarm) return alarm;
-    const std::int64_t slept = due.clock == CLOCK_REALTIME ? 0 : Now(CLOCK_BOOTTIME) - Now(CLOCK_MONOTONIC);
+    std::int64_t slept = 0;  // which only one of the two clocks counts
+    if (due.clock != CLOCK_REALTIME) slept = std::max<std::int64_t>(0, Now(CLOCK_BOOTTIME) - Now(CLOCK_MONOTONIC));
     const std::int64_t at = due.at > Moment::kNever - slept ? Moment::kNever : due.at + slept;
     itimerspec when{};
     when.it_value = {at / 1'000'000'000, at % 1'000'000'000 + (at == 0 ? 1 : 0)};

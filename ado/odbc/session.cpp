@@ -167,10 +167,18 @@ struct Session::Impl {
         return Statement(std::move(statement));
     }
 
+    /// The statement that met the loss of the connection has said so. The next one runs on a new connection, but not
+    /// inside a transaction: what was done in it is gone, which everything fails with until it is rolled back.
+    void ReplaceIfBroken() {
+        if (Physical().IsBroken() && !isInTransaction) [[unlikely]]
+            Replace();
+    }
+
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
     /// once, when the call does no harm by being made twice.
     template <class Call>
     Statement RunOnOwn(std::string_view sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
+        ReplaceIfBroken();
         if (!lease->IsFreshFromCache() || isInTransaction) return Run(lease, sql, options, call);
         if (!isRepeatable) {
             ReplaceIfLost();
@@ -280,7 +288,7 @@ struct Session::Impl {
                 throw MakeError({}, FailureClass{E_FAIL, kCauseConnection, true});
             }
         } catch (const AdoError&) {
-            if (connection.IsDead()) {
+            if (connection.IsDead() || connection.IsBroken()) {
                 connection.MarkBroken();
                 isInTransaction = false;
             }
@@ -356,6 +364,7 @@ RunningCall& Session::Running() const noexcept {
 void Session::Begin(LONG isolation, LONG waitSeconds) {
     if (impl_->isInTransaction) throw TransactionError(kTransactionExistsCode, kTransactionExists);
     impl_->FinishWork(true, waitSeconds);
+    impl_->ReplaceIfBroken();
     impl_->ReplaceIfLost();
     PhysicalConnection& connection = impl_->Physical();
     const SQLUINTEGER wanted = OdbcIsolation(isolation, connection.InfoNumber(SQL_TXN_ISOLATION_OPTION));

@@ -9,7 +9,7 @@ void PoolTest::Announce(int sessions) {
     connection_->On(Get(18)) = Script();
     connection_->On(Get(18)).Returns(Long(1));
     connection_->On(Get(500)) = Script();
-    connection_->On(Get(500)).Returns(Object(MakeProperties({}).Get()));
+    connection_->On(Get(500)).Returns(Object(MakeProperties({{"DBMS Name", Text("Oracle")}}).Get()));
     for (int i = 0; i < sessions; ++i) {
         connections_->Give(connection_.Get());
         recordsets_->Give(records_.Get());

@@ -230,5 +230,78 @@ TEST(SessionCache, ReplacesAConnectionThatWasLostWhileIdleWithoutAWord) {
     EXPECT_TRUE(session->IsDead());
 }
 
+constexpr LONG kReadCommitted = 4096;
+
+/// Statements on one table of functions, the next of which fail as on a connection that is gone.
+class LosingConnections {
+public:
+    LosingConnections() : former_(SetOdbcForTest(Table())) { lost = 0; }
+    LosingConnections(const LosingConnections&) = delete;
+    LosingConnections& operator=(const LosingConnections&) = delete;
+    ~LosingConnections() { SetOdbcForTest(former_); }
+
+    static inline int lost = 0;
+
+private:
+    static const OdbcApi& Table() {
+        static OdbcApi table;
+        table = OdbcApi();
+        table.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) -> SQLRETURN {
+            if (lost > 0) return --lost, SQL_ERROR;
+            return SQLExecDirect(statement, text, length);
+        };
+        table.GetDiagRec = [](SQLSMALLINT, SQLHANDLE, SQLSMALLINT number, SQLCHAR* state, SQLINTEGER* native,
+                              SQLCHAR* text, SQLSMALLINT, SQLSMALLINT* length) -> SQLRETURN {
+            if (number > 1) return SQL_NO_DATA;
+            std::memcpy(state, "08S01", 6);
+            *native = 1;
+            std::memcpy(text, "gone", 5);
+            *length = 4;
+            return SQL_SUCCESS;
+        };
+        return table;
+    }
+    const OdbcApi& former_;
+};
+
+TEST(SessionCache, TheStatementBehindALostConnectionRunsOnANewOne) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    Do(*session, "create table item (id integer)");
+    const LosingConnections losing;
+    losing.lost = 1;
+    EXPECT_THROW(Query(session, "select * from item where id > 0"), AdoError)
+        << "the one that meets it fails, reading or not";
+    EXPECT_TRUE(session->IsDead());
+    EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 0u);
+    EXPECT_FALSE(session->IsDead());
+    losing.lost = 1;
+    EXPECT_THROW(Do(*session, "insert into item values (1)"), AdoError);
+    session->Begin(kReadCommitted);
+    Do(*session, "insert into item values (2)");
+    session->Commit();
+    EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 1u);
+}
+
+TEST(SessionCache, ATransactionOnALostConnectionFailsUntilItIsRolledBack) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    Do(*session, "create table item (id integer)");
+    {
+        const LosingConnections losing;
+        session->Begin(kReadCommitted);
+        Do(*session, "insert into item values (1)");
+        losing.lost = 2;
+        EXPECT_THROW(Do(*session, "insert into item values (2)"), AdoError);
+        EXPECT_THROW(Query(session, "select * from item where id > 0"), AdoError) << "no new connection in the middle";
+        EXPECT_EQ(losing.lost, 0);
+    }
+    try {
+        session->Rollback();
+    } catch (const AdoError&) {}  // a driver may have nothing left to roll back
+    EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 0u);
+    EXPECT_FALSE(session->IsDead());
+}
+
 }  // namespace
 }  // namespace tk::ado

@@ -1,0 +1,161 @@
+// Pools on real databases, under load: on a file, and on a server that is killed and started again.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/postgres_server.h"
+#include "support/registered_class.h"
+#include "support/temporary_folder.h"
+#include "tkkernel/session.h"
+#include "tkkernel/session_statistics.h"
+#include "util/platform_calls.h"
+
+namespace tk::test {
+namespace {
+
+constexpr int kThreads = 6;
+constexpr int kSessions = 4;
+
+VARIANT FirstField() {
+    VARIANT key;
+    VariantInit(&key);
+    V_VT(&key) = VT_I4;
+    V_I4(&key) = 0;
+    return key;
+}
+
+/// Threads that borrow, ask, change and return until they are told to stop.
+class Load {
+public:
+    explicit Load(CTDataServer& server) : server_(server), done_(kThreads), failed_(kThreads) {
+        for (int i = 0; i < kThreads; ++i)
+            threads_.emplace_back([this, i] { Run(static_cast<std::size_t>(i)); });
+    }
+    Load(const Load&) = delete;
+    Load& operator=(const Load&) = delete;
+    ~Load() { Stop(); }
+
+    void Stop() {
+        stops_ = true;
+        for (auto& thread : threads_)
+            thread.join();
+        threads_.clear();
+    }
+
+    /// Waits until so many more requests have succeeded (or failed) on every thread. @return whether they have
+    bool WaitForSuccess(int more) { return WaitFor(done_, more); }
+    bool WaitForFailure(int more) { return WaitFor(failed_, more); }
+
+    std::atomic<int> wrong = 0;
+
+private:
+    using Counters = std::vector<std::atomic<int>>;
+
+    static bool WaitFor(const Counters& counters, int more) {
+        std::vector<int> before;
+        for (const auto& counter : counters)
+            before.push_back(counter);
+        constexpr DWORD kLimitMs = 60'000;
+        const ULONGLONG end = GetTickCount64() + kLimitMs;
+        for (std::size_t i = 0; i < counters.size(); ++i) {
+            while (counters[i] < before[i] + more) {
+                if (GetTickCount64() > end) return false;
+                std::this_thread::yield();
+            }
+        }
+        return true;
+    }
+
+    void Run(std::size_t index) {
+        const Apartment apartment;
+        CTDataClient client;
+        client.Invoke(&server_);
+        while (!stops_) {
+            bool isDone = false;
+            if (client.OpenSQL("select 40 + 2", 10, 1)) {
+                const CString text = client.GetValueString(FirstField());
+                isDone = text == "42";
+                if (!isDone && !text.IsEmpty()) ++wrong;
+                client.CloseSQL();
+            }
+            client.BeginTrans();
+            isDone = client.ExecuteSQL("update item set n = n + 1 where id = 1") != 0 && isDone;
+            client.EndTrans();
+            ++(isDone ? done_ : failed_)[index];
+        }
+    }
+
+    CTDataServer& server_;
+    Counters done_;
+    Counters failed_;
+    std::atomic<bool> stops_ = false;
+    std::vector<std::thread> threads_;
+};
+
+class PoolSystems : public ::testing::Test {
+protected:
+    PoolSystems() { calls_.remembersSteps = false; }
+
+    void Open(CTDataServer& server, const std::string& connection, const char* user, const char* password) {
+        CTDatabase database;
+        ASSERT_EQ(database.Open(connection.c_str()), 1) << database.GetLastErrorString();
+        ASSERT_EQ(database.ExecuteSQL("create table item (id integer, n integer)"), 1) << database.GetLastErrorString();
+        ASSERT_EQ(database.ExecuteSQL("insert into item values (1, 0)"), 1);
+        database.Close();
+        ASSERT_LE(connection.size(), 126u);
+        ASSERT_EQ(server.OpenDatabase((";" + connection).c_str(), user, password, kSessions), 1)
+            << server.GetLastErrorString();
+    }
+
+    static void ExpectWhole(CTDataServer& server) {
+        const auto statistics = tk::session::ReadStatistics(server);
+        EXPECT_EQ(statistics.databases.free, kSessions);
+        EXPECT_EQ(statistics.recordsets.free, kSessions);
+        EXPECT_EQ(statistics.databases.leased, 0);
+        EXPECT_EQ(statistics.faults, 0u);
+    }
+
+    Apartment apartment_;
+    PlatformCalls calls_;
+};
+
+TEST_F(PoolSystems, ServeMoreThreadsThanSessionsOnAFile) {
+    const TemporaryFolder folder;
+    CTDataServer server;
+    Open(server, "Driver=SQLite3;Database=" + folder.Path() + "/p.db" + ";Timeout=20000", "", "");
+    Load load(server);
+    EXPECT_TRUE(load.WaitForSuccess(10));
+    load.Stop();
+    EXPECT_EQ(load.wrong, 0);
+    ExpectWhole(server);
+    EXPECT_EQ(server.CloseDatabase(), 1);
+}
+
+TEST_F(PoolSystems, RecoverWhenTheirServerWasKilledAndStartedAgain) {
+    PostgresServer postgres;
+    CTDataServer server;
+    Open(server, postgres.ConnectionString(), "tester", "pw");
+    Load load(server);
+    EXPECT_TRUE(load.WaitForSuccess(10));
+    for (int time = 0; time < 2; ++time) {
+        postgres.Stop();
+        EXPECT_TRUE(load.WaitForFailure(3));
+        postgres.Start();
+        EXPECT_TRUE(load.WaitForSuccess(20)) << "time " << time;
+    }
+    load.Stop();
+    EXPECT_EQ(load.wrong, 0);
+    ExpectWhole(server);
+    CTDataClient client;
+    client.Invoke(&server);
+    EXPECT_STREQ(client.GetDbmsName(), "PostgreSQL");
+    client.Revoke();
+    EXPECT_EQ(server.CloseDatabase(), 1);
+}
+
+}  // namespace
+}  // namespace tk::test

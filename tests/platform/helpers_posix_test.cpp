@@ -2,8 +2,10 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pty.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <afxwin.h>
@@ -200,6 +202,64 @@ TEST_F(Helpers, AMenuSendsTheChosenCommandToItsOwner) {
         EXPECT_EQ(OnContextMenu(module, nullptr, 7, 0, 0, nullptr), 1) << "no owner: nothing shown";
     }
     EXPECT_TRUE(UnregisterClassA("TkMenuOwner", nullptr));
+}
+
+/// What a piece of work shows and ends with in a process whose terminal the test plays.
+struct Dialog {
+    int exitCode = -1;
+    std::string shown;
+};
+
+template <typename Work>
+Dialog OnTerminal(const std::string& typed, Work work) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) _exit(work());
+    EXPECT_EQ(write(terminal, typed.data(), typed.size()), static_cast<ssize_t>(typed.size()));
+    Dialog dialog;
+    char piece[512];
+    for (ssize_t count = 0; (count = read(terminal, piece, sizeof(piece))) > 0;)
+        dialog.shown.append(piece, static_cast<std::size_t>(count));
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    dialog.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    close(terminal);
+    return dialog;
+}
+
+constexpr const char* kEnd = "\x04";  // the terminal's end of input
+
+TEST_F(Helpers, AFolderIsAskedForOnTheTerminal) {
+    const Variable none("DISPLAY", static_cast<const char*>(nullptr));
+    const CString folder(folder_.Path().c_str());
+    const auto pick = [&] { return GetSystemPath(nullptr) == folder ? 1 : 0; };
+    const Dialog dialog = OnTerminal(folder_.Path() + "\n", pick);
+    EXPECT_EQ(dialog.exitCode, 1);
+    EXPECT_THAT(dialog.shown, testing::HasSubstr("\xE8\xAF\xB7\xE9\x80\x89\xE6\x8B\xA9"));
+    const auto nothing = [] { return GetSystemPath(nullptr).IsEmpty() ? 1 : 0; };
+    EXPECT_EQ(OnTerminal("\n", nothing).exitCode, 1);
+    EXPECT_EQ(OnTerminal(kEnd, nothing).exitCode, 1);
+    EXPECT_EQ(OnTerminal("/tk/no/such/folder\n", nothing).exitCode, 1);
+}
+
+TEST_F(Helpers, AMenuIsAChoiceOnTheTerminal) {
+    const Variable none("DISPLAY", static_cast<const char*>(nullptr));
+    const auto choose = [] {
+        CWnd owner;
+        owner.CreateEx(0, "STATIC", "", 0, 0, 0, 1, 1, nullptr, nullptr);
+        HMENU menu = CreatePopupMenu();
+        AppendMenuA(menu, MF_STRING, 101, "\xB4\xF2\xBF\xAA(&O)\tCtrl+O");
+        AppendMenuA(menu, MF_STRING, 102, "Close");
+        const BOOL chosen = TrackPopupMenu(menu, TPM_RETURNCMD, 0, 0, 0, owner.GetSafeHwnd(), nullptr);
+        DestroyMenu(menu);
+        return static_cast<int>(chosen);
+    };
+    const Dialog dialog = OnTerminal("2\n", choose);
+    EXPECT_EQ(dialog.exitCode, 102);
+    EXPECT_THAT(dialog.shown, testing::HasSubstr("1  \xE6\x89\x93\xE5\xBC\x80(O)\r\n  2  Close"));
+    EXPECT_EQ(OnTerminal("9\nx\n1\n", choose).exitCode, 101) << "asked again until understood";
+    EXPECT_EQ(OnTerminal("\n", choose).exitCode, 0);
+    EXPECT_EQ(OnTerminal(kEnd, choose).exitCode, 0);
 }
 
 TEST_F(Helpers, ADesktopEntryIsWrittenWhereItsNameSaysSo) {

@@ -99,8 +99,10 @@ TEST_F(Helpers, PortsAreWhatTheMapNames) {
 TEST_F(Helpers, PortsFillAControl) {
     PseudoTerminal port;
     WriteFile(folder_ / "ports.conf", "COM2 " + port.Name() + "\n" + NoPorts());
+    CWnd owner;
+    ASSERT_TRUE(owner.CreateEx(0, "STATIC", "", 0, 0, 0, 10, 10, nullptr, nullptr));
     CComboBox combo;
-    ASSERT_TRUE(combo.Create(CBS_DROPDOWNLIST, CRect(), nullptr, 1));
+    ASSERT_TRUE(combo.Create(WS_CHILD | CBS_DROPDOWNLIST, CRect(0, 0, 10, 10), &owner, 1));
     combo.AddString("left over");
     EXPECT_EQ(GetCommCount(nullptr, &combo), 1);
     EXPECT_EQ(combo.GetCount(), 1);

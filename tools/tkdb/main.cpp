@@ -8,6 +8,7 @@
 
 #include "tools/demo/demo.h"
 #include "tools/tkdb/commands.h"
+#include "tools/tkdb/load_command_line.h"
 #include "tools/tkdb/read_all.h"
 #include "tools/tkdb/schema_command_line.h"
 #include "tools/tkdb/split_script.h"
@@ -107,6 +108,7 @@ int main(int argc, char** argv) {
     }
 
     SchemaCommandLine schema(app);
+    LoadCommandLine load(app);
 
     auto* demo = app.add_subcommand("demo", "Load the ISO code lists and work with them");
     demo->add_option("connection", connection, "Connection string (default: an embedded database in a temporary file)");
@@ -129,6 +131,7 @@ int main(int argc, char** argv) {
         if (text->got_subcommand(command.name)) code = PrintTexts(command.work, texts, currencyMode, textFormat);
     }
     if (const auto done = schema.Run()) code = *done;
+    if (const auto done = load.Run()) code = *done;
     if (demo->parsed()) code = RunDemo(connection);
     CoUninitialize();
     return code;

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "win32/kernel/immortal.h"
+
 namespace tk::kernel {
 
 bool IsSignalled(const State& state, Word word, std::uint32_t owner) noexcept {
@@ -255,8 +257,7 @@ private:
 };
 
 ProcessDispatcher& TheProcess() noexcept {
-    static auto& dispatcher = *new ProcessDispatcher;  // threads may outlive the static objects of the program
-    return dispatcher;
+    return Immortal<ProcessDispatcher>();
 }
 
 }  // namespace

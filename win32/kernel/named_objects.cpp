@@ -7,6 +7,7 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "win32/kernel/immortal.h"
 #include "win32/kernel/named_memory_file.h"
 #include "win32/kernel/thread_owner.h"
 #include "win32/system/system_call_error.h"
@@ -26,8 +27,7 @@ struct Uses {
 };
 
 Uses& TheUses() noexcept {
-    static auto& uses = *new Uses;  // threads may outlive the static objects of the program
-    return uses;
+    return Immortal<Uses>();
 }
 
 DWORD ErrorOfFile(int error) noexcept {

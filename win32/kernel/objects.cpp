@@ -64,7 +64,9 @@ HANDLE CreateObject(const GivenName& name, const Initial& initial, bool owned, L
         HANDLE handle = nullptr;
         bool existed = false;
         if (name.text.empty()) {
-            handle = OpenHandle(new Target(initial, owned), allAccess, inherit);
+            auto* target = new (std::nothrow) Target(initial, owned);
+            if (target == nullptr) return Fail(ERROR_NOT_ENOUGH_MEMORY);
+            handle = OpenHandle(target, allAccess, inherit);
         } else {
             std::u16string cleaned = name.text;
             if (const DWORD error = CleanName(cleaned); error != NO_ERROR) return Fail(error);

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "win32/kernel/immortal.h"
 #include "win32/kernel/mutex_list.h"
 #include "win32/kernel/thread_owner.h"
 
@@ -54,8 +55,7 @@ struct MutexList {
 };
 
 MutexList& TheMutexes() noexcept {
-    static auto& list = *new MutexList;
-    return list;
+    return Immortal<MutexList>();
 }
 
 }  // namespace

@@ -6,28 +6,26 @@
 #include <new>
 #include <vector>
 
+#include "win32/kernel/immortal.h"
 #include "win32/kernel/mutex_list.h"
 
 namespace tk::kernel {
 namespace {
 
+void End(void* number) noexcept;
+
 /// Numbers of threads, from 1; that of a thread that ended is given out again.
 struct Numbers {
+    Numbers() noexcept { pthread_key_create(&key, End); }
+
     std::mutex gate;
     std::vector<std::uint32_t> free;
     std::uint32_t last = 0;
     pthread_key_t key{};
 };
 
-void End(void* number) noexcept;
-
 Numbers& TheNumbers() noexcept {
-    static Numbers& numbers = []() -> Numbers& {
-        auto& made = *new Numbers;  // threads may outlive the static objects of the program
-        pthread_key_create(&made.key, End);
-        return made;
-    }();
-    return numbers;
+    return Immortal<Numbers>();
 }
 
 void End(void* number) noexcept {

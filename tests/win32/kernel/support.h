@@ -79,6 +79,19 @@ inline Handle ManualEvent(const char* name = nullptr) {
     return CreateEventA(nullptr, TRUE, FALSE, name);
 }
 
+/// Whether a task sleeps on the record of its wait, and not on some lock before that.
+inline bool SleepsInAWait(const std::string& task) {
+    std::ifstream call(task + "/syscall");
+    std::string number;
+    std::string address;
+    std::string operation;
+    std::string expected;
+    if (!(call >> number >> address >> operation >> expected)) return number.empty();  // nobody may look: believe it
+    constexpr unsigned long kWaitUntil = 9;                                            // FUTEX_WAIT_BITSET
+    return number == std::to_string(SYS_futex) && (std::stoul(operation, nullptr, 16) & 0x7F) == kWaitUntil &&
+           std::stoul(expected, nullptr, 16) == 2;
+}
+
 /// A thread that can be known to sleep in a wait.
 class Waiter {
 public:
@@ -114,10 +127,7 @@ private:
         std::string text((std::istreambuf_iterator<char>(status)), std::istreambuf_iterator<char>());
         const std::size_t paren = text.rfind(')');
         if (paren == std::string::npos || text.compare(paren, 3, ") S") != 0) return false;
-        std::ifstream call(task + "/syscall");
-        int number = SYS_futex;
-        call >> number;
-        return number == SYS_futex;
+        return SleepsInAWait(task);
     }
 
     std::atomic<int> id_{0};

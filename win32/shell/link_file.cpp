@@ -90,7 +90,7 @@ private:
 
 std::u16string UnitsOf(std::string_view bytes) {
     std::u16string text(bytes.size() / 2, u'\0');
-    std::memcpy(text.data(), bytes.data(), text.size() * 2);
+    if (!text.empty()) std::memcpy(text.data(), bytes.data(), text.size() * 2);
     return text;
 }
 

@@ -478,15 +478,7 @@ TEST_F(ServerFaults, OfTheClockKeepTheSession) {
         SCOPED_TRACE(fault.label);
         OpenedServer server;
         Open(server, 4);
-        const auto breakClock = [&] {
-            calls_.clock = [&] {
-                std::function<DWORD()> broken;
-                broken.swap(calls_.clock);  // kept while it runs
-                calls_.clock = [this] { return tick_; };
-                fault.happen();
-                return tick_;
-            };
-        };
+        const auto breakClock = [&] { clockFault_ = fault.happen; };
         breakClock();
         EXPECT_EQ(server.RegisterRole(nullptr, nullptr, 1), 0);
         EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("RegisterRole"))));

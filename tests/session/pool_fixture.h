@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "driver/driver_fixture.h"
@@ -34,7 +35,10 @@ inline std::string ClientFault(const std::string& place) {
 class PoolTest : public DriverTest {
 protected:
     PoolTest() {
-        calls_.clock = [this] { return tick_; };
+        calls_.clock = [this] {
+            if (const auto fault = std::exchange(clockFault_, nullptr)) fault();
+            return tick_;
+        };
     }
 
     /// Announces the objects of so many sessions: all connections are one object, and so are all recordsets.
@@ -47,6 +51,7 @@ protected:
     Lines TakeLog();
 
     DWORD tick_ = 1'000'000;
+    void (*clockFault_)() = nullptr;  // happens at the next look at the clock, once
     PlatformCalls calls_;
 };
 

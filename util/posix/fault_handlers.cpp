@@ -40,11 +40,11 @@ FaultSignal& Find(int number) noexcept {
 // there when it was installed.
 constinit thread_local int handing __attribute__((tls_model("initial-exec"))) = 0;
 
-std::uintptr_t& StackPointer(ucontext_t& context) noexcept {
+std::uintptr_t StackPointer(const ucontext_t& context) noexcept {
 #if defined(__x86_64__)
-    return reinterpret_cast<std::uintptr_t&>(context.uc_mcontext.gregs[REG_RSP]);
+    return static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RSP]);
 #elif defined(__aarch64__)
-    return reinterpret_cast<std::uintptr_t&>(context.uc_mcontext.sp);
+    return context.uc_mcontext.sp;
 #else
 #error "say where this processor keeps its stack pointer"
 #endif
@@ -79,7 +79,7 @@ bool IsOwn(const siginfo_t& info) noexcept {
 }
 
 /// Whether a signal handler was what faulted; the work it interrupted is not to blame.
-bool InSignalHandler(ucontext_t& context) noexcept {
+bool InSignalHandler(const ucontext_t& context) noexcept {
     const stack_t& stack = context.uc_stack;
     const auto bottom = reinterpret_cast<std::uintptr_t>(stack.ss_sp);
     return (stack.ss_flags & SS_DISABLE) == 0 && StackPointer(context) - bottom < stack.ss_size;

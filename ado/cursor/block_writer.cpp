@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "ado/cursor/array_text.h"
 #include "ado/cursor/row_transaction.h"
 #include "ado/cursor/text.h"
 #include "ado/odbc/quoted_name.h"
@@ -14,6 +15,9 @@ constexpr LONG kReadCommitted = 0x1000;
 /// A list of rows longer than this is refused by one of the servers, and gains nothing at the others.
 constexpr std::size_t kMostRows = 1000;
 
+constexpr std::size_t kRowsPerArray = 5000;
+constexpr std::size_t kMostArrays = 100;
+
 }  // namespace
 
 BlockWriter::BlockWriter(std::shared_ptr<Session> session, const std::string& table,
@@ -24,8 +28,31 @@ BlockWriter::BlockWriter(std::shared_ptr<Session> session, const std::string& ta
         list += (list.empty() ? "" : ", ") + QuotedName(ToUtf8(name), session_->Quote());
     const ExecuteOptions options{timeoutSeconds_, 0, false};
     columns_ = session_->Execute("SELECT " + list + " FROM " + table + " WHERE 1 = 0", options).Columns();
-    head_ = "INSERT INTO " + table + " (" + list + ") VALUES ";
+    head_ = "INSERT INTO " + table + " (" + list + ") ";
+    if (session_->Profile().arrayTypeQuery != nullptr) ReadArrayTypes(table, names);
     rowsPerStatement_ = std::clamp<std::size_t>(session_->Profile().mostParameters / names.size(), 1, kMostRows);
+}
+
+/// A table with a column that has no arrays of its type, or with more columns than a call of a function takes, gets
+/// its values one by one.
+void BlockWriter::ReadArrayTypes(const std::string& table, std::span<const std::u16string> names) {
+    if (names.size() > kMostArrays) return;
+    Parameter parameter;
+    parameter.cell = {Cell::Form::Text, 0, 0, table};
+    const ExecuteOptions options{timeoutSeconds_, 0, true};
+    const auto types = RowSet::Fetch(
+        session_->Execute(session_->Profile().arrayTypeQuery, std::span<const Parameter>(&parameter, 1), options),
+        session_, {});
+    std::string arrays;
+    for (const std::u16string& name : names) {
+        const std::string wanted = ToUtf8(name);
+        std::size_t row = 0;
+        while (types->HasRow(row) && types->At(row, 0).text != wanted)
+            ++row;
+        if (!types->HasRow(row)) return;
+        arrays.append(arrays.empty() ? "" : ", ").append("CAST(? AS ").append(types->At(row, 1).text).append(")");
+    }
+    arrays_ = "SELECT * FROM unnest(" + arrays + ")";
 }
 
 std::string BlockWriter::TextFor(std::size_t rows) const {
@@ -33,7 +60,7 @@ std::string BlockWriter::TextFor(std::size_t rows) const {
     for (std::size_t i = 1; i < columns_.size(); ++i)
         marks += ", ?";
     marks += ")";
-    std::string text = head_;
+    std::string text = head_ + "VALUES ";
     text.reserve(head_.size() + rows * (marks.size() + 2));
     for (std::size_t i = 0; i < rows; ++i)
         text.append(i == 0 ? "" : ", ").append(marks);
@@ -42,6 +69,11 @@ std::string BlockWriter::TextFor(std::size_t rows) const {
 
 void BlockWriter::Write(RowStore& rows, std::span<const std::size_t> list) {
     RowTransaction transaction(*session_, kReadCommitted, timeoutSeconds_, RowTransaction::Inside::IsUndone);
+    arrays_.empty() ? WriteValues(rows, list) : WriteArrays(rows, list);
+    transaction.Keep();
+}
+
+void BlockWriter::WriteValues(RowStore& rows, std::span<const std::size_t> list) {
     const ExecuteOptions options{timeoutSeconds_, 0, true};
     std::vector<Parameter> parameters;
     std::string text;
@@ -57,7 +89,24 @@ void BlockWriter::Write(RowStore& rows, std::span<const std::size_t> list) {
         if (textRows != part.size()) text = TextFor(textRows = part.size());
         session_->Execute(text, std::span<const Parameter>(parameters), options);
     }
-    transaction.Keep();
+}
+
+void BlockWriter::WriteArrays(RowStore& rows, std::span<const std::size_t> list) {
+    const ExecuteOptions options{timeoutSeconds_, 0, true};
+    const std::string text = head_ + arrays_;
+    std::vector<ArrayText> arrays(columns_.size());
+    std::vector<Parameter> parameters(columns_.size());
+    while (!list.empty()) {
+        const auto part = list.first(std::min(kRowsPerArray, list.size()));
+        list = list.subspan(part.size());
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            arrays[i].Clear();
+            for (const std::size_t row : part)
+                arrays[i].Append(rows.At(row, i), columns_[i]);
+            parameters[i].cell = {Cell::Form::Text, 0, 0, arrays[i].Finish()};
+        }
+        session_->Execute(text, std::span<const Parameter>(parameters), options);
+    }
 }
 
 }  // namespace tk::ado

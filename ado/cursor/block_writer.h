@@ -1,5 +1,8 @@
 // ado/cursor/block_writer.h - many rows into a table: several of them a statement, prepared once, values as parameters.
 //
+// The driver's profile says how the values of a statement travel: each as a parameter of its own, or as one array for
+// each column.
+//
 //   BlockWriter writer(session, "\"item\"", {u"id", u"name"}, 30);
 //   writer.Write(store, rows);
 #pragma once
@@ -29,10 +32,14 @@ public:
     void Write(RowStore& rows, std::span<const std::size_t> list);
 
 private:
+    void ReadArrayTypes(const std::string& table, std::span<const std::u16string> names);
     std::string TextFor(std::size_t rows) const;
+    void WriteValues(RowStore& rows, std::span<const std::size_t> list);
+    void WriteArrays(RowStore& rows, std::span<const std::size_t> list);
 
     std::shared_ptr<Session> session_;
-    std::string head_;             // the statement up to VALUES
+    std::string head_;             // the statement up to its values
+    std::string arrays_;           // the rest of it where they are arrays; empty: they are not
     std::vector<Column> columns_;  // of the table
     LONG timeoutSeconds_;
     std::size_t rowsPerStatement_;

@@ -3,6 +3,7 @@
 // Before the connection is open there are only those that say how to open it.
 #include "ado/cursor/text.h"
 #include "ado/objects/connection.h"
+#include "ado/rowset/row_set.h"
 
 namespace tk::ado {
 namespace {
@@ -46,6 +47,7 @@ constexpr Pair kPrepare[] = {{0, 1}, {1, 2}, {2, 2}};
 
 enum Special : int {
     kDbmsName,
+    kUserName,
     kCurrentCatalog,
     kConnectionStatus,
     kAutocommitIsolation,
@@ -65,6 +67,7 @@ enum Special : int {
 // SQLGetInfo items that the special ones ask for.
 constexpr unsigned short kInfoDbmsName = 17;
 constexpr unsigned short kInfoDatabaseName = 16;
+constexpr unsigned short kInfoUserName = 47;
 
 bool IsPasswordKey(std::string_view key) {
     const std::u16string name = ToUtf16(key);
@@ -122,7 +125,7 @@ std::span<const Connection::PropertyRow> Connection::PropertyRows() {
         {u"DBMS Version", VT_BSTR, From::Text, 18},
         {u"Data Source Name", VT_BSTR, From::Text, 2},
         {u"Server Name", VT_BSTR, From::Text, 13},
-        {u"User Name", VT_BSTR, From::Text, 47},
+        {u"User Name", VT_BSTR, From::Special, kUserName},
         {u"Current Catalog", VT_BSTR, From::Special, kCurrentCatalog, {}, nullptr, kWritable},
         {u"Provider Name", VT_BSTR, From::Fixed, 0, {}, u"MSDASQL.DLL"},
         {u"Provider Friendly Name", VT_BSTR, From::Fixed, 0, {}, u"Microsoft OLE DB Provider for ODBC Drivers"},
@@ -244,6 +247,14 @@ Value Connection::ReadSpecial(int which) {
         case kDbmsName:
             return text(properties.dbmsName ? *properties.dbmsName
                                             : OpenedSession(ErrorNumber::ObjectClosed)->InfoText(kInfoDbmsName));
+        case kUserName: {
+            const auto session = OpenedSession(ErrorNumber::ObjectClosed);
+            const std::string user = session->InfoText(kInfoUserName);
+            const char* const query = session->Profile().userQuery;
+            if (!user.empty() || query == nullptr) return text(user);
+            const auto answer = RowSet::Fetch(session->Execute(query, ExecuteOptions{}), session, {});
+            return text(std::string(answer->HasRow(0) ? answer->At(0, 0).text : std::string_view()));
+        }
         case kCurrentCatalog: {
             const auto session = OpenedSession(ErrorNumber::ObjectClosed);
             const std::string catalog = session->CurrentCatalog();

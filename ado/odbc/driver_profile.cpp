@@ -15,6 +15,22 @@ constexpr DefaultKeyword kSqliteDefaults[] = {
 
 constexpr const char* kPostgresWords[] = {"psqlodbc", "postgres"};
 constexpr std::string_view kPostgresSystemColumns[] = {"xmin", "xmax", "cmin", "cmax", "ctid", "tableoid"};
+// A table that no path leads to is looked for in all schemas.
+constexpr char kPostgresIndexes[] =
+    "select n.nspname, t.relname, case when i.indisunique then 0 else 1 end, x.relname, case when i.indisclustered "
+    "then "
+    "1 when m.amname = 'hash' then 2 else 3 end, k.place, coalesce(a.attname, pg_catalog.pg_get_indexdef(i.indexrelid, "
+    "k.place, true)), case when (i.indoption[k.place - 1] & 1) = 1 then 'D' else 'A' end, cast(x.reltuples as bigint), "
+    "x.relpages, pg_catalog.pg_get_expr(i.indpred, i.indrelid), case when i.indisprimary then 1 else 0 end, "
+    "pg_catalog.current_database() from pg_catalog.pg_class t join pg_catalog.pg_namespace n on n.oid = t.relnamespace "
+    "join pg_catalog.pg_index i on i.indrelid = t.oid join pg_catalog.pg_class x on x.oid = i.indexrelid join "
+    "pg_catalog.pg_am m on m.oid = x.relam cross join lateral pg_catalog.generate_series(1, "
+    "cast(i.indnkeyatts as integer)) k(place) left join pg_catalog.pg_attribute a on a.attrelid = t.oid and a.attnum = "
+    "i.indkey[k.place - 1] and a.attnum <> 0 where t.relname = ? and (n.nspname = ? or (? = '' and "
+    "(pg_catalog.pg_table_is_visible(t.oid) or not exists (select 1 from pg_catalog.pg_class v where v.relname = "
+    "t.relname and pg_catalog.pg_table_is_visible(v.oid))))) order by n.nspname, x.relname, k.place";
+constexpr std::size_t kPostgresIndexColumns[] = {2, 3, 4, 6, 7, 8, 9, 10, 11, 12, 13, 20, 1};
+
 constexpr DefaultKeyword kPostgresDefaults[] = {
     {"BoolsAsChar", "0", false},
     {"MaxVarcharSize", "4000", false},
@@ -81,14 +97,20 @@ constexpr DriverProfile kProfiles[] = {
         .readOnlyStatement = "SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY",
         .pingStatement = "SELECT 1",
         .hasBatches = true,
+        .indexQuery = kPostgresIndexes,
+        .indexQueryColumns = kPostgresIndexColumns,
         .hasManyActiveStatements = true,
         .describesBase = true,
         .systemColumns = kPostgresSystemColumns,
         .opaqueType = "unknown",
+        .listsIndexColumns = true,
         .hidesOddMoments = true,
         .hasUnsigned = false,
         .identityQuery = "select lastval()",
         .mostParameters = 4000,
+        .arrayTypeQuery = "select a.attname, pg_catalog.format_type(t.typarray, null) from pg_catalog.pg_attribute a "
+                          "join pg_catalog.pg_type t on t.oid = a.atttypid where a.attrelid = "
+                          "cast(? as pg_catalog.regclass) and a.attnum > 0 and t.typarray <> 0 and t.typtype <> 'c'",
         .cutsAtZero = true,
         .savepoint = &kSavepoint,
         .hasReturning = true,  // a trigger may have used another sequence since
@@ -131,6 +153,9 @@ constexpr DriverProfile kProfiles[] = {
         .readsBaseFromText = true,  // the server tells base tables only of server cursors
         .hasWideParameters = true,
         .hasUnlimitedAsZero = true,
+        .userQuery = "SELECT USER_NAME()",
+        .hasUnsignedTiny = true,
+        .identityQuery = "SELECT @@IDENTITY",
         .mostParameters = 2000,
         .savepoint = &kTdsSavepoint,
     },
@@ -139,8 +164,12 @@ constexpr DriverProfile kProfiles[] = {
         .libraryWords = kMdbWords,
         .fetchMode = FetchMode::GetOnly,
         .timeLimit = TimeLimit::Watchdog,
+        .keySource = KeySource::Nothing,  // SQLStatistics answers rows that cannot be fetched
         .hasConnectionDead = false,
         .isFileDatabase = true,
+        .usesHandlesOnce = true,
+        .hasSparseColumns = true,
+        .isReadOnly = true,
     },
 };
 

@@ -3,6 +3,7 @@
 // No driver is named anywhere else in ado/: code that needs to differ asks a member of the profile.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
@@ -34,6 +35,7 @@ enum class Streaming : unsigned char {
 enum class KeySource : unsigned char {
     Catalog,  // SQLPrimaryKeys, SQLStatistics
     Pragma,   // SELECTs on pragma_table_xinfo and pragma_index_list: the driver's catalog functions are wrong
+    Nothing,  // the functions are missing, or do harm
 };
 
 /// How a stored procedure is called.
@@ -76,12 +78,15 @@ struct DriverProfile {
     int lockedNative = 0;                     // ... and what it says when they are over
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
-    bool hasBatches = false;               // SQLMoreResults is worth asking
-    bool hasManyActiveStatements = false;  // several open results on one connection
-    bool describesBase = false;            // base table names of result columns can be trusted
-    bool readsBaseFromText = false;        // ... they are not told at all: the text of a plain SELECT has them
-    const char* viewQuery = nullptr;       // where base names are those behind a view: the text of a view (a parameter)
-    bool baseColumnIsAlias = false;        // the base column name is the result's alias: check against the table
+    bool hasBatches = false;           // SQLMoreResults is worth asking
+    const char* indexQuery = nullptr;  // where SQLStatistics hides conditions and expressions: a SELECT for a table and
+                                       // a schema (three times; it may be empty), its columns by indexQueryColumns
+    std::span<const std::size_t> indexQueryColumns = {};  // numbered as SQLStatistics does; 20: is the key's
+    bool hasManyActiveStatements = false;                 // several open results on one connection
+    bool describesBase = false;                           // base table names of result columns can be trusted
+    bool readsBaseFromText = false;   // ... they are not told at all: the text of a plain SELECT has them
+    const char* viewQuery = nullptr;  // where base names are those behind a view: the text of a view (a parameter)
+    bool baseColumnIsAlias = false;   // the base column name is the result's alias: check against the table
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong
     std::string_view opaqueType = {};                      // its columns are compared as text, after a cast
     bool hasConnectionDead = true;                         // SQL_ATTR_CONNECTION_DEAD exists
@@ -90,12 +95,20 @@ struct DriverProfile {
     bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
     bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
     bool hasUnlimitedAsZero = false;             // a size of 0 is told of texts and binaries without limit
+    bool usesHandlesOnce = false;                // a statement handle keeps the columns of its last result
+    bool hasSparseColumns = false;               // SQLColumns tells names and types only; "describe table" tells sizes
+    bool listsIndexColumns = false;              // SQLColumns of all tables tells those of indexes as well
     bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
     bool hasLocalRows = false;                   // a fetch waits for nobody, and does not bear being cancelled
     bool hasUnsigned = true;                     // integer types without a sign
     bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
+    const char* userQuery = nullptr;             // asks who the user is in the database, where the driver does not say
+    bool hasUnsignedTiny = false;                // the smallest integers have no sign, whatever the catalog leaves out
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
     unsigned mostParameters = 0;                 // of an INSERT of several rows; 0: one row a statement
+    const char* arrayTypeQuery = nullptr;        // rows travel as arrays, one a column: tells the columns of a table (a
+                                                 // parameter) and what an array of each is called
+    bool isReadOnly = false;                     // no statement changes anything: told before the driver stumbles
     bool cutsAtZero = false;                     // a text ends at its first zero character
     const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked

@@ -135,6 +135,7 @@ std::unique_ptr<StatementHandle> PhysicalConnection::TakeHandle() {
 }
 
 void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) noexcept {
+    if (profile_->usesHandlesOnce) return;
     if (handle->WasCancelled() || handle->WasExpired()) {
         MarkChanged();
         return;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <bit>
 
+#include <tkwin32/text.h>
+
 #include "ado/messages.h"
 #include "ado/odbc/background_work.h"
 #include "ado/odbc/catalog_call.h"
@@ -210,7 +212,14 @@ struct Session::Impl {
         Replace();
     }
 
+    /// For a driver that would call it a syntax error.
+    static void RefuseChange(std::string_view sql) {
+        const std::string_view word = ChangingWord(sql);
+        if (!word.empty()) throw AdoError(ErrorNumber::FeatureNotAvailable, text::Utf8ToUtf16(word));
+    }
+
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+        if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
         if (kind.changesSession) {

@@ -155,4 +155,15 @@ StatementKind Inspect(std::string_view sql) noexcept {
     return kind;
 }
 
+std::string_view ChangingWord(std::string_view sql) noexcept {
+    std::size_t at = 0;
+    while (at < sql.size() && !IsWordLetter(sql[at]))
+        at = SkipToken(sql, at);
+    std::size_t end = at;
+    while (end < sql.size() && IsWordLetter(sql[end]))
+        ++end;
+    const std::string_view word = sql.substr(at, end - at);
+    return !word.empty() && (FlagsOf(word) & (kWrites | kDefines)) != 0 ? word : std::string_view();
+}
+
 }  // namespace tk::ado

@@ -15,4 +15,7 @@ struct StatementKind {
 
 StatementKind Inspect(std::string_view sql) noexcept;
 
+/// The first word of a statement that changes rows or tables, as it is written; empty for others.
+std::string_view ChangingWord(std::string_view sql) noexcept;
+
 }  // namespace tk::ado

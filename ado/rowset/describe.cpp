@@ -76,20 +76,6 @@ std::string LongName(StatementHandle& handle, int number) {
     return name;
 }
 
-/// The type of values that have no limit, for one of those that have one.
-SQLSMALLINT LongTypeOf(SQLSMALLINT sqlType) {
-    switch (sqlType) {
-        case SQL_VARCHAR:
-            return SQL_LONGVARCHAR;
-        case SQL_WVARCHAR:
-            return SQL_WLONGVARCHAR;
-        case SQL_VARBINARY:
-            return SQL_LONGVARBINARY;
-        default:
-            return sqlType;
-    }
-}
-
 Column MakeColumn(StatementHandle& handle, int number) {
     char name[512] = {};
     SQLSMALLINT nameLength = 0;
@@ -103,7 +89,7 @@ Column MakeColumn(StatementHandle& handle, int number) {
     if (!SQL_SUCCEEDED(result)) handle.Throw(result);
     const bool isCut = strnlen(name, sizeof name) + 2 >= sizeof name;
     if (sqlType == SQL_BINARY && handle.Profile().hasOnlyLongBinary) sqlType = SQL_LONGVARBINARY;
-    if (size == 0 && handle.Profile().hasUnlimitedAsZero) sqlType = LongTypeOf(sqlType);
+    if (size == 0 && handle.Profile().hasUnlimitedAsZero) sqlType = static_cast<SQLSMALLINT>(LongTypeOf(sqlType));
 
     Column column;
     column.name = text::Utf8ToUtf16(isCut ? LongName(handle, number) : name);

@@ -235,6 +235,7 @@ std::vector<TableColumn> AskCatalog(Session& session, std::span<const Column> re
         columns.push_back(
             {column.baseColumn, false, column.isAutoIncrement, (column.attributes & kFieldMayBeNull) != 0});
     }
+    if (session.Profile().keySource == KeySource::Nothing) return columns;
     CatalogCall call;
     call.function = CatalogCall::Function::PrimaryKeys;
     call.catalog = of.baseCatalog;

@@ -173,6 +173,18 @@ void RowSet::Append(std::span<const VARIANT> values) {
     if (impl_->arrived - impl_->sealedRows >= kBuiltRows) impl_->SealBuilt();
 }
 
+void RowSet::AppendTexts(std::span<const std::optional<std::string_view>> cells) {
+    for (const std::optional<std::string_view>& cell : cells) {
+        if (cell) {
+            impl_->builder->AddBytes(cell->data(), cell->size());
+        } else {
+            impl_->builder->AddNull();
+        }
+    }
+    impl_->arrived.fetch_add(1, std::memory_order_release);
+    if (impl_->arrived - impl_->sealedRows >= kBuiltRows) impl_->SealBuilt();
+}
+
 const std::vector<Column>& RowSet::Columns() const noexcept {
     return impl_->columns;
 }

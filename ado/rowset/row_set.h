@@ -46,6 +46,9 @@ public:
     static std::shared_ptr<RowSet> Build(std::vector<Column> columns);
     void Append(std::span<const VARIANT> values);
 
+    /// The same of what Append would make of the values: UTF-8 texts, digits, 1 or 0; NULL where there is none.
+    void AppendTexts(std::span<const std::optional<std::string_view>> cells);
+
     /// A finished set of chunks that follow each other from row 0 on, for rows that come from a file.
     static std::shared_ptr<RowSet> Assemble(std::vector<Column> columns, RowLayout layout,
                                             std::vector<std::unique_ptr<Chunk>> chunks);

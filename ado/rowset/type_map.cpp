@@ -58,4 +58,17 @@ const SqlTypeRule& FindSqlType(int sqlType, bool isUnsigned) noexcept {
     return sqlType >= kFirstInterval && sqlType <= kLastInterval ? kInterval : kOther;
 }
 
+int LongTypeOf(int sqlType) noexcept {
+    switch (sqlType) {
+        case SQL_VARCHAR:
+            return SQL_LONGVARCHAR;
+        case SQL_WVARCHAR:
+            return SQL_WLONGVARCHAR;
+        case SQL_VARBINARY:
+            return SQL_LONGVARBINARY;
+        default:
+            return sqlType;
+    }
+}
+
 }  // namespace tk::ado

@@ -69,6 +69,9 @@ struct SqlTypeRule {
 /// Never fails: an unknown type is variable wide text.
 const SqlTypeRule& FindSqlType(int sqlType, bool isUnsigned) noexcept;
 
+/// The type of values that have no limit, for one of those that have one; others stay.
+int LongTypeOf(int sqlType) noexcept;
+
 /// True where the driver says what is signed; false for text types, of which some drivers say so.
 constexpr bool IsIntegerType(int sqlType) noexcept {
     return sqlType == SQL_TINYINT || sqlType == SQL_SMALLINT || sqlType == SQL_INTEGER || sqlType == SQL_BIGINT;

@@ -1,48 +1,98 @@
 #include "ado/schema/catalog_rows.h"
 
-#include "ado/cursor/text.h"
+#include <charconv>
+#include <cmath>
+
 #include "ado/odbc/odbc_api.h"
 
 namespace tk::ado {
+namespace {
 
-std::optional<std::u16string> CatalogRow::Text(std::size_t column) const {
-    if (column > cells_.size() || cells_[column - 1].IsNull()) return std::nullopt;
-    HRESULT result = S_OK;
-    const Value text = cells_[column - 1].As(VT_BSTR, result);
-    if (FAILED(result)) return std::nullopt;
-    return std::u16string(ViewOf(text.Get().bstrVal));
+constexpr double kTooLarge = 9.2e18;
+constexpr std::size_t kUsuallyFound = 8;
+
+CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::vector<std::size_t> places) {
+    auto answer = std::make_shared<CatalogAnswer>();
+    answer->rows = std::move(fetched);
+    answer->places = std::move(places);
+    const std::size_t count = answer->rows->CountRows();
+    CatalogRows rows;
+    rows.reserve(count);
+    for (std::size_t row = 0; row < count; ++row)
+        rows.emplace_back(answer, row);
+    return rows;
+}
+
+}  // namespace
+
+std::size_t CatalogAnswer::PlaceOf(std::size_t column) const noexcept {
+    if (places.empty()) return column;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        if (places[i] == column) return i + 1;
+    }
+    return places.size() + 1;
+}
+
+const SchemaValue* CatalogRow::FindFound(std::size_t column) const noexcept {
+    for (const Found& found : found_) {
+        if (found.column == column) return &found.value;
+    }
+    return nullptr;
+}
+
+std::optional<std::string_view> CatalogRow::Text(std::size_t column) const {
+    if (const SchemaValue* found = FindFound(column)) {
+        return found->IsText() ? std::optional(found->AsText()) : std::nullopt;
+    }
+    const std::size_t place = answer_->PlaceOf(column);
+    if (place > answer_->rows->Columns().size()) return std::nullopt;
+    const Cell cell = answer_->rows->At(row_, place - 1);
+    if (cell.form == Cell::Form::Null) return std::nullopt;
+    if (cell.text.data() != nullptr) return cell.text;
+    if (cell.form != Cell::Form::Integer) return std::string_view();
+    return answer_->made.emplace_back(std::to_string(cell.integer));
 }
 
 std::optional<long long> CatalogRow::Number(std::size_t column) const {
-    if (column > cells_.size() || cells_[column - 1].IsNull()) return std::nullopt;
-    HRESULT result = S_OK;
-    const Value number = cells_[column - 1].As(VT_I8, result);
-    if (FAILED(result)) return std::nullopt;
-    return number.Get().llVal;
-}
-
-void CatalogRow::Set(std::size_t column, Value value) {
-    if (column > cells_.size()) cells_.resize(column, Value::Null());
-    cells_[column - 1] = std::move(value);
-}
-
-CatalogRows ReadRows(const std::shared_ptr<RowSet>& answer) {
-    CatalogRows rows;
-    const std::size_t columns = answer->Columns().size();
-    for (std::size_t row = 0; answer->HasRow(row); ++row) {
-        std::vector<Value> cells(columns);
-        for (std::size_t i = 0; i < columns; ++i)
-            answer->Read(row, i, *cells[i].Out());
-        rows.emplace_back(std::move(cells));
+    if (const SchemaValue* found = FindFound(column)) {
+        return found->IsNull() || found->IsText() ? std::nullopt : std::optional(found->AsNumber());
     }
-    return rows;
+    const std::size_t place = answer_->PlaceOf(column);
+    if (place > answer_->rows->Columns().size()) return std::nullopt;
+    const Cell cell = answer_->rows->At(row_, place - 1);
+    switch (cell.form) {
+        case Cell::Form::Integer:
+        case Cell::Form::Boolean:
+            return cell.integer;
+        case Cell::Form::Real:
+            return std::abs(cell.real) < kTooLarge ? std::optional(std::llround(cell.real)) : std::nullopt;
+        case Cell::Form::Text:
+        case Cell::Form::Decimal: {
+            long long number = 0;
+            const char* const end = cell.text.data() + cell.text.size();
+            const auto read = std::from_chars(cell.text.data(), end, number);
+            const bool isNumber = read.ec == std::errc() && (read.ptr == end || *read.ptr == '.');
+            return isNumber ? std::optional(number) : std::nullopt;
+        }
+        default:
+            return std::nullopt;
+    }
+}
+
+void CatalogRow::Set(std::size_t column, SchemaValue value) {
+    if (found_.empty()) found_.reserve(kUsuallyFound);
+    found_.push_back({column, value});
+}
+
+void CatalogRow::SetMadeText(std::size_t column, std::string text) {
+    Set(column, SchemaValue::Text(answer_->made.emplace_back(std::move(text))));
 }
 
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call) {
     Statement statement = session->Catalog(call, {});
     // Some drivers answer a call they do not know with success and no columns.
     if (!statement.HasRows()) return {};
-    return ReadRows(RowSet::Fetch(std::move(statement), session, {}));
+    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {});
 }
 
 namespace {
@@ -70,12 +120,11 @@ CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall ca
     tables.catalog = call.*called.catalog;
     tables.schema.assign(1, kAnything);
     tables.table = table;
-    const std::u16string name = ToUtf16(table);
     for (const CatalogRow& found : CallCatalog(session, tables)) {
         const auto schema = found.Text(2);
         // The name was a pattern to the driver.
-        if (!schema || schema->empty() || found.Text(3) != name) continue;
-        call.*called.schema = ToUtf8(*schema);
+        if (!schema || schema->empty() || found.Text(3) != table) continue;
+        call.*called.schema = std::string(*schema);
         for (CatalogRow& row : CallForRows(session, call)) {
             if (row.Text(called.answeredSchema) == schema) rows.push_back(std::move(row));
         }
@@ -83,10 +132,23 @@ CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall ca
     return rows;
 }
 
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql) {
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+                       std::initializer_list<std::size_t> columns) {
     Statement statement = session->Execute(sql, ExecuteOptions{});
     if (!statement.HasRows()) return {};
-    return ReadRows(RowSet::Fetch(std::move(statement), session, {}));
+    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), columns);
+}
+
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+                       std::span<const std::size_t> columns, std::initializer_list<std::string_view> parameters) {
+    std::vector<Parameter> sent;
+    for (const std::string_view text : parameters)
+        sent.push_back({.value = nullptr, .cell = {Cell::Form::Text, 0, 0, text}, .column = nullptr});
+    ExecuteOptions options;
+    options.prepared = true;
+    Statement statement = session->Execute(sql, std::span<const Parameter>(sent), options);
+    if (!statement.HasRows()) return {};
+    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {columns.begin(), columns.end()});
 }
 
 }  // namespace tk::ado

@@ -1,35 +1,58 @@
 // ado/schema/catalog_rows.h - what a catalog function answered, kept whole: rows of values by ODBC's column numbers.
 #pragma once
 
+#include <deque>
+#include <initializer_list>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "ado/cursor/value.h"
 #include "ado/odbc/session.h"
 #include "ado/rowset/row_set.h"
+#include "ado/schema/schema_value.h"
 
 namespace tk::ado {
 
-/// One row of the answer.
+/// An answer as it was fetched, and texts that were made of it.
+struct CatalogAnswer {
+    std::shared_ptr<RowSet> rows;
+    std::vector<std::size_t> places;  // the catalog function's column that each one is; empty: the same
+    std::deque<std::string> made;     // never move
+
+    /// Which column of the answer holds that of the catalog function; behind the last one: none.
+    std::size_t PlaceOf(std::size_t column) const noexcept;
+};
+
+/// One row of the answer, read in place.
 class CatalogRow {
 public:
-    explicit CatalogRow(std::vector<Value> cells) : cells_(std::move(cells)) {}
+    CatalogRow(std::shared_ptr<CatalogAnswer> answer, std::size_t row) : answer_(std::move(answer)), row_(row) {}
 
     /// @param column  from 1, as the catalog functions are described; a column that the driver does not have is NULL
-    std::optional<std::u16string> Text(std::size_t column) const;
+    /// @return UTF-8, valid as long as a row of the same answer
+    std::optional<std::string_view> Text(std::size_t column) const;
     std::optional<long long> Number(std::size_t column) const;
 
-    /// What is found out beside the answer, in a column behind it.
-    void Set(std::size_t column, Value value);
+    /// What is found out beside the answer, in a column behind it or instead of one.
+    void Set(std::size_t column, SchemaValue value);
+    void SetMadeText(std::size_t column, std::string text);
 
 private:
-    std::vector<Value> cells_;
+    struct Found {
+        std::size_t column;
+        SchemaValue value;
+    };
+    const SchemaValue* FindFound(std::size_t column) const noexcept;
+
+    std::shared_ptr<CatalogAnswer> answer_;
+    std::size_t row_;
+    std::vector<Found> found_;
 };
 
 using CatalogRows = std::vector<CatalogRow>;
 
-CatalogRows ReadRows(const std::shared_ptr<RowSet>& answer);
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call);
 
 /// The table that a call is about: the members that name it and its schema, and where the schema stands in the answer.
@@ -46,7 +69,13 @@ inline constexpr CalledTable kForeignTable = {&CatalogCall::foreignCatalog, &Cat
 /// when that gives nothing, every schema that has such a table is asked.
 CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall call, const CalledTable& called = {});
 
-/// The rows of a SELECT whose columns stand where a catalog function would put them.
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql);
+/// The rows of a SELECT.
+/// @param columns  the column of a catalog function that each of its columns stands for
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+                       std::initializer_list<std::size_t> columns);
+
+/// The same with texts for its parameters.
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+                       std::span<const std::size_t> columns, std::initializer_list<std::string_view> parameters);
 
 }  // namespace tk::ado

@@ -1,10 +1,13 @@
 // Columns and provider types.
 #include <algorithm>
+#include <set>
+#include <utility>
 
-#include "ado/cursor/text.h"
+#include "ado/odbc/ascii.h"
 #include "ado/rowset/type_map.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
+#include "ado/schema/sparse_columns.h"
 
 namespace tk::ado {
 namespace {
@@ -24,8 +27,10 @@ enum ColumnsColumn : std::size_t {
 };
 
 const SqlTypeRule& RuleOf(const CatalogRow& row) {
-    const bool isUnsigned = row.Text(kTypeName).value_or(u"").find(u"UNSIGNED") != std::u16string::npos;
-    return FindSqlType(static_cast<int>(row.Number(kDataType).value_or(0)), isUnsigned);
+    const auto sqlType = static_cast<int>(row.Number(kDataType).value_or(0));
+    const bool isUnsigned =
+        IsIntegerType(sqlType) && row.Text(kTypeName).value_or("").find("UNSIGNED") != std::string_view::npos;
+    return FindSqlType(sqlType, isUnsigned);
 }
 
 bool IsText(const SqlTypeRule& rule) {
@@ -43,30 +48,30 @@ bool IsNumeric(const SqlTypeRule& rule) {
 }
 
 /// No answer, "NULL" and no default at all are the same.
-std::optional<std::u16string> DefaultOf(const CatalogRow& row) {
+std::optional<std::string_view> DefaultOf(const CatalogRow& row) {
     auto text = row.Text(kDefault);
-    if (text && SameName(*text, u"NULL")) text.reset();
+    if (text && EqualsNoCase(*text, "NULL")) text.reset();
     return text;
 }
 
 bool IsNullable(const CatalogRow& row) {
-    return row.Number(kNullable).value_or(1) != 0 && !SameName(row.Text(kIsNullable).value_or(u""), u"NO");
+    return row.Number(kNullable).value_or(1) != 0 && !EqualsNoCase(row.Text(kIsNullable).value_or(""), "NO");
 }
 
-Value HasDefault(const CatalogRow& row) {
-    return Value::Boolean(DefaultOf(row).has_value());
+SchemaValue HasDefault(const CatalogRow& row) {
+    return SchemaValue::Flag(DefaultOf(row).has_value());
 }
-Value Default(const CatalogRow& row) {
-    return TextValue(DefaultOf(row));
+SchemaValue Default(const CatalogRow& row) {
+    return SchemaValue::Of(DefaultOf(row));
 }
-Value Nullable(const CatalogRow& row) {
-    return Value::Boolean(IsNullable(row));
+SchemaValue Nullable(const CatalogRow& row) {
+    return SchemaValue::Flag(IsNullable(row));
 }
-Value DbType(const CatalogRow& row) {
-    return Value(RuleOf(row).dbType);
+SchemaValue DbType(const CatalogRow& row) {
+    return SchemaValue::Number(RuleOf(row).dbType);
 }
 
-Value Flags(const CatalogRow& row) {
+SchemaValue Flags(const CatalogRow& row) {
     const SqlTypeRule& rule = RuleOf(row);
     LONG flags = kFieldUpdatable;
     const bool isFixed =
@@ -74,38 +79,38 @@ Value Flags(const CatalogRow& row) {
     if (isFixed) flags |= kFieldFixed;
     if (rule.isLong) flags |= kFieldLong;
     if (IsNullable(row)) flags |= kFieldIsNullable | kFieldMayBeNull;
-    return Value(flags);
+    return SchemaValue::Number(flags);
 }
 
 /// A length that no column has is none: 0 says "no limit".
-Value Length(const CatalogRow& row, std::size_t column) {
+SchemaValue Length(const CatalogRow& row, std::size_t column) {
     const SqlTypeRule& rule = RuleOf(row);
-    if (!IsText(rule) && !IsBytes(rule) && rule.sqlType != SQL_BIT) return Value::Null();
+    if (!IsText(rule) && !IsBytes(rule) && rule.sqlType != SQL_BIT) return SchemaValue();
     const long long length = row.Number(column).value_or(0);
-    return Value(static_cast<LONG>(length < 0 ? 0 : length > INT32_MAX ? INT32_MAX : length));
+    return SchemaValue::Number(std::clamp<long long>(length, 0, INT32_MAX));
 }
 
-Value CharacterLength(const CatalogRow& row) {
+SchemaValue CharacterLength(const CatalogRow& row) {
     return Length(row, kSize);
 }
 
-Value OctetLength(const CatalogRow& row) {
+SchemaValue OctetLength(const CatalogRow& row) {
     const SqlTypeRule& rule = RuleOf(row);
-    return IsText(rule) || IsBytes(rule) ? Length(row, kOctets) : Value::Null();
+    return IsText(rule) || IsBytes(rule) ? Length(row, kOctets) : SchemaValue();
 }
 
-Value NumericPrecision(const CatalogRow& row) {
-    return IsNumeric(RuleOf(row)) ? NumberValue(row.Number(kSize)) : Value::Null();
+SchemaValue NumericPrecision(const CatalogRow& row) {
+    return IsNumeric(RuleOf(row)) ? SchemaValue::Of(row.Number(kSize)) : SchemaValue();
 }
 
-Value NumericScale(const CatalogRow& row) {
-    return IsExact(RuleOf(row)) ? NumberValue(row.Number(kDigits)) : Value::Null();
+SchemaValue NumericScale(const CatalogRow& row) {
+    return IsExact(RuleOf(row)) ? SchemaValue::Of(row.Number(kDigits)) : SchemaValue();
 }
 
-Value DateTimePrecision(const CatalogRow& row) {
+SchemaValue DateTimePrecision(const CatalogRow& row) {
     const LONG type = RuleOf(row).dbType;
     const bool hasTime = type == kTypeDbTime || type == kTypeDbTimestamp;
-    return hasTime ? NumberValue(row.Number(kDigits)) : Value::Null();
+    return hasTime ? SchemaValue::Of(row.Number(kDigits)) : SchemaValue();
 }
 
 constexpr SchemaColumn kColumnColumns[] = {
@@ -141,6 +146,41 @@ constexpr SchemaColumn kColumnColumns[] = {
 constexpr unsigned char kColumnRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kColumnOrder[] = {0, 1, 2, 6};
 
+/// Keeps the columns of tables and views.
+void KeepColumnsOfTables(const std::shared_ptr<Session>& session, const CatalogCall& asked, CatalogRows& columns) {
+    CatalogCall call;
+    call.catalog = asked.catalog;
+    call.schema = asked.schema;
+    const CatalogRows tables = CallCatalog(session, call);
+    std::set<std::pair<std::string_view, std::string_view>> known;
+    const auto nameIn = [](const CatalogRow& row) {
+        return std::pair(row.Text(2).value_or(""), row.Text(3).value_or(""));
+    };
+    for (const CatalogRow& table : tables)
+        known.insert(nameIn(table));
+    std::erase_if(columns, [&](const CatalogRow& column) { return !known.contains(nameIn(column)); });
+}
+
+/// Texts and bytes without limit, where the driver tells their size as 0: as what they are.
+void TellUnlimited(CatalogRows& columns) {
+    for (CatalogRow& column : columns) {
+        const auto sqlType = static_cast<int>(column.Number(kDataType).value_or(0));
+        const int longType = LongTypeOf(sqlType);
+        if (longType == sqlType || column.Number(kSize).value_or(1) != 0) continue;
+        constexpr long long kMostBytes = 2147483647;
+        column.Set(kDataType, SchemaValue::Number(longType));
+        column.Set(kSize, SchemaValue::Number(longType == SQL_WLONGVARCHAR ? kMostBytes / 2 : kMostBytes));
+        column.Set(kOctets, SchemaValue::Number(longType == SQL_WLONGVARCHAR ? kMostBytes - 1 : kMostBytes));
+    }
+}
+
+/// The word that RuleOf looks for.
+void TellUnsignedTiny(CatalogRows& columns) {
+    for (CatalogRow& column : columns) {
+        if (column.Number(kDataType) == SQL_TINYINT) column.Set(kTypeName, SchemaValue::Text("TINYINT UNSIGNED"));
+    }
+}
+
 CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
     if (AsksFiles(*session)) return FileColumns(session, restrictions.Text(2));
     CatalogCall call;
@@ -150,7 +190,12 @@ CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restricti
     call.schema = restrictions.Text(1);
     call.table = restrictions.Text(2);
     call.column = restrictions.Text(3);
-    return CallForTable(session, call);
+    CatalogRows columns = CallForTable(session, call);
+    if (call.table.empty() && session->Profile().listsIndexColumns) KeepColumnsOfTables(session, call, columns);
+    if (session->Profile().hasUnlimitedAsZero) TellUnlimited(columns);
+    if (session->Profile().hasUnsignedTiny) TellUnsignedTiny(columns);
+    if (session->Profile().hasSparseColumns) CompleteColumns(session, columns);
+    return columns;
 }
 
 // --- provider types ---
@@ -161,43 +206,43 @@ const SqlTypeRule& InfoRule(const CatalogRow& row) {
     return FindSqlType(static_cast<int>(row.Number(kInfoDataType).value_or(0)), row.Number(10).value_or(0) != 0);
 }
 
-Value InfoType(const CatalogRow& row) {
-    return Value(InfoRule(row).dbType);
+SchemaValue InfoType(const CatalogRow& row) {
+    return SchemaValue::Number(InfoRule(row).dbType);
 }
-Value InfoFlag(const CatalogRow& row, std::size_t column) {
+SchemaValue InfoFlag(const CatalogRow& row, std::size_t column) {
     const auto number = row.Number(column);
-    return number ? Value::Boolean(*number != 0) : Value::Null();
+    return number ? SchemaValue::Flag(*number != 0) : SchemaValue();
 }
-Value InfoSize(const CatalogRow& row) {
+SchemaValue InfoSize(const CatalogRow& row) {
     const auto size = row.Number(3);
-    if (!size) return Value::Null();
-    return Value(static_cast<LONG>(*size < 0 ? 0 : *size > INT32_MAX ? INT32_MAX : *size));
+    if (!size) return SchemaValue();
+    return SchemaValue::Number(std::clamp<long long>(*size, 0, INT32_MAX));
 }
-Value InfoNullable(const CatalogRow& row) {
+SchemaValue InfoNullable(const CatalogRow& row) {
     return InfoFlag(row, 7);
 }
-Value InfoCaseSensitive(const CatalogRow& row) {
+SchemaValue InfoCaseSensitive(const CatalogRow& row) {
     return InfoFlag(row, 8);
 }
-Value InfoSearchable(const CatalogRow& row) {
-    return Value(static_cast<LONG>(row.Number(9).value_or(3) + 1));
+SchemaValue InfoSearchable(const CatalogRow& row) {
+    return SchemaValue::Number(row.Number(9).value_or(3) + 1);
 }
-Value InfoUnsigned(const CatalogRow& row) {
+SchemaValue InfoUnsigned(const CatalogRow& row) {
     return InfoFlag(row, 10);
 }
-Value InfoFixedPrecision(const CatalogRow& row) {
+SchemaValue InfoFixedPrecision(const CatalogRow& row) {
     return InfoFlag(row, 11);
 }
-Value InfoAutoUnique(const CatalogRow& row) {
+SchemaValue InfoAutoUnique(const CatalogRow& row) {
     return InfoFlag(row, 12);
 }
-Value InfoLong(const CatalogRow& row) {
-    return Value::Boolean(InfoRule(row).isLong);
+SchemaValue InfoLong(const CatalogRow& row) {
+    return SchemaValue::Flag(InfoRule(row).isLong);
 }
 /// Behind what the driver says stands whether the row is the first one of its type.
 constexpr std::size_t kInfoBestMatch = 20;
-Value InfoBestMatch(const CatalogRow& row) {
-    return Value::Boolean(row.Number(kInfoBestMatch).value_or(0) != 0);
+SchemaValue InfoBestMatch(const CatalogRow& row) {
+    return SchemaValue::Flag(row.Number(kInfoBestMatch).value_or(0) != 0);
 }
 
 constexpr SchemaColumn kTypeColumns[] = {
@@ -233,7 +278,7 @@ CatalogRows ReadTypes(const std::shared_ptr<Session>& session, const Restriction
         const LONG type = InfoRule(row).dbType;
         const bool isFirst = std::ranges::find(seen, type) == seen.end();
         if (isFirst) seen.push_back(type);
-        row.Set(kInfoBestMatch, Value(isFirst ? LONG{1} : LONG{0}));
+        row.Set(kInfoBestMatch, SchemaValue::Flag(isFirst));
         rows.push_back(std::move(row));
     }
     return rows;

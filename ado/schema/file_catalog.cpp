@@ -1,6 +1,8 @@
 #include "ado/schema/file_catalog.h"
 
-#include "ado/cursor/text.h"
+#include <cctype>
+
+#include "ado/odbc/ascii.h"
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/declared_type.h"
 
@@ -15,37 +17,47 @@ std::string Quoted(std::string_view text) {
     return quoted + "'";
 }
 
-Value TextCell(const std::optional<std::u16string>& text) {
-    return text ? Value::Text(*text) : Value::Null();
+/// The one table or view of exactly this name, as a row of name and type. Much quicker than a look through
+/// sqlite_master, which is as long as the schema.
+std::string TableNamed(const std::string& name) {
+    const std::string literal = Quoted(name);
+    return "(select name, type from pragma_table_list(" + literal + ") where schema = 'main' and name = " + literal +
+           " and name not in ('sqlite_master', 'sqlite_schema'))";
 }
-Value NumberCell(long long number) {
-    return Value(static_cast<LONG>(number));
-}
-
-/// Cells numbered as the catalog function numbers them; NULL unless set.
-class RowMaker {
-public:
-    explicit RowMaker(std::size_t columns) : cells_(columns, Value::Null()) {}
-    RowMaker& Set(std::size_t column, Value value) {
-        cells_[column - 1] = std::move(value);
-        return *this;
-    }
-    CatalogRow Take() { return CatalogRow(std::move(cells_)); }
-
-private:
-    std::vector<Value> cells_;
-};
 
 /// By ODBC's numbers.
-int RuleNumber(const std::optional<std::u16string>& rule) {
+int RuleNumber(const std::optional<std::string_view>& rule) {
     static constexpr struct {
-        std::u16string_view text;
+        std::string_view text;
         int number;
-    } kRules[] = {{u"CASCADE", 0}, {u"RESTRICT", 1}, {u"SET NULL", 2}, {u"SET DEFAULT", 4}};
+    } kRules[] = {{"CASCADE", 0}, {"RESTRICT", 1}, {"SET NULL", 2}, {"SET DEFAULT", 4}};
     for (const auto& row : kRules) {
-        if (rule && SameName(*rule, row.text)) return row.number;
+        if (rule && EqualsNoCase(*rule, row.text)) return row.number;
     }
     return 3;
+}
+
+/// What stands behind WHERE in the text of an index.
+std::optional<std::string_view> ConditionOf(const std::optional<std::string_view>& text) {
+    constexpr std::string_view kWord = "WHERE";
+    if (!text) return std::nullopt;
+    const auto isPartOfName = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; };
+    char quote = '\0';
+    int depth = 0;
+    for (std::size_t i = 0; i < text->size(); ++i) {
+        const char c = (*text)[i];
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '"' || c == '\'' || c == '`' || c == '[') {
+            quote = c == '[' ? ']' : c;
+        } else if (c == '(' || c == ')') {
+            depth += c == '(' ? 1 : -1;
+        } else if (depth == 0 && i > 0 && !isPartOfName((*text)[i - 1]) && StartsWithNoCase(text->substr(i), kWord) &&
+                   (i + kWord.size() == text->size() || !isPartOfName((*text)[i + kWord.size()]))) {
+            return Trim(text->substr(i + kWord.size()));
+        }
+    }
+    return std::nullopt;
 }
 
 bool IsTextType(int type) {
@@ -66,120 +78,129 @@ bool AsksFiles(const Session& session) {
 }
 
 void ExpectReadableFile(const std::shared_ptr<Session>& session) {
-    SelectRows(session, "select count(*) from sqlite_master");
+    SelectRows(session, "select 1 from sqlite_master limit 1", {});
 }
 
 CatalogRows FileTables(const std::shared_ptr<Session>& session, const std::string& table) {
-    enum Answer : std::size_t { kTable = 1, kKind };
+    constexpr std::size_t kName = 3, kType = 4;
     std::string sql =
         "select name, case when substr(name, 1, 7) = 'sqlite_' then 'SYSTEM TABLE' else upper(type) end "
         "from sqlite_master where type in ('table', 'view')";
     if (!table.empty()) sql += " and name = " + Quoted(table);
-    CatalogRows rows;
-    for (const CatalogRow& answer : SelectRows(session, sql)) {
-        rows.push_back(RowMaker(5).Set(3, TextCell(answer.Text(kTable))).Set(4, TextCell(answer.Text(kKind))).Take());
-    }
-    return rows;
+    return SelectRows(session, sql, {kName, kType});
 }
 
 CatalogRows FileColumns(const std::shared_ptr<Session>& session, const std::string& table) {
-    enum Answer : std::size_t { kTable = 1, kOrdinal, kName, kType, kNotNull, kDefault, kKey };
-    std::string sql =
-        "select m.name, c.cid, c.name, c.type, c.\"notnull\", c.dflt_value, c.pk "
-        "from sqlite_master m join pragma_table_xinfo(m.name) c "
-        "where m.type in ('table', 'view') and c.hidden <> 1";
-    if (!table.empty()) sql += " and m.name = " + Quoted(table);
-    sql += " order by m.name, c.cid";
-    CatalogRows rows;
-    for (const CatalogRow& answer : SelectRows(session, sql)) {
-        const std::string declaration = ToUtf8(answer.Text(kType).value_or(u""));
-        const DeclaredType type = ReadDeclaredType(declaration);
-        const bool isKey = answer.Number(kKey).value_or(0) != 0;
-        const bool isNullable = answer.Number(kNotNull).value_or(0) == 0 && !(isKey && type.sqlType == SQL_INTEGER);
+    // As SQLColumns numbers them; behind those what the others are made of.
+    enum Column : std::size_t {
+        kTable = 3,
+        kName,
+        kSqlType,
+        kTypeName,
+        kSize,
+        kDigits = 9,
+        kNullable = 11,
+        kDefault = 13,
+        kOctets = 16,
+        kOrdinal,
+        kIsNullable,
+        kNotNull = 20,
+        kKey
+    };
+    const std::string sql =
+        "select m.name, c.name, c.type, c.dflt_value, c.cid + 1, c.\"notnull\", c.pk from " +
+        (table.empty() ? std::string("(select name from sqlite_master where type in ('table', 'view') order by name)")
+                       : TableNamed(table)) +
+        " m join pragma_table_xinfo(m.name, 'main') c where c.hidden <> 1";
+    CatalogRows rows = SelectRows(session, sql, {kTable, kName, kTypeName, kDefault, kOrdinal, kNotNull, kKey});
+    for (CatalogRow& row : rows) {
+        const DeclaredType type = ReadDeclaredType(row.Text(kTypeName).value_or(""));
+        const bool isKey = row.Number(kKey).value_or(0) != 0;
+        const bool isNullable = row.Number(kNotNull).value_or(0) == 0 && !(isKey && type.sqlType == SQL_INTEGER);
         const long long size = IsLongType(type.sqlType) ? kLongest : type.size;
         // A character takes up to four bytes.
         const long long octets = IsTextType(type.sqlType) ? 4LL * size : size;
-        rows.push_back(RowMaker(18)
-                           .Set(3, TextCell(answer.Text(kTable)))
-                           .Set(4, TextCell(answer.Text(kName)))
-                           .Set(5, NumberCell(type.sqlType))
-                           .Set(6, Value::Text(ToUtf16(declaration)))
-                           .Set(7, NumberCell(size))
-                           .Set(9, NumberCell(type.digits))
-                           .Set(11, NumberCell(isNullable ? 1 : 0))
-                           .Set(13, TextCell(answer.Text(kDefault)))
-                           .Set(16, NumberCell(octets > kLongest ? kLongest : octets))
-                           .Set(17, NumberCell(answer.Number(kOrdinal).value_or(0) + 1))
-                           .Set(18, Value::Text(isNullable ? u"YES" : u"NO"))
-                           .Take());
+        row.Set(kSqlType, SchemaValue::Number(type.sqlType));
+        row.Set(kSize, SchemaValue::Number(size));
+        row.Set(kDigits, SchemaValue::Number(type.digits));
+        row.Set(kNullable, SchemaValue::Number(isNullable ? 1 : 0));
+        row.Set(kOctets, SchemaValue::Number(octets > kLongest ? kLongest : octets));
+        row.Set(kIsNullable, SchemaValue::Text(isNullable ? "YES" : "NO"));
     }
     return rows;
 }
 
 CatalogRows FilePrimaryKeys(const std::shared_ptr<Session>& session, const std::string& table) {
-    enum Answer : std::size_t { kTable = 1, kName, kKey };
-    CatalogRows rows;
-    for (const CatalogRow& answer :
-         SelectRows(session,
-                    "select m.name, c.name, c.pk from sqlite_master m join pragma_table_xinfo(m.name) c "
-                    "where m.type = 'table' and c.pk > 0 and m.name = " +
-                        Quoted(table) + " order by c.pk")) {
-        rows.push_back(RowMaker(6)
-                           .Set(3, TextCell(answer.Text(kTable)))
-                           .Set(4, TextCell(answer.Text(kName)))
-                           .Set(5, NumberCell(answer.Number(kKey).value_or(1)))
-                           .Take());
-    }
-    return rows;
+    constexpr std::size_t kTable = 3, kName = 4, kPlace = 5;
+    return SelectRows(session,
+                      "select m.name, c.name, c.pk from " + TableNamed(table) +
+                          " m join pragma_table_xinfo(m.name, 'main') c where m.type <> 'view' and c.pk > 0 "
+                          "order by c.pk",
+                      {kTable, kName, kPlace});
 }
 
 CatalogRows FileForeignKeys(const std::shared_ptr<Session>& session, const std::string& table) {
-    enum Answer : std::size_t { kTable = 1, kKey, kPart, kOther, kFrom, kTo, kUpdate, kDelete, kImplied };
+    // As SQLForeignKeys numbers them; behind those what the others are made of.
+    enum Column : std::size_t {
+        kOther = 3,
+        kTo,
+        kTable = 7,
+        kFrom,
+        kPlace,
+        kUpdate,
+        kDelete,
+        kName,
+        kDeferrability = 14,
+        kKey = 20,
+        kUpdateText,
+        kDeleteText
+    };
+    constexpr int kNotDeferrable = 7;
     // A reference without columns means the key of the other table.
     std::string sql =
-        "select m.name, f.id, f.seq, f.\"table\", f.\"from\", f.\"to\", f.on_update, f.on_delete, "
-        "(select c.name from pragma_table_xinfo(f.\"table\") c where c.pk = f.seq + 1) "
+        "select f.\"table\", coalesce(f.\"to\", (select c.name from pragma_table_xinfo(f.\"table\") c where "
+        "c.pk = f.seq + 1)), m.name, f.\"from\", f.seq + 1, f.id, f.on_update, f.on_delete "
         "from sqlite_master m join pragma_foreign_key_list(m.name) f where m.type = 'table'";
     if (!table.empty()) sql += " and m.name = " + Quoted(table);
     sql += " order by m.name, f.id, f.seq";
-    CatalogRows rows;
-    for (const CatalogRow& answer : SelectRows(session, sql)) {
-        const auto column = answer.Text(kTo) ? answer.Text(kTo) : answer.Text(kImplied);
+    CatalogRows rows = SelectRows(session, sql, {kOther, kTo, kTable, kFrom, kPlace, kKey, kUpdateText, kDeleteText});
+    for (CatalogRow& row : rows) {
+        row.Set(kUpdate, SchemaValue::Number(RuleNumber(row.Text(kUpdateText))));
+        row.Set(kDelete, SchemaValue::Number(RuleNumber(row.Text(kDeleteText))));
         // Keys have no names here; one made of table and number keeps the columns of a key together.
-        const std::u16string name =
-            u"FK_" + answer.Text(kTable).value_or(u"") + u"_" + NumberText(answer.Number(kKey).value_or(0));
-        rows.push_back(RowMaker(14)
-                           .Set(3, TextCell(answer.Text(kOther)))
-                           .Set(4, TextCell(column))
-                           .Set(7, TextCell(answer.Text(kTable)))
-                           .Set(8, TextCell(answer.Text(kFrom)))
-                           .Set(9, NumberCell(answer.Number(kPart).value_or(0) + 1))
-                           .Set(10, NumberCell(RuleNumber(answer.Text(kUpdate))))
-                           .Set(11, NumberCell(RuleNumber(answer.Text(kDelete))))
-                           .Set(12, Value::Text(name))
-                           .Set(14, NumberCell(7))
-                           .Take());
+        row.SetMadeText(kName, "FK_" + std::string(row.Text(kTable).value_or("")) + "_" +
+                                   std::to_string(row.Number(kKey).value_or(0)));
+        row.Set(kDeferrability, SchemaValue::Number(kNotDeferrable));
     }
     return rows;
 }
 
 CatalogRows FileIndexes(const std::shared_ptr<Session>& session, const std::string& table) {
-    enum Answer : std::size_t { kIndex = 1, kUnique, kPart, kName, kDescending };
-    CatalogRows rows;
-    for (const CatalogRow& answer : SelectRows(
-             session, "select i.name, i.\"unique\", x.seqno, x.name, x.desc from pragma_index_list(" + Quoted(table) +
-                          ") i join pragma_index_xinfo(i.name) x where x.key = 1 "
-                          "order by i.name, x.seqno")) {
-        constexpr int kOtherKind = 3;
-        rows.push_back(RowMaker(13)
-                           .Set(3, Value::Text(ToUtf16(table)))
-                           .Set(4, NumberCell(answer.Number(kUnique).value_or(0) == 0 ? 1 : 0))
-                           .Set(6, TextCell(answer.Text(kIndex)))
-                           .Set(7, NumberCell(kOtherKind))
-                           .Set(8, NumberCell(answer.Number(kPart).value_or(0) + 1))
-                           .Set(9, TextCell(answer.Text(kName)))
-                           .Set(10, Value::Text(answer.Number(kDescending).value_or(0) != 0 ? u"D" : u"A"))
-                           .Take());
+    // As SQLStatistics numbers them; behind those what others are made of.
+    enum Column : std::size_t {
+        kTable = 3,
+        kNonUnique,
+        kIndex = 6,
+        kKind,
+        kPlace,
+        kName,
+        kSequence,
+        kFilter = 13,
+        kIsPrimary = 20,
+        kText = 22
+    };
+    constexpr int kOtherKind = 3;
+    CatalogRows rows = SelectRows(
+        session,
+        "select m.name, i.\"unique\" = 0, i.name, x.seqno + 1, x.name, iif(x.desc, 'D', 'A'), i.origin = 'pk', "
+        "iif(i.partial, (select sql from sqlite_master s where s.type = 'index' and s.name = i.name), null) from " +
+            TableNamed(table) +
+            " m join pragma_index_list(m.name, 'main') i join pragma_index_xinfo(i.name, 'main') x where x.key = 1 "
+            "order by i.name, x.seqno",
+        {kTable, kNonUnique, kIndex, kPlace, kName, kSequence, kIsPrimary, kText});
+    for (CatalogRow& row : rows) {
+        row.Set(kKind, SchemaValue::Number(kOtherKind));
+        row.Set(kFilter, SchemaValue::Of(ConditionOf(row.Text(kText))));
     }
     return rows;
 }

@@ -1,5 +1,4 @@
 // Primary keys, foreign keys and indexes. Each needs the table restriction: without it the answer is empty.
-#include "ado/cursor/text.h"
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
@@ -8,6 +7,10 @@ namespace tk::ado {
 namespace {
 
 using Type = SchemaType;
+
+bool TellsKeys(const Session& session) {
+    return session.Profile().keySource != KeySource::Nothing;
+}
 
 std::string CatalogOf(Session& session, std::string given) {
     return given.empty() ? session.CurrentCatalog() : given;
@@ -25,10 +28,7 @@ constexpr unsigned char kPrimaryOrder[] = {0, 1, 2, 6};
 
 CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
                            const std::string& schema, const std::string& table) {
-    if (AsksFiles(*session)) {
-        ExpectReadableFile(session);
-        return FilePrimaryKeys(session, table);
-    }
+    if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
     CatalogCall call;
     call.function = CatalogCall::Function::PrimaryKeys;
     call.catalog = CatalogOf(*session, catalog);
@@ -38,28 +38,28 @@ CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::s
 }
 
 CatalogRows ReadPrimaryKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    if (restrictions.Text(2).empty()) return {};
+    if (restrictions.Text(2).empty() || !TellsKeys(*session)) return {};
     return PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), restrictions.Text(2));
 }
 
 // --- foreign keys ---
 
-Value Rule(const CatalogRow& row, std::size_t column) {
+SchemaValue Rule(const CatalogRow& row, std::size_t column) {
     // By ODBC's numbers; "restrict" is reported as no action.
-    static constexpr const char16_t* kRules[] = {u"CASCADE", u"NO ACTION", u"SET NULL", u"NO ACTION", u"SET DEFAULT"};
+    static constexpr const char* kRules[] = {"CASCADE", "NO ACTION", "SET NULL", "NO ACTION", "SET DEFAULT"};
     const auto number = row.Number(column);
-    if (!number || *number < 0 || *number >= static_cast<long long>(std::size(kRules))) return Value::Null();
-    return Value::Text(kRules[*number]);
+    if (!number || *number < 0 || *number >= static_cast<long long>(std::size(kRules))) return SchemaValue();
+    return SchemaValue::Text(kRules[*number]);
 }
-Value UpdateRule(const CatalogRow& row) {
+SchemaValue UpdateRule(const CatalogRow& row) {
     return Rule(row, 10);
 }
-Value DeleteRule(const CatalogRow& row) {
+SchemaValue DeleteRule(const CatalogRow& row) {
     return Rule(row, 11);
 }
-Value Deferrability(const CatalogRow& row) {
+SchemaValue Deferrability(const CatalogRow& row) {
     const auto number = row.Number(14);
-    return number && *number >= 5 && *number <= 7 ? Value(static_cast<LONG>(*number - 4)) : Value::Null();
+    return number && *number >= 5 && *number <= 7 ? SchemaValue::Number(*number - 4) : SchemaValue();
 }
 
 constexpr SchemaColumn kForeignColumns[] = {
@@ -87,11 +87,8 @@ constexpr unsigned char kForeignRestrictions[] = {0, 1, 2, 6, 7, 8};
 constexpr unsigned char kForeignOrder[] = {6, 7, 8, 16, 12};
 
 CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    if (restrictions.Text(2).empty() && restrictions.Text(5).empty()) return {};
-    if (AsksFiles(*session)) {
-        ExpectReadableFile(session);
-        return FileForeignKeys(session, restrictions.Text(5));
-    }
+    if ((restrictions.Text(2).empty() && restrictions.Text(5).empty()) || !TellsKeys(*session)) return {};
+    if (AsksFiles(*session)) return FileForeignKeys(session, restrictions.Text(5));
     CatalogCall call;
     call.function = CatalogCall::Function::ForeignKeys;
     if (!restrictions.Text(2).empty()) {
@@ -121,41 +118,41 @@ enum StatisticsColumn : std::size_t {
     kNullOrder = 21,
 };
 
-Value IndexSchema(const CatalogRow& row) {
+SchemaValue IndexSchema(const CatalogRow& row) {
     const auto qualifier = row.Text(kQualifier);
     // Some servers qualify an index by its table, which is no schema.
     const bool isSchema = qualifier && !qualifier->empty() && qualifier != row.Text(3);
-    return TextValue(isSchema ? qualifier : row.Text(2));
+    return SchemaValue::Of(isSchema ? qualifier : row.Text(2));
 }
-Value PrimaryKey(const CatalogRow& row) {
-    return Value::Boolean(row.Number(kIsPrimary).value_or(0) != 0);
+SchemaValue PrimaryKey(const CatalogRow& row) {
+    return SchemaValue::Flag(row.Number(kIsPrimary).value_or(0) != 0);
 }
-Value Unique(const CatalogRow& row) {
-    return Value::Boolean(row.Number(kNonUnique).value_or(1) == 0);
+SchemaValue Unique(const CatalogRow& row) {
+    return SchemaValue::Flag(row.Number(kNonUnique).value_or(1) == 0);
 }
-Value Clustered(const CatalogRow& row) {
-    return Value::Boolean(row.Number(kIndexType).value_or(0) == 1);
+SchemaValue Clustered(const CatalogRow& row) {
+    return SchemaValue::Flag(row.Number(kIndexType).value_or(0) == 1);
 }
-Value IndexType(const CatalogRow& row) {
+SchemaValue IndexType(const CatalogRow& row) {
     switch (row.Number(kIndexType).value_or(0)) {
         case 2:
-            return Value(LONG{2});
+            return SchemaValue::Number(2);
         case 3:
-            return Value(LONG{4});
+            return SchemaValue::Number(4);
         default:
-            return Value(LONG{1});
+            return SchemaValue::Number(1);
     }
 }
-Value False(const CatalogRow&) {
-    return Value::Boolean(false);
+SchemaValue False(const CatalogRow&) {
+    return SchemaValue::Flag(false);
 }
-Value True(const CatalogRow&) {
-    return Value::Boolean(true);
+SchemaValue True(const CatalogRow&) {
+    return SchemaValue::Flag(true);
 }
-Value Collation(const CatalogRow& row) {
+SchemaValue Collation(const CatalogRow& row) {
     const auto sequence = row.Text(kSortSequence);
-    if (sequence == u"A") return Value(LONG{1});
-    return sequence == u"D" ? Value(LONG{2}) : Value::Null();
+    if (sequence == "A") return SchemaValue::Number(1);
+    return sequence == "D" ? SchemaValue::Number(2) : SchemaValue();
 }
 
 constexpr SchemaColumn kIndexColumns[] = {
@@ -210,9 +207,9 @@ bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key
     if (const auto keyName = key.front().Text(kKeyName); keyName && name) {
         if (*keyName == *name) return true;
     }
-    std::vector<std::u16string> columns;
+    std::vector<std::string_view> columns;
     for (const CatalogRow& other : all) {
-        if (other.Text(kIndexName) == name) columns.push_back(other.Text(kColumnName).value_or(u""));
+        if (other.Text(kIndexName) == name) columns.push_back(other.Text(kColumnName).value_or(""));
     }
     if (columns.size() != key.size()) return false;
     constexpr std::size_t kKeyColumn = 4;
@@ -222,30 +219,34 @@ bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key
     return true;
 }
 
-CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    const std::string table = restrictions.Text(4);
-    if (table.empty()) return {};
-    CatalogRows rows;
-    if (AsksFiles(*session)) {
-        ExpectReadableFile(session);
-        rows = FileIndexes(session, table);
-    } else {
-        CatalogCall call;
-        call.function = CatalogCall::Function::Statistics;
-        call.catalog = CatalogOf(*session, restrictions.Text(0));
-        call.schema = restrictions.Text(1);
-        call.table = table;
-        rows = CallForTable(session, call);
-    }
-    const CatalogRows key = PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), table);
+CatalogRows AskStatistics(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    CatalogCall call;
+    call.function = CatalogCall::Function::Statistics;
+    call.catalog = CatalogOf(*session, restrictions.Text(0));
+    call.schema = restrictions.Text(1);
+    call.table = restrictions.Text(4);
+    CatalogRows rows = CallForTable(session, call);
+    const CatalogRows key = PrimaryKeyRows(session, restrictions.Text(0), restrictions.Text(1), call.table);
     std::vector<bool> isKey;
     for (const CatalogRow& row : rows)
         isKey.push_back(IsKey(rows, row, key));
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i].Set(kIsPrimary, SchemaValue::Flag(isKey[i]));
+    return rows;
+}
+
+CatalogRows ReadIndexes(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    const std::string table = restrictions.Text(4);
+    if (table.empty() || !TellsKeys(*session)) return {};
+    const std::string schema = restrictions.Text(1);
+    const DriverProfile& profile = session->Profile();
+    CatalogRows rows = AsksFiles(*session) ? FileIndexes(session, table)
+                       : profile.indexQuery != nullptr
+                           ? SelectRows(session, profile.indexQuery, profile.indexQueryColumns, {table, schema, schema})
+                           : AskStatistics(session, restrictions);
     const LONG nullOrder = NullOrderOf(*session);
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-        rows[i].Set(kIsPrimary, Value(isKey[i] ? LONG{1} : LONG{0}));
-        rows[i].Set(kNullOrder, Value(nullOrder));
-    }
+    for (CatalogRow& row : rows)
+        row.Set(kNullOrder, SchemaValue::Number(nullOrder));
     return rows;
 }
 

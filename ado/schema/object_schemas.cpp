@@ -1,7 +1,6 @@
 // Catalogs, schemata, tables and procedures.
 #include <set>
 
-#include "ado/cursor/text.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
 
@@ -12,9 +11,9 @@ using Type = SchemaType;
 
 /// Keeps the first row of each name. A driver that cannot ask for names alone lists what bears them, again and again.
 void KeepNames(CatalogRows& rows, std::size_t column) {
-    std::set<std::u16string> seen;
+    std::set<std::string> seen;
     std::erase_if(rows, [&](const CatalogRow& row) {
-        const std::u16string name = row.Text(column).value_or(u"");
+        const std::string name(row.Text(column).value_or(""));
         return name.empty() || !seen.insert(name).second;
     });
 }
@@ -74,9 +73,9 @@ CatalogRows ReadTables(const std::shared_ptr<Session>& session, const Restrictio
 
 // --- procedures ---
 
-Value ProcedureType(const CatalogRow& row) {
+SchemaValue ProcedureType(const CatalogRow& row) {
     const auto type = row.Number(8);
-    return Value(static_cast<LONG>(type && *type >= 0 && *type <= 2 ? *type + 1 : 1));
+    return SchemaValue::Number(type && *type >= 0 && *type <= 2 ? *type + 1 : 1);
 }
 
 constexpr SchemaColumn kProcedureColumns[] = {
@@ -94,6 +93,7 @@ constexpr unsigned char kProcedureOrder[] = {0, 1, 2};
 
 CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
     if (AsksFiles(*session)) ExpectReadableFile(session);
+    if (session->Profile().keySource == KeySource::Nothing) return {};
     CatalogCall call;
     call.function = CatalogCall::Function::Procedures;
     call.catalog = restrictions.Text(0);

@@ -1,6 +1,10 @@
 #include "ado/schema/schema_rowset.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <utility>
 
 #include "ado/cursor/text.h"
 #include "ado/objects/arrays.h"
@@ -11,6 +15,7 @@ namespace tk::ado {
 namespace {
 
 constexpr LONG kTextWidth = 128;
+constexpr std::size_t kMostOrderColumns = 6;
 
 struct TypeRow {
     SchemaType type;
@@ -47,47 +52,107 @@ Column Describe(const SchemaColumn& schemaColumn) {
     return column;
 }
 
-/// The value as a cell of the column gives it.
-Value Typed(Value value, SchemaType type) {
-    if (value.IsNull() || value.IsEmpty()) return Value::Null();
-    static constexpr struct {
-        SchemaType type;
-        VARTYPE value;
-    } kForms[] = {
-        {SchemaType::Text, VT_BSTR},        {SchemaType::Guid, VT_BSTR},
-        {SchemaType::Flag, VT_BOOL},        {SchemaType::Small, VT_I2},
-        {SchemaType::UnsignedSmall, VT_I4}, {SchemaType::Long, VT_I4},
-        {SchemaType::UnsignedLong, VT_I4},  {SchemaType::UnsignedHuge, VT_DECIMAL},
-        {SchemaType::Date, VT_DATE},
-    };
-    for (const auto& form : kForms) {
-        if (form.type != type) continue;
-        HRESULT result = S_OK;
-        Value typed = value.As(form.value, result);
-        return SUCCEEDED(result) ? typed : Value::Null();
-    }
-    return Value::Null();
+bool IsTextual(SchemaType type) {
+    return type == SchemaType::Text || type == SchemaType::Guid || type == SchemaType::Date;
 }
 
-Value Plain(const CatalogRow& row, const SchemaColumn& column) {
-    if (column.source == 0) return Value::Null();
-    if (column.type == SchemaType::Text || column.type == SchemaType::Guid || column.type == SchemaType::Date) {
-        return TextValue(row.Text(column.source));
+/// The value of a column as its type has it: NULL where it does not fit.
+SchemaValue ValueOf(const CatalogRow& row, const SchemaColumn& column) {
+    if (column.make == nullptr && column.source == 0) return {};
+    if (IsTextual(column.type)) {
+        const SchemaValue text = column.make != nullptr ? column.make(row) : SchemaValue::Of(row.Text(column.source));
+        return text.IsText() ? text : SchemaValue();
     }
-    return NumberValue(row.Number(column.source));
+    const SchemaValue number = column.make != nullptr ? column.make(row) : SchemaValue::Of(row.Number(column.source));
+    if (number.IsNull() || number.IsText()) return {};
+    if (column.type == SchemaType::Flag) return SchemaValue::Flag(number.AsNumber() != 0);
+    const bool isSmall = column.type == SchemaType::Small;
+    const bool fits =
+        column.type == SchemaType::UnsignedHuge ||
+        (isSmall ? std::in_range<std::int16_t>(number.AsNumber()) : std::in_range<std::int32_t>(number.AsNumber()));
+    return fits ? SchemaValue::Number(number.AsNumber()) : SchemaValue();
 }
 
-/// NULL first, numbers by value, texts by their units.
-int Order(const Value& first, const Value& second) {
+/// NULL first, numbers by value, texts by their characters.
+int Order(const SchemaValue& first, const SchemaValue& second) {
     if (first.IsNull() || second.IsNull()) return static_cast<int>(second.IsNull()) - static_cast<int>(first.IsNull());
-    if (first.Type() == VT_BSTR && second.Type() == VT_BSTR) {
-        return ViewOf(first.Get().bstrVal).compare(ViewOf(second.Get().bstrVal));
-    }
-    HRESULT result = S_OK;
-    const double a = first.As(VT_R8, result).Get().dblVal;
-    const double b = second.As(VT_R8, result).Get().dblVal;
-    return a < b ? -1 : b < a ? 1 : 0;
+    if (first.IsText() && second.IsText()) return first.AsText().compare(second.AsText());
+    return first.AsNumber() < second.AsNumber() ? -1 : second.AsNumber() < first.AsNumber() ? 1 : 0;
 }
+
+/// The rows that are allowed, in order.
+std::vector<const CatalogRow*> Selected(const CatalogRows& rows, const SchemaTable& table,
+                                        const Restrictions& restrictions) {
+    struct Kept {
+        const CatalogRow* row;
+        std::array<SchemaValue, kMostOrderColumns> key;
+    };
+    std::vector<Kept> kept;
+    kept.reserve(rows.size());
+    for (const CatalogRow& row : rows) {
+        bool isAllowed = true;
+        for (std::size_t i = 0; isAllowed && i < restrictions.Count(); ++i)
+            isAllowed = restrictions.Allows(i, ValueOf(row, table.columns[table.restrictions[i]]));
+        if (!isAllowed) continue;
+        Kept& last = kept.emplace_back(Kept{&row, {}});
+        for (std::size_t i = 0; i < table.order.size(); ++i)
+            last.key[i] = ValueOf(row, table.columns[table.order[i]]);
+    }
+    const auto isBefore = [&](const Kept& first, const Kept& second) {
+        for (std::size_t i = 0; i < table.order.size(); ++i) {
+            if (const int order = Order(first.key[i], second.key[i]); order != 0) return order < 0;
+        }
+        return false;
+    };
+    // Most answers come in order.
+    if (!std::ranges::is_sorted(kept, isBefore)) std::ranges::stable_sort(kept, isBefore);
+    std::vector<const CatalogRow*> selected;
+    selected.reserve(kept.size());
+    for (const Kept& each : kept)
+        selected.push_back(each.row);
+    return selected;
+}
+
+/// Rows of a finished set, whose cells are texts.
+class RowsetBuilder {
+public:
+    explicit RowsetBuilder(const SchemaTable& table) : table_(table), digits_(table.columns.size()) {
+        std::vector<Column> columns;
+        for (const SchemaColumn& column : table.columns)
+            columns.push_back(Describe(column));
+        rows_ = RowSet::Build(std::move(columns));
+    }
+    void Append(const CatalogRow& row) {
+        cells_.clear();
+        for (std::size_t i = 0; i < table_.columns.size(); ++i)
+            cells_.push_back(Written(ValueOf(row, table_.columns[i]), digits_[i]));
+        rows_->AppendTexts(cells_);
+    }
+    std::shared_ptr<RowSet> Take() { return std::move(rows_); }
+
+private:
+    using Digits = std::array<char, 24>;
+
+    static std::optional<std::string_view> Written(const SchemaValue& value, Digits& digits) {
+        switch (value.Kind()) {
+            case SchemaValue::Form::Null:
+                return std::nullopt;
+            case SchemaValue::Form::Text:
+                return value.AsText();
+            case SchemaValue::Form::Flag:
+                return value.AsNumber() != 0 ? "1" : "0";
+            case SchemaValue::Form::Number:
+                break;
+        }
+        const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value.AsNumber()).ptr;
+        return std::string_view(digits.data(), end);
+    }
+
+    const SchemaTable& table_;
+    std::shared_ptr<RowSet> rows_;
+    std::vector<std::optional<std::string_view>> cells_;
+    std::vector<Digits> digits_;
+};
 
 const SchemaTable& FindSchema(LONG schema) {
     for (const auto& tables : {ObjectSchemas(), ColumnSchemas(), KeySchemas()}) {
@@ -100,39 +165,52 @@ const SchemaTable& FindSchema(LONG schema) {
 
 }  // namespace
 
-Value TextValue(const std::optional<std::u16string>& text) {
-    return text ? Value::Text(*text) : Value::Null();
+Restrictions::Restrictions(const std::vector<Value>& given) {
+    for (const Value& each : given)
+        wanted_.push_back(Read(each));
 }
 
-Value NumberValue(const std::optional<long long>& number) {
-    if (!number) return Value::Null();
-    if (*number >= INT32_MIN && *number <= INT32_MAX) return Value(static_cast<LONG>(*number));
-    return Value::Real(static_cast<double>(*number));
+Restrictions::Wanted Restrictions::Read(const Value& given) {
+    switch (given.Type()) {
+        case VT_EMPTY:
+        case VT_ERROR:
+            return {};
+        case VT_NULL:
+            return {.form = Wanted::Form::Null, .text = {}, .number = {}};
+        default:
+            break;
+    }
+    HRESULT result = S_OK;
+    const Value real = given.As(VT_R8, result);
+    const std::optional<double> number = SUCCEEDED(result) ? std::optional(real.Get().dblVal) : std::nullopt;
+    if (given.Type() == VT_BSTR) {
+        return {.form = Wanted::Form::Text, .text = ToUtf8(ViewOf(given.Get().bstrVal)), .number = number};
+    }
+    return {.form = number ? Wanted::Form::Number : Wanted::Form::Nothing, .text = {}, .number = number};
 }
 
 std::string Restrictions::Text(std::size_t number) const {
-    if (number >= given_.size() || given_[number].Type() != VT_BSTR) return {};
-    return ToUtf8(ViewOf(given_[number].Get().bstrVal));
+    return number < wanted_.size() ? wanted_[number].text : std::string();
 }
 
-bool Restrictions::Allows(std::size_t number, const Value& value) const {
-    if (number >= given_.size()) return true;
-    const Value& wanted = given_[number];
-    switch (wanted.Type()) {
-        case VT_EMPTY:
-        case VT_ERROR:
+bool Restrictions::Allows(std::size_t number, const SchemaValue& value) const {
+    const Wanted& wanted = wanted_[number];
+    const auto isNumber = [&] { return wanted.number == static_cast<double>(value.AsNumber()); };
+    switch (wanted.form) {
+        case Wanted::Form::Anything:
             return true;
-        case VT_NULL:
+        case Wanted::Form::Null:
             return value.IsNull();
-        case VT_BSTR: {
-            const std::u16string_view text = ViewOf(wanted.Get().bstrVal);
+        case Wanted::Form::Text:
             // Where a database has no such level an empty text says as much as NULL.
-            if (value.IsNull()) return text.empty();
-            return value.Type() == VT_BSTR ? ViewOf(value.Get().bstrVal) == text : Order(value, wanted) == 0;
-        }
-        default:
-            return !value.IsNull() && value.Type() != VT_BSTR && Order(value, wanted) == 0;
+            if (value.IsNull()) return wanted.text.empty();
+            return value.IsText() ? value.AsText() == wanted.text : isNumber();
+        case Wanted::Form::Number:
+            return !value.IsNull() && !value.IsText() && isNumber();
+        case Wanted::Form::Nothing:
+            break;
     }
+    return false;
 }
 
 std::vector<Value> ReadRestrictions(const Value& given) {
@@ -146,37 +224,11 @@ std::shared_ptr<RowSet> OpenSchemaRowset(std::shared_ptr<Session> session, LONG 
     const SchemaTable& table = FindSchema(schema);
     if (given.size() > table.restrictions.size()) throw AdoError(ErrorNumber::InvalidArgument);
     const Restrictions restrictions(given);
-    std::vector<std::vector<Value>> rows;
-    for (const CatalogRow& source : table.read(session, restrictions)) {
-        std::vector<Value> row;
-        row.reserve(table.columns.size());
-        for (const SchemaColumn& column : table.columns) {
-            row.push_back(Typed(column.make != nullptr ? column.make(source) : Plain(source, column), column.type));
-        }
-        bool allowed = true;
-        for (std::size_t i = 0; i < given.size(); ++i) {
-            allowed = allowed && restrictions.Allows(i, row[table.restrictions[i]]);
-        }
-        if (allowed) rows.push_back(std::move(row));
-    }
-    std::ranges::stable_sort(rows, [&](const std::vector<Value>& first, const std::vector<Value>& second) {
-        for (const unsigned char column : table.order) {
-            if (const int order = Order(first[column], second[column]); order != 0) return order < 0;
-        }
-        return false;
-    });
-    std::vector<Column> columns;
-    for (const SchemaColumn& column : table.columns)
-        columns.push_back(Describe(column));
-    auto built = RowSet::Build(std::move(columns));
-    std::vector<VARIANT> borrowed;
-    for (const std::vector<Value>& row : rows) {
-        borrowed.clear();
-        for (const Value& value : row)
-            borrowed.push_back(value.Get());
-        built->Append(borrowed);
-    }
-    return built;
+    const CatalogRows rows = table.read(session, restrictions);
+    RowsetBuilder built(table);
+    for (const CatalogRow* row : Selected(rows, table, restrictions))
+        built.Append(*row);
+    return built.Take();
 }
 
 }  // namespace tk::ado

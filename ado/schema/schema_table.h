@@ -2,8 +2,12 @@
 // from.
 #pragma once
 
+#include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
+#include "ado/cursor/value.h"
 #include "ado/schema/catalog_rows.h"
 
 namespace tk::ado {
@@ -24,23 +28,33 @@ enum class SchemaType : unsigned char {
 struct SchemaColumn {
     const char16_t* name;
     SchemaType type = SchemaType::Text;
-    unsigned char source = 0;                        // column of the catalog function; 0: always NULL
-    Value (*make)(const CatalogRow& row) = nullptr;  // instead of the plain value
+    unsigned char source = 0;                              // column of the catalog function; 0: always NULL
+    SchemaValue (*make)(const CatalogRow& row) = nullptr;  // instead of the plain value
 };
 
 /// Restrictions as given by the caller, by number.
 class Restrictions {
 public:
-    explicit Restrictions(const std::vector<Value>& given) : given_(given) {}
+    /// @param given  outlives this
+    explicit Restrictions(const std::vector<Value>& given);
 
     /// The text asked for, UTF-8; empty when this one does not restrict.
     std::string Text(std::size_t number) const;
 
     /// Whether a value passes: texts exactly, NULL only where NULL is asked for.
-    bool Allows(std::size_t number, const Value& value) const;
+    bool Allows(std::size_t number, const SchemaValue& value) const;
+
+    std::size_t Count() const noexcept { return wanted_.size(); }
 
 private:
-    const std::vector<Value>& given_;
+    struct Wanted {
+        enum class Form : unsigned char { Anything, Null, Text, Number, Nothing } form = Form::Anything;
+        std::string text;
+        std::optional<double> number;
+    };
+    static Wanted Read(const Value& given);
+
+    std::vector<Wanted> wanted_;
 };
 
 struct SchemaTable {
@@ -55,9 +69,5 @@ struct SchemaTable {
 std::span<const SchemaTable> ObjectSchemas();  // catalogs, schemata, tables, procedures
 std::span<const SchemaTable> ColumnSchemas();  // columns, provider types
 std::span<const SchemaTable> KeySchemas();     // primary keys, foreign keys, indexes
-
-// Values that several tables make.
-Value TextValue(const std::optional<std::u16string>& text);
-Value NumberValue(const std::optional<long long>& number);
 
 }  // namespace tk::ado

@@ -94,6 +94,22 @@ TEST_F(TkdbSchema, CopiesTablesWithTheirKeysAndIndexes) {
         "  {\"sql\": \"CREATE TABLE \\\"\xE7\xBC\x96\xE5\x8F\xB7\\\" (\\\"a b\\\" bigint)\"}\n]\n");
 }
 
+TEST_F(TkdbSchema, CopiesATableWithoutIndexesThatNeedMoreThanColumns) {
+    ASSERT_EQ(RunTkdb("exec " + connection_ +
+                      " 'create unique index partial on item (price) where id > 1'"
+                      " 'create index shown on item (lower(name))' 'insert into item values (3,1,1.25,null)'")
+                  .code,
+              0);
+    const Outcome copied = RunTkdb("copy " + connection_ + " item " + target_, "2>&1");
+    EXPECT_EQ(copied.code, 0);
+    EXPECT_EQ(copied.output,
+              "tkdb: item: without its index partial, which is of some rows or of an expression\n"
+              "tkdb: item: without its index shown, which is of some rows or of an expression\n"
+              "item: 3 row(s)\n");
+    EXPECT_EQ(RunTkdb("indexes " + target_ + " item --dialect mssql").output,
+              "CREATE INDEX \"ITEM_NAME\" ON \"ITEM\" (\"NAME\",\"PRICE\")\n");
+}
+
 TEST_F(TkdbSchema, TakesACopyUpAgain) {
     const std::string copy = "copy " + connection_ + " item " + target_;
     ASSERT_EQ(RunTkdb(copy).code, 0);

@@ -14,7 +14,7 @@
 namespace tk::tools {
 namespace {
 
-constexpr long kRowsAtATime = 10'000;
+constexpr long kRowsAtATime = 50'000;
 
 /// Thrown to leave a table; the reason is told by the library, or here.
 struct Stop {
@@ -99,6 +99,10 @@ long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target,
         Do(target, index);
     if (Count(target, scripts.name) != rows) throw Stop{("rows are missing: " + scripts.name).c_str()};
     made.Keep();
+    for (const std::string& index : scripts.leftOut) {
+        static_cast<void>(
+            Refuse((table + ": without its index " + index + ", which is of some rows or of an expression").c_str()));
+    }
     return rows;
 }
 

@@ -1,5 +1,7 @@
 #include "tools/tkdb/row_count.h"
 
+#include <cstdlib>
+
 #include "tools/tkdb/database_system.h"
 
 namespace tk::tools {
@@ -9,7 +11,8 @@ CString CountRowsOf(CTDatabase& database, const std::string& table, long& count)
     const COleDispatchDriver rowset(database.GetRecordset(("SELECT COUNT(*) FROM " + Quoted(table)).c_str()));
     if (rowset.m_lpDispatch == nullptr) return database.GetLastErrorString();
     if (rows.OpenDispatch(rowset.m_lpDispatch) == 0) return rows.GetLastErrorString();
-    count = rows.GetIntValue(0L);
+    // Some drivers tell it as a text.
+    count = std::strtol(rows.GetStringValue(0L), nullptr, 10);
     return "";
 }
 

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
+#include <set>
 #include <span>
 
 #include "tools/tkdb/column_type_text.h"
@@ -68,6 +70,7 @@ std::string TypeWord(long type, const _tagFIELDINFO& field, DatabaseSystem syste
 struct Index {
     std::vector<std::string> columns;
     bool isUnique = false;
+    bool isPartial = false;
 };
 
 std::map<std::string, Index> IndexesOf(CTDatabase& source, const std::string& table) {
@@ -81,6 +84,7 @@ std::map<std::string, Index> IndexesOf(CTDatabase& source, const std::string& ta
         Index& index = indexes[name];
         index.columns.emplace_back(rows.GetStringValue("COLUMN_NAME"));
         index.isUnique = rows.GetIntValue("UNIQUE") != 0;
+        index.isPartial = !rows.GetStringValue("FILTER_CONDITION").IsEmpty();
     }
     return indexes;
 }
@@ -108,6 +112,7 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem
     const COleDispatchDriver rowset(source.GetFieldSet(table.c_str(), nullptr));
     if (columns.OpenField(rowset.m_lpDispatch) == 0) return columns.GetLastErrorString();
     const std::vector<std::string> key = KeyOf(source, table);
+    std::set<std::string> names;
     std::string lines;
     for (; !columns.GetEof(); columns.MoveNext()) {
         _tagFIELDINFO field = {};
@@ -116,6 +121,7 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem
         // Integers of a file have 64 bits, whatever they are called.
         if (from == DatabaseSystem::Sqlite && type == kInteger) type = kBigInteger;
         const std::string name(columns.GetStringValue("COLUMN_NAME"));
+        names.insert(name);
         const std::string word = TypeWord(type, field, to);
         if (word.empty()) return ("no type for column " + name).c_str();
         lines += (lines.empty() ? "" : ", ") + Quoted(name) + " " + word + (field.nNullable != 0 ? "" : " NOT NULL");
@@ -125,6 +131,12 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem
     scripts.name = table;
     scripts.create = "CREATE TABLE " + Quoted(table) + " (" + lines + ")";
     for (const auto& [name, index] : IndexesOf(source, table)) {
+        const bool isOfColumns =
+            std::ranges::all_of(index.columns, [&](const std::string& column) { return names.contains(column); });
+        if (index.isPartial || !isOfColumns) {
+            scripts.leftOut.push_back(name);
+            continue;
+        }
         scripts.indexes.push_back(fmt::format("CREATE {}INDEX {} ON {} ({})", index.isUnique ? "UNIQUE " : "",
                                               Quoted(name), Quoted(table), List(index.columns)));
     }

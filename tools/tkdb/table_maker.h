@@ -13,6 +13,7 @@ struct TableScripts {
     std::string name;  // of the table in the target
     std::string create;
     std::vector<std::string> indexes;  // to be executed when the rows are there
+    std::vector<std::string> leftOut;  // names of indexes that need more than columns: of some rows, of expressions
 };
 
 /// Between two of the four systems that the library writes scripts for: its own script, converted, in capitals.

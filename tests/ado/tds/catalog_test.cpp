@@ -58,6 +58,18 @@ TEST_F(TdsCatalogTest, ListsColumns) {
               ToUtf8(u"0,NULL;-1,('无');0,NULL"));
 }
 
+TEST_F(TdsCatalogTest, ListsColumnsWithoutLimit) {
+    Do(u"create table unlimited (a varchar(max), b nvarchar(max), c varbinary(max), d varchar(8000), e nvarchar(4000), "
+       u"f text, g image, h binary(8))");
+    const Object columns = Schema(kColumns, {Value(), Value(), Text(u"unlimited")});
+    // The server tells their size as 0.
+    EXPECT_EQ(List(columns, {u"COLUMN_NAME", u"DATA_TYPE", u"COLUMN_FLAGS", u"CHARACTER_MAXIMUM_LENGTH",
+                             u"CHARACTER_OCTET_LENGTH"}),
+              "a,129,228,2147483647,2147483647;b,130,228,1073741823,2147483646;c,128,228,2147483647,2147483647;"
+              "d,129,100,8000,8000;e,130,100,4000,8000;f,129,228,2147483647,2147483647;"
+              "g,128,228,2147483647,2147483647;h,128,116,8,8;");
+}
+
 TEST_F(TdsCatalogTest, ListsKeys) {
     EXPECT_EQ(List(Schema(kPrimaryKeys, {Value(), Value(), Text(u"maker")}),
                    {u"TABLE_SCHEMA", u"COLUMN_NAME", u"ORDINAL", u"PK_NAME"}),

@@ -50,6 +50,27 @@ TEST_F(TdsWritingTest, AddsAndDeletesRows) {
     EXPECT_EQ(AskFor(u"select min(id) from goods"), "2");
 }
 
+TEST_F(TdsWritingTest, ReadsBackTheNumberThatARowWasGiven) {
+    Do(u"create table counted (id integer primary key, name nvarchar(20))");
+    Do(u"insert into counted values (41, N'前')");
+    const Object rows = OpenRows(connection_, u"select * from counted order by id");
+    for (const char16_t* name : {u"甲", u"乙"}) {
+        ASSERT_TRUE(rows.Call(kAddNew).Ok());
+        PutValue(rows, u"name", Text(name));
+        const Outcome added = rows.Call(kUpdate);
+        ASSERT_TRUE(added.Ok()) << added;
+    }
+    EXPECT_EQ(ValueOf(rows, u"id"), "43");
+    EXPECT_EQ(AskFor(u"select name from counted where id = 43"), ToUtf8(u"乙"));
+    // With the number known, the row can be changed and deleted.
+    PutValue(rows, u"name", Text(u"丙"));
+    const Outcome changed = rows.Call(kUpdate);
+    ASSERT_TRUE(changed.Ok()) << changed;
+    EXPECT_EQ(AskFor(u"select name from counted where id = 43"), ToUtf8(u"丙"));
+    ASSERT_TRUE(rows.Call(kDelete).Ok());
+    EXPECT_EQ(AskFor(u"select count(*) from counted"), "2");
+}
+
 TEST_F(TdsWritingTest, NoticesAnotherWriter) {
     const Object rows = OpenRows(connection_, u"select * from goods order by id");
     Execute(Connect(), u"update goods set name = N'他' where id = 1");

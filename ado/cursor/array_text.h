@@ -10,7 +10,10 @@ namespace tk::ado {
 
 class ArrayText {
 public:
-    void Clear() { text_ = "{"; }
+    void Clear() { text_.assign(1, '{'); }
+
+    /// Bytes so far.
+    std::size_t Size() const noexcept { return text_.size(); }
 
     /// @param target  the column that the value goes to: says which part of a moment it takes
     /// @throws AdoError DataConversion for a text with a zero character, which the array would lose
@@ -25,7 +28,7 @@ private:
     template <typename Number>
     void AppendNumber(Number number);
 
-    std::string text_ = "{";
+    std::string text_ = std::string(1, '{');
 };
 
 }  // namespace tk::ado

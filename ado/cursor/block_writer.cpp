@@ -15,7 +15,9 @@ constexpr LONG kReadCommitted = 0x1000;
 /// A list of rows longer than this is refused by one of the servers, and gains nothing at the others.
 constexpr std::size_t kMostRows = 1000;
 
+// A statement ends with the row that makes it this long, or has this many rows.
 constexpr std::size_t kRowsPerArray = 5000;
+constexpr std::size_t kManyBytes = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kMostArrays = 100;
 
 }  // namespace
@@ -97,15 +99,20 @@ void BlockWriter::WriteArrays(RowStore& rows, std::span<const std::size_t> list)
     std::vector<ArrayText> arrays(columns_.size());
     std::vector<Parameter> parameters(columns_.size());
     while (!list.empty()) {
-        const auto part = list.first(std::min(kRowsPerArray, list.size()));
-        list = list.subspan(part.size());
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
-            arrays[i].Clear();
-            for (const std::size_t row : part)
-                arrays[i].Append(rows.At(row, i), columns_[i]);
-            parameters[i].cell = {Cell::Form::Text, 0, 0, arrays[i].Finish()};
+        std::size_t count = 0;
+        for (std::size_t bytes = 0; count < list.size() && count < kRowsPerArray && bytes < kManyBytes; ++count) {
+            bytes = 0;
+            for (std::size_t i = 0; i < columns_.size(); ++i) {
+                arrays[i].Append(rows.At(list[count], i), columns_[i]);
+                bytes += arrays[i].Size();
+            }
         }
+        list = list.subspan(count);
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            parameters[i].cell = {Cell::Form::Text, 0, 0, arrays[i].Finish()};
         session_->Execute(text, std::span<const Parameter>(parameters), options);
+        for (ArrayText& array : arrays)
+            array.Clear();
     }
 }
 

@@ -11,6 +11,21 @@ namespace {
 constexpr double kTooLarge = 9.2e18;
 constexpr std::size_t kUsuallyFound = 8;
 
+/// Names are patterns to these functions. Those that only match are left out afterwards; but an escape character in a
+/// name would keep it from meeting itself.
+CatalogCall Escaped(Session& session, CatalogCall call) {
+    const bool isPattern =
+        call.function == CatalogCall::Function::Tables || call.function == CatalogCall::Function::Columns;
+    constexpr char kEscape = '\\';
+    if (!isPattern || call.table.find(kEscape) == std::string::npos) return call;
+    if (session.InfoText(SQL_SEARCH_PATTERN_ESCAPE) != std::string(1, kEscape)) return call;
+    std::string escaped;
+    for (const char c : call.table)
+        escaped.append(c == kEscape ? 2 : 1, c);
+    call.table = std::move(escaped);
+    return call;
+}
+
 CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::vector<std::size_t> places) {
     auto answer = std::make_shared<CatalogAnswer>();
     answer->rows = std::move(fetched);
@@ -89,10 +104,16 @@ void CatalogRow::SetMadeText(std::size_t column, std::string text) {
 }
 
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call) {
-    Statement statement = session->Catalog(call, {});
-    // Some drivers answer a call they do not know with success and no columns.
-    if (!statement.HasRows()) return {};
-    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {});
+    const auto ask = [&](const CatalogCall& asked) -> CatalogRows {
+        Statement statement = session->Catalog(asked, {});
+        // Some drivers answer a call they do not know with success and no columns.
+        if (!statement.HasRows()) return {};
+        return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {});
+    };
+    const CatalogCall escaped = Escaped(*session, call);
+    CatalogRows rows = ask(escaped);
+    // One driver takes the escapes that it asks for by the letter.
+    return rows.empty() && escaped.table != call.table ? ask(call) : rows;
 }
 
 namespace {

@@ -23,6 +23,7 @@ enum ColumnsColumn : std::size_t {
     kNullable = 11,
     kDefault = 13,
     kOctets = 16,
+    kOrdinal = 17,
     kIsNullable = 18,
 };
 
@@ -161,6 +162,19 @@ void KeepColumnsOfTables(const std::shared_ptr<Session>& session, const CatalogC
     std::erase_if(columns, [&](const CatalogRow& column) { return !known.contains(nameIn(column)); });
 }
 
+/// From 1 in each table: the driver counts on from table to table, those included that only match as a pattern.
+void NumberInTables(CatalogRows& columns) {
+    std::string table;
+    long long ordinal = 0;
+    for (CatalogRow& column : columns) {
+        const std::string name =
+            std::string(column.Text(2).value_or("")) + '\0' + std::string(column.Text(3).value_or(""));
+        if (name != table) ordinal = 0;
+        table = name;
+        column.Set(kOrdinal, SchemaValue::Number(++ordinal));
+    }
+}
+
 /// Texts and bytes without limit, where the driver tells their size as 0: as what they are.
 void TellUnlimited(CatalogRows& columns) {
     for (CatalogRow& column : columns) {
@@ -191,7 +205,10 @@ CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restricti
     call.table = restrictions.Text(2);
     call.column = restrictions.Text(3);
     CatalogRows columns = CallForTable(session, call);
-    if (call.table.empty() && session->Profile().listsIndexColumns) KeepColumnsOfTables(session, call, columns);
+    if (session->Profile().listsIndexColumns) {
+        if (call.table.empty()) KeepColumnsOfTables(session, call, columns);
+        if (call.column.empty()) NumberInTables(columns);
+    }
     if (session->Profile().hasUnlimitedAsZero) TellUnlimited(columns);
     if (session->Profile().hasUnsignedTiny) TellUnsignedTiny(columns);
     if (session->Profile().hasSparseColumns) CompleteColumns(session, columns);

@@ -1,4 +1,6 @@
 // Primary keys, foreign keys and indexes. Each needs the table restriction: without it the answer is empty.
+#include <algorithm>
+
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/file_catalog.h"
 #include "ado/schema/schema_table.h"
@@ -26,6 +28,25 @@ constexpr SchemaColumn kPrimaryColumns[] = {
 constexpr unsigned char kPrimaryRestrictions[] = {0, 1, 2};
 constexpr unsigned char kPrimaryOrder[] = {0, 1, 2, 6};
 
+constexpr std::size_t kKeyColumn = 4;
+constexpr std::size_t kKeyPlace = 5;
+constexpr std::size_t kKeyName = 6;
+
+/// A driver that calls every key the same numbers its columns as the table has them; the index behind it knows better.
+void OrderByIndex(const std::shared_ptr<Session>& session, CatalogCall call, CatalogRows& key) {
+    constexpr std::size_t kIndex = 6, kPlace = 8, kColumn = 9;
+    call.function = CatalogCall::Function::Statistics;
+    const CatalogRows parts = CallForTable(session, call);
+    for (CatalogRow& row : key) {
+        for (const CatalogRow& part : parts) {
+            if (part.Text(kIndex) != row.Text(kKeyName) || part.Text(kColumn) != row.Text(kKeyColumn)) continue;
+            row.Set(kKeyPlace, SchemaValue::Of(part.Number(kPlace)));
+            break;
+        }
+    }
+    std::ranges::stable_sort(key, {}, [](const CatalogRow& row) { return row.Number(kKeyPlace); });
+}
+
 CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
                            const std::string& schema, const std::string& table) {
     if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
@@ -34,7 +55,9 @@ CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::s
     call.catalog = CatalogOf(*session, catalog);
     call.schema = schema;
     call.table = table;
-    return CallForTable(session, call);
+    CatalogRows rows = CallForTable(session, call);
+    if (rows.size() > 1 && rows.front().Text(kKeyName) == "PRIMARY") OrderByIndex(session, call, rows);
+    return rows;
 }
 
 CatalogRows ReadPrimaryKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
@@ -203,7 +226,6 @@ LONG NullOrderOf(Session& session) {
 bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key) {
     if (key.empty() || row.Number(kNonUnique).value_or(1) != 0) return false;
     const auto name = row.Text(kIndexName);
-    constexpr std::size_t kKeyName = 6;
     if (const auto keyName = key.front().Text(kKeyName); keyName && name) {
         if (*keyName == *name) return true;
     }
@@ -212,7 +234,6 @@ bool IsKey(const CatalogRows& all, const CatalogRow& row, const CatalogRows& key
         if (other.Text(kIndexName) == name) columns.push_back(other.Text(kColumnName).value_or(""));
     }
     if (columns.size() != key.size()) return false;
-    constexpr std::size_t kKeyColumn = 4;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (columns[i] != key[i].Text(kKeyColumn)) return false;
     }

@@ -91,6 +91,17 @@ constexpr SchemaColumn kProcedureColumns[] = {
 constexpr unsigned char kProcedureRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kProcedureOrder[] = {0, 1, 2};
 
+constexpr char kGroupNumber = ';';  // SQL Server tells "P_SAVE;1": the number of a procedure in its group
+
+/// A procedure is found by its name alone.
+SchemaValue NameInGroup(const CatalogRow& row, std::size_t restriction) {
+    constexpr std::size_t kNameRestriction = 2, kName = 3;
+    const auto name = row.Text(kName);
+    const std::size_t number = name ? name->rfind(kGroupNumber) : std::string_view::npos;
+    const bool hasNumber = restriction == kNameRestriction && number != std::string_view::npos;
+    return hasNumber ? SchemaValue::Text(name->substr(0, number)) : SchemaValue();
+}
+
 CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
     if (AsksFiles(*session)) ExpectReadableFile(session);
     if (session->Profile().keySource == KeySource::Nothing) return {};
@@ -99,6 +110,9 @@ CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restri
     call.catalog = restrictions.Text(0);
     call.schema = restrictions.Text(1);
     call.table = restrictions.Text(2);
+    CatalogRows rows = CallCatalog(session, call);
+    if (!rows.empty() || call.table.find(kGroupNumber) == std::string::npos) return rows;
+    call.table.erase(call.table.rfind(kGroupNumber));
     return CallCatalog(session, call);
 }
 
@@ -106,7 +120,7 @@ enum : LONG { kCatalogs = 1, kProcedures = 16, kSchemata = 17, kTables = 20 };
 
 constexpr SchemaTable kTablesOfSchemas[] = {
     {kCatalogs, kCatalogColumns, kCatalogRestrictions, kCatalogRestrictions, &ReadCatalogs},
-    {kProcedures, kProcedureColumns, kProcedureRestrictions, kProcedureOrder, &ReadProcedures},
+    {kProcedures, kProcedureColumns, kProcedureRestrictions, kProcedureOrder, &ReadProcedures, &NameInGroup},
     {kSchemata, kSchemaColumns, kSchemaRestrictions, kSchemaRestrictions, &ReadSchemata},
     {kTables, kTableColumns, kTableRestrictions, kTableOrder, &ReadTables},
 };

@@ -80,6 +80,15 @@ int Order(const SchemaValue& first, const SchemaValue& second) {
     return first.AsNumber() < second.AsNumber() ? -1 : second.AsNumber() < first.AsNumber() ? 1 : 0;
 }
 
+bool IsAllowed(const CatalogRow& row, const SchemaTable& table, const Restrictions& restrictions) {
+    for (std::size_t i = 0; i < restrictions.Count(); ++i) {
+        if (restrictions.Allows(i, ValueOf(row, table.columns[table.restrictions[i]]))) continue;
+        const SchemaValue other = table.otherwise != nullptr ? table.otherwise(row, i) : SchemaValue();
+        if (!other.IsText() || !restrictions.Allows(i, other)) return false;
+    }
+    return true;
+}
+
 /// The rows that are allowed, in order.
 std::vector<const CatalogRow*> Selected(const CatalogRows& rows, const SchemaTable& table,
                                         const Restrictions& restrictions) {
@@ -90,10 +99,7 @@ std::vector<const CatalogRow*> Selected(const CatalogRows& rows, const SchemaTab
     std::vector<Kept> kept;
     kept.reserve(rows.size());
     for (const CatalogRow& row : rows) {
-        bool isAllowed = true;
-        for (std::size_t i = 0; isAllowed && i < restrictions.Count(); ++i)
-            isAllowed = restrictions.Allows(i, ValueOf(row, table.columns[table.restrictions[i]]));
-        if (!isAllowed) continue;
+        if (!IsAllowed(row, table, restrictions)) continue;
         Kept& last = kept.emplace_back(Kept{&row, {}});
         for (std::size_t i = 0; i < table.order.size(); ++i)
             last.key[i] = ValueOf(row, table.columns[table.order[i]]);

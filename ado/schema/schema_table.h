@@ -63,6 +63,9 @@ struct SchemaTable {
     std::span<const unsigned char> restrictions;  // columns, from 0, in the order of the restrictions
     std::span<const unsigned char> order;         // columns, from 0; empty: as the driver gives them
     CatalogRows (*read)(const std::shared_ptr<Session>& session, const Restrictions& restrictions);
+
+    /// Another text by which a row passes a restriction, where it has one.
+    SchemaValue (*otherwise)(const CatalogRow& row, std::size_t restriction) = nullptr;
 };
 
 /// The tables by subject.

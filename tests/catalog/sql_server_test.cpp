@@ -81,10 +81,13 @@ TEST_F(SqlServerCatalog, ListsProceduresWithoutTheirNumbers) {
     const COleDispatchDriver rowset(database_.GetProcedureSet("dbo"));
     ASSERT_EQ(rows.OpenField(rowset.m_lpDispatch), 1);
     EXPECT_STREQ(rows.GetStringValue("PROCEDURE_NAME"), "P_SAVE;1");
-    // Asked for by name, the rowset is compared with the number.
+    // A procedure is there by its name, with the number and without it.
+    EXPECT_EQ(database_.IsProcedureExist("P_SAVE"), 1);
     EXPECT_EQ(database_.IsProcedureExist("P_SAVE;1"), 1);
-    EXPECT_EQ(database_.IsProcedureExist("P_SAVE"), 0);
+    EXPECT_EQ(database_.IsProcedureExist("P_SAVE;2"), 0);
+    EXPECT_EQ(database_.IsProcedureExist("P_保存"), 1);
     EXPECT_EQ(database_.IsProcedureExist("P_NONE"), 0);
+    EXPECT_EQ(database_.IsProcedureExist("P_SAV_"), 0);
 }
 
 TEST_F(SqlServerCatalog, KnowsKeysAndIndexes) {

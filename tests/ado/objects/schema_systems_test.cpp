@@ -113,25 +113,27 @@ TEST_P(SchemaSystemsTest, TakesNamesAsTheyAre) {
             name += u"长";
         return name;
     }();
-    const std::vector<std::u16string> names = {u"odd%name", u"odd_name",  u"oddXname",  u"odd.name",  u"odd name",
-                                               u"odd'name", u"odd\"name", u"odd[name]", u"odd\\name", u"odd;name",
-                                               u"Odd_Name", u"名称",      long_};
+    std::vector<std::u16string> names = {u"odd%name",  u"odd_name", u"oddXname",  u"odd.name",
+                                         u"odd name",  u"odd'name", u"odd\"name", u"odd[name]",
+                                         u"odd\\name", u"odd;name", u"名称",      long_};
+    // Two names in a file differ by more than their case.
+    if (GetParam() != SystemKind::Sqlite) names.push_back(u"Odd_Name");
     for (const std::u16string& name : names) {
-        Make(name, u"id integer not null, " + Quoted(u"列 '" + name + u"'") + u" integer, primary key (id)");
-        Execute(connection_, u"create index " + Quoted(u"ix " + name) + u" on " + Quoted(name) + u" (" +
-                                 Quoted(u"列 '" + name + u"'") + u")");
+        Make(name, u"id integer not null, " + Quoted(u"列 1") + u" integer, primary key (id)");
+        Execute(connection_,
+                u"create index " + Quoted(u"ix " + name) + u" on " + Quoted(name) + u" (" + Quoted(u"列 1") + u")");
     }
     for (const std::u16string& name : names) {
         SCOPED_TRACE(ToUtf8(name));
         const std::string utf8 = ToUtf8(name);
         EXPECT_EQ(List(Open(kTables, About(kTables, name)), {u"TABLE_NAME"}), utf8 + ";");
         EXPECT_EQ(List(Open(kColumns, About(kColumns, name)), {u"TABLE_NAME", u"COLUMN_NAME", u"ORDINAL_POSITION"}),
-                  utf8 + ",id,1;" + utf8 + "," + ToUtf8(u"列 '") + utf8 + "',2;");
+                  utf8 + ",id,1;" + utf8 + "," + ToUtf8(u"列 1") + ",2;");
         EXPECT_EQ(List(Open(kPrimaryKeys, About(kPrimaryKeys, name)), {u"TABLE_NAME", u"COLUMN_NAME", u"ORDINAL"}),
                   utf8 + ",id,1;");
         const Object indexes = Open(kIndexes, {Value(), Value(), Text(u"ix " + name), Value(), Text(name)});
         EXPECT_EQ(List(indexes, {u"TABLE_NAME", u"INDEX_NAME", u"COLUMN_NAME", u"PRIMARY_KEY"}),
-                  utf8 + ",ix " + utf8 + "," + ToUtf8(u"列 '") + utf8 + "',0;");
+                  utf8 + ",ix " + utf8 + "," + ToUtf8(u"列 1") + ",0;");
     }
     for (const char16_t* pattern : {u"odd%", u"%", u"odd-name", u"_dd_name"}) {
         SCOPED_TRACE(ToUtf8(pattern));

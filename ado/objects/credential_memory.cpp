@@ -3,21 +3,10 @@
 #include <algorithm>
 
 #include "ado/cursor/text.h"
+#include "ado/odbc/session_facts.h"
 
 namespace tk::ado {
 namespace {
-
-/// Everything that settings are made of, in one text.
-std::u16string NameOf(const OpenRequest& request) {
-    std::u16string name(request.text);
-    for (const std::u16string_view part : {request.provider, request.user, request.password})
-        name.append(1, u'\0').append(part);
-    name.push_back(u'\0');
-    name.push_back(request.readOnly ? u'r' : u'w');
-    name.push_back(static_cast<char16_t>(request.loginTimeoutSeconds));
-    name.push_back(static_cast<char16_t>(request.loginTimeoutSeconds >> 16));
-    return name;
-}
 
 SessionSettings Parse(const OpenRequest& request) {
     SessionSettings settings;
@@ -32,6 +21,12 @@ SessionSettings Parse(const OpenRequest& request) {
 
 }  // namespace
 
+bool CredentialMemory::Recent::Answers(const OpenRequest& request) const noexcept {
+    return settings != nullptr && text == request.text && provider == request.provider && user == request.user &&
+           password == request.password && settings->readOnly == request.readOnly &&
+           settings->loginTimeoutSeconds == request.loginTimeoutSeconds;
+}
+
 CredentialMemory& CredentialMemory::Instance() {
     // Never destroyed: recordsets of static objects may still open.
     static CredentialMemory& memory = *new CredentialMemory;
@@ -39,13 +34,14 @@ CredentialMemory& CredentialMemory::Instance() {
 }
 
 std::shared_ptr<const SessionSettings> CredentialMemory::Prepare(const OpenRequest& request) {
-    std::u16string name = NameOf(request);
     const std::lock_guard lock(mutex_);
-    const auto found = std::ranges::find(recent_, name, &Recent::name);
+    const auto found = std::ranges::find_if(recent_, [&](const Recent& each) { return each.Answers(request); });
     if (found != recent_.end()) return found->settings;
     auto settings = std::make_shared<SessionSettings>(Parse(request));
     Complete(*settings);
-    recent_[nextRecent_] = {std::move(name), settings};
+    settings->key = KeyOf(*settings);
+    recent_[nextRecent_] = {std::u16string(request.text), std::u16string(request.provider),
+                            std::u16string(request.user), std::u16string(request.password), settings};
     nextRecent_ = (nextRecent_ + 1) % kMostRecent;
     return settings;
 }

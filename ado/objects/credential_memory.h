@@ -49,8 +49,13 @@ private:
         SessionSettings settings;
     };
     struct Recent {
-        std::u16string name;
-        std::shared_ptr<const SessionSettings> settings;
+        std::u16string text;
+        std::u16string provider;
+        std::u16string user;
+        std::u16string password;
+        std::shared_ptr<const SessionSettings> settings;  // null: an unused place
+
+        bool Answers(const OpenRequest& request) const noexcept;
     };
 
     void Complete(SessionSettings& settings);

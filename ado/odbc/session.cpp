@@ -241,7 +241,7 @@ struct Session::Impl {
             return CallResult{result, std::move(binding)};
         };
         const bool canStream = kind.isReading && Physical().Profile().streaming != Streaming::None;
-        const std::uint64_t name = canStream ? ResultName(facts->key, sql) : 0;
+        const std::uint64_t name = canStream ? ResultName(*facts->key, sql) : 0;
         const bool isLarge = IsLikelyLarge(name, kind);
         std::optional<Statement> statement;
         if (isLarge && !options.prepared && CanUseSide(kind)) statement = TryOnSide(sql, options, call);

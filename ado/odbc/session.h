@@ -36,6 +36,9 @@ struct SessionSettings {
     std::string password;           // empty: as the string says
     LONG loginTimeoutSeconds = 15;  // 0: no limit
     bool readOnly = false;          // where the string says nothing of it
+
+    /// KeyOf these settings, for those that are opened with again and again; null: worked out at every open.
+    std::shared_ptr<const std::string> key;
 };
 
 struct ExecuteOptions {

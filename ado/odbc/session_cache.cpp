@@ -12,16 +12,20 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMostIdle = 16;
 
+bool IsSame(const SessionKey& first, const SessionKey& second) noexcept {
+    return first == second || *first == *second;
+}
+
 }  // namespace
 
 Lease::~Lease() {
-    if (key_.empty()) return;
+    if (key_ == nullptr) return;
     SessionCache::Instance().Return(key_, std::move(connection_));
 }
 
 struct SessionCache::Impl {
     struct Idle {
-        std::string key;
+        SessionKey key;
         std::unique_ptr<PhysicalConnection> connection;
         Clock::time_point since;
         bool isDoubted = false;
@@ -85,7 +89,7 @@ SessionCache& SessionCache::Instance() {
     return instance.Get();
 }
 
-std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
+std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
     for (;;) {
         std::unique_ptr<PhysicalConnection> found;
         Clock::duration idleTime{};
@@ -93,7 +97,7 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
             const std::lock_guard lock(impl_->mutex);
             // The most recently used one: the most likely to be alive.
             const auto last = std::find_if(impl_->idle.rbegin(), impl_->idle.rend(),
-                                           [&](const Impl::Idle& each) { return each.key == key; });
+                                           [&](const Impl::Idle& each) { return IsSame(each.key, key); });
             if (last == impl_->idle.rend()) return nullptr;
             found = std::move(last->connection);
             idleTime = last->isDoubted ? Clock::duration::max() : Clock::now() - last->since;
@@ -103,7 +107,7 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const std::string& key) {
     }
 }
 
-void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept try {
+void SessionCache::Return(const SessionKey& key, std::unique_ptr<PhysicalConnection> connection) noexcept try {
     if (connection == nullptr) return;
     if (connection->IsBroken()) Distrust(key);
     if (!connection->Reset()) return;
@@ -122,10 +126,10 @@ void SessionCache::Return(const std::string& key, std::unique_ptr<PhysicalConnec
     // No memory or no thread for keeping it: it is closed.
 }
 
-void SessionCache::Distrust(const std::string& key) noexcept {
+void SessionCache::Distrust(const SessionKey& key) noexcept {
     const std::lock_guard lock(impl_->mutex);
     for (Impl::Idle& each : impl_->idle)
-        each.isDoubted = each.isDoubted || each.key == key;
+        each.isDoubted = each.isDoubted || IsSame(each.key, key);
 }
 
 void SessionCache::Clear() noexcept {

@@ -16,10 +16,13 @@
 
 namespace tk::ado {
 
+/// Names the connections that serve the same settings. Shared, since it is long and every open needs it.
+using SessionKey = std::shared_ptr<const std::string>;
+
 /// A connection on loan; goes back to the cache, or is closed, when the last user lets go of it.
 class Lease {
 public:
-    Lease(std::unique_ptr<PhysicalConnection> connection, std::string key, bool isReused)
+    Lease(std::unique_ptr<PhysicalConnection> connection, SessionKey key, bool isReused)
         : connection_(std::move(connection)), key_(std::move(key)), isReused_(isReused) {}
     ~Lease();
     Lease(const Lease&) = delete;
@@ -34,7 +37,7 @@ public:
 
 private:
     std::unique_ptr<PhysicalConnection> connection_;
-    std::string key_;  // empty: not to be kept
+    SessionKey key_;  // null: not to be kept
     bool isReused_ = false;
 };
 
@@ -43,13 +46,13 @@ public:
     static SessionCache& Instance();
 
     /// An idle connection of that key that is still usable, or null.
-    std::unique_ptr<PhysicalConnection> Take(const std::string& key);
+    std::unique_ptr<PhysicalConnection> Take(const SessionKey& key);
 
     /// Keeps the connection if it can be used again; closes it otherwise.
-    void Return(const std::string& key, std::unique_ptr<PhysicalConnection> connection) noexcept;
+    void Return(const SessionKey& key, std::unique_ptr<PhysicalConnection> connection) noexcept;
 
     /// The idle connections of that key are asked before they are handed out, however short they were idle.
-    void Distrust(const std::string& key) noexcept;
+    void Distrust(const SessionKey& key) noexcept;
 
     /// Closes the idle connections.
     void Clear() noexcept;

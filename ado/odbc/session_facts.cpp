@@ -7,16 +7,7 @@ namespace {
 
 constexpr int kServicesOff = -2;  // the connection string's way to say: no pooling
 
-std::string CacheKey(const SessionSettings& settings) {
-    std::string key = settings.connection.Text();
-    key.push_back('\0');
-    key.append(settings.user).push_back('\0');
-    key.append(settings.password).push_back('\0');
-    key.push_back(settings.readOnly ? 'r' : 'w');
-    return key;
-}
-
-std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std::string key) {
+std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, SessionKey key) {
     ResolvedConnection resolved = Resolve(settings.connection, settings.user, settings.password);
     if (resolved.isPersistedFile) throw AdoError(ErrorNumber::ProviderNotFound, u"MSPersist");
     auto facts = std::make_shared<SessionFacts>();
@@ -35,8 +26,17 @@ std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, std
 
 }  // namespace
 
+SessionKey KeyOf(const SessionSettings& settings) {
+    std::string key = settings.connection.Text();
+    key.push_back('\0');
+    key.append(settings.user).push_back('\0');
+    key.append(settings.password).push_back('\0');
+    key.push_back(settings.readOnly ? 'r' : 'w');
+    return std::make_shared<const std::string>(std::move(key));
+}
+
 std::shared_ptr<Lease> TakeLease(const SessionSettings& settings) {
-    std::string key = CacheKey(settings);
+    SessionKey key = settings.key != nullptr ? settings.key : KeyOf(settings);
     if (auto idle = SessionCache::Instance().Take(key)) {
         return std::make_shared<Lease>(std::move(idle), std::move(key), true);
     }
@@ -46,16 +46,16 @@ std::shared_ptr<Lease> TakeLease(const SessionSettings& settings) {
 std::shared_ptr<Lease> OpenLease(const std::shared_ptr<const SessionFacts>& facts) {
     auto connection = std::make_unique<PhysicalConnection>(facts->request);
     connection->facts = facts;
-    return std::make_shared<Lease>(std::move(connection), facts->isKept ? facts->key : std::string(), false);
+    return std::make_shared<Lease>(std::move(connection), facts->isKept ? facts->key : nullptr, false);
 }
 
 std::shared_ptr<Lease> TakeSideLease(const SessionFacts& facts, const char* keywords) {
-    const std::string key = facts.key + '\0' + keywords;
+    const auto key = std::make_shared<const std::string>(*facts.key + '\0' + keywords);
     if (auto idle = SessionCache::Instance().Take(key)) return std::make_shared<Lease>(std::move(idle), key, true);
     PhysicalConnection::Request request = facts.request;
     request.odbcString.append(keywords).append(";");
     auto connection = std::make_unique<PhysicalConnection>(request);
-    return std::make_shared<Lease>(std::move(connection), facts.isKept ? key : std::string(), false);
+    return std::make_shared<Lease>(std::move(connection), facts.isKept ? key : nullptr, false);
 }
 
 }  // namespace tk::ado

@@ -16,12 +16,15 @@ struct SessionSettings;
 
 /// Worked out once for a connection string and kept with its connections.
 struct SessionFacts {
-    std::string key;
+    SessionKey key;
     PhysicalConnection::Request request;
     ConnectionProperties properties;
     std::string display;
     bool isKept = true;  // in the cache, after the session
 };
+
+/// The key of everything that settings are made of.
+SessionKey KeyOf(const SessionSettings& settings);
 
 /// An idle connection of these settings, or a new one; its facts stand with it.
 /// @throws AdoError

@@ -9,7 +9,7 @@ namespace tk::ado {
 Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
-    handle->Close();
+    if (mayHaveRows) handle->Close();
     binding.reset();
     if (preparedText.empty()) {
         (*lease)->ReturnHandle(std::move(handle));
@@ -19,12 +19,12 @@ Statement::Impl::~Impl() {
 }
 
 void Statement::Impl::ReadResultShape() {
-    isDescribed = false;
-    columns.clear();
+    shape.reset();
     SQLSMALLINT count = 0;
     const SQLRETURN result = Odbc().NumResultCols(handle->Get(), &count);
     if (!SQL_SUCCEEDED(result)) Fail(result);
     columnCount = count;
+    mayHaveRows = count != 0 || handle->Profile().hasBatches;
     rowsAffected = -1;
     if (count == 0) {
         SQLLEN rows = -1;  // some drivers succeed without writing
@@ -81,11 +81,8 @@ std::shared_ptr<const ParameterOutputs> Statement::Outputs() const noexcept {
 }
 
 const std::vector<Column>& Statement::Columns() {
-    if (!impl_->isDescribed) {
-        impl_->columns = DescribeColumns(*impl_->handle, impl_->columnCount);
-        impl_->isDescribed = true;
-    }
-    return impl_->columns;
+    if (impl_->shape == nullptr) impl_->shape = DescribeResult(*impl_->handle, impl_->columnCount);
+    return impl_->shape->columns;
 }
 
 bool Statement::MoreResults() {

@@ -11,6 +11,8 @@
 
 namespace tk::ado {
 
+struct ResultShape;
+
 /// Something that lives with a handle: the buffers that are bound to its columns.
 class BoundState {
 public:
@@ -72,6 +74,9 @@ public:
 
     /// The buffers bound to the columns; set by the row set's fetcher.
     std::unique_ptr<BoundState> bound;
+
+    /// The columns of the last result with rows: often those of the next one as well.
+    std::shared_ptr<const ResultShape> lastShape;
 
     /// Throws the handle's diagnostics as a failure of the given result.
     [[noreturn]] void Throw(SQLRETURN result) { ThrowDiagnostics(SQL_HANDLE_STMT, Get(), result); }

@@ -10,6 +10,7 @@
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/statement.h"
 #include "ado/odbc/statement_handle.h"
+#include "ado/rowset/result_shape.h"
 
 namespace tk::ado {
 
@@ -25,10 +26,10 @@ struct Statement::Impl {
     LONG maxRows = 0;
     LONG rowsAffected = -1;
     int columnCount = 0;
-    bool isDescribed = false;
     bool isFirstResult = true;
+    bool mayHaveRows = true;  // nothing to close on the handle otherwise
     bool isOnSideConnection = false;
-    std::vector<Column> columns;
+    std::shared_ptr<const ResultShape> shape;  // null: not described yet
     std::vector<ErrorRecord> warnings;
 
     ~Impl();

@@ -44,25 +44,35 @@ static_assert(std::ranges::is_sorted(kWords, {}, &Word::text));
 
 constexpr std::size_t kLongestWord = 12;
 
-/// For each first letter, the lengths of the words above that begin with it, as bits: most words of a statement are
-/// names, and this tells them apart without a look into the table.
-constexpr auto kLengths = [] {
-    std::array<std::uint16_t, 26> lengths{};
-    for (const Word& word : kWords)
-        lengths[static_cast<std::size_t>(word.text[0] - 'a')] |= static_cast<std::uint16_t>(1u << word.text.size());
-    return lengths;
+/// The words above that begin with one letter.
+struct Initial {
+    std::uint16_t lengths = 0;  // as bits: most words of a statement are names, and this tells them apart
+    std::uint8_t begin = 0;
+    std::uint8_t end = 0;
+};
+
+constexpr auto kInitials = [] {
+    std::array<Initial, 26> initials{};
+    for (std::size_t i = 0; i < std::size(kWords); ++i) {
+        Initial& initial = initials[static_cast<std::size_t>(kWords[i].text[0] - 'a')];
+        if (initial.lengths == 0) initial.begin = static_cast<std::uint8_t>(i);
+        initial.lengths |= static_cast<std::uint16_t>(1u << kWords[i].text.size());
+        initial.end = static_cast<std::uint8_t>(i + 1);
+    }
+    return initials;
 }();
 
 std::uint16_t FlagsOf(std::string_view word) noexcept {
     if (word.size() > kLongestWord)
         return ContainsNoCase(word, "advisory") ? std::uint16_t{kTouches} : std::uint16_t{0};
-    const auto initial = static_cast<unsigned char>(LowerAscii(word[0]) - 'a');
-    if (initial >= kLengths.size() || (kLengths[initial] >> word.size() & 1) == 0) return 0;
-    std::array<char, kLongestWord> lower{};
-    std::ranges::transform(word, lower.begin(), LowerAscii);
-    const std::string_view key(lower.data(), word.size());
-    const auto* found = std::ranges::lower_bound(kWords, key, {}, &Word::text);
-    return found != std::end(kWords) && found->text == key ? found->flags : std::uint16_t{0};
+    const auto letter = static_cast<unsigned char>(LowerAscii(word[0]) - 'a');
+    if (letter >= kInitials.size()) return 0;
+    const Initial& initial = kInitials[letter];
+    if ((initial.lengths >> word.size() & 1) == 0) return 0;
+    for (std::size_t i = initial.begin; i < initial.end; ++i) {
+        if (kWords[i].text.size() == word.size() && EqualsNoCase(kWords[i].text, word)) return kWords[i].flags;
+    }
+    return 0;
 }
 
 constexpr auto kIsWordLetter = [] {

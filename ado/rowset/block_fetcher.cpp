@@ -80,9 +80,9 @@ public:
         : statement_(statement),
           layout_(layout),
           builder_(layout),
-          widths_(statement.columns.size()),
+          widths_(statement.shape->columns.size()),
           fixed_(layout.FixedCount()) {
-        std::ranges::transform(statement.columns, widths_.begin(), CellWidth);
+        std::ranges::transform(statement.shape->columns, widths_.begin(), CellWidth);
         Bind(FirstRows());
     }
 
@@ -145,7 +145,7 @@ private:
         const std::size_t capacity = std::max(rows, block_->rows);
         for (std::size_t i = 0; i < widths_.size(); ++i) {
             BoundColumn& column = block_->columns[i];
-            const SQLSMALLINT cType = CTypeOf(statement_.columns[i].kind);
+            const SQLSMALLINT cType = CTypeOf(statement_.shape->columns[i].kind);
             const bool isVariable = layout_.At(i).isVariable;
             const bool fits =
                 column.cType == cType && (isVariable ? column.width >= widths_[i] : column.width == widths_[i]);
@@ -232,7 +232,7 @@ private:
     }
 
     void AddCell(std::size_t index, const char* data, std::size_t size) {
-        if (statement_.columns[index].kind != CellKind::Guid) [[likely]]
+        if (statement_.shape->columns[index].kind != CellKind::Guid) [[likely]]
             return builder_.AddBytes(data, size);
         std::string text(data, size);
         NormalizeGuid(text);

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 #include "ado/odbc/column_attribute.h"
+#include "ado/rowset/fetcher.h"
 #include "ado/rowset/type_map.h"
 
 namespace tk::ado {
@@ -76,7 +78,8 @@ std::string LongName(StatementHandle& handle, int number) {
     return name;
 }
 
-Column MakeColumn(StatementHandle& handle, int number) {
+/// Asks the driver about one column. The record is used again for the next one.
+void Ask(StatementHandle& handle, int number, ToldColumn& told) {
     char name[512] = {};
     SQLSMALLINT nameLength = 0;
     SQLSMALLINT sqlType = 0;
@@ -87,42 +90,76 @@ Column MakeColumn(StatementHandle& handle, int number) {
         Odbc().DescribeCol(handle.Get(), static_cast<SQLUSMALLINT>(number), reinterpret_cast<SQLCHAR*>(name),
                            sizeof name - 1, &nameLength, &sqlType, &size, &digits, &nullable);
     if (!SQL_SUCCEEDED(result)) handle.Throw(result);
-    const bool isCut = strnlen(name, sizeof name) + 2 >= sizeof name;
-    if (sqlType == SQL_BINARY && handle.Profile().hasOnlyLongBinary) sqlType = SQL_LONGVARBINARY;
-    if (size == 0 && handle.Profile().hasUnlimitedAsZero) sqlType = static_cast<SQLSMALLINT>(LongTypeOf(sqlType));
+    const std::size_t length = strnlen(name, sizeof name);
+    if (length + 2 >= sizeof name) [[unlikely]] {
+        told.name = LongName(handle, number);
+    } else {
+        told.name.assign(name, length);
+    }
+    const DriverProfile& profile = handle.Profile();
+    if (sqlType == SQL_BINARY && profile.hasOnlyLongBinary) sqlType = SQL_LONGVARBINARY;
+    if (size == 0 && profile.hasUnlimitedAsZero) sqlType = static_cast<SQLSMALLINT>(LongTypeOf(sqlType));
+    told.sqlType = sqlType;
+    told.size = size;
+    told.digits = digits;
+    told.nullable = nullable;
+    told.isUnsigned = profile.hasUnsigned && IsIntegerType(sqlType) &&
+                      NumberAttribute(handle.Get(), number, SQL_DESC_UNSIGNED, 0) != 0;
+    told.isComputed = sqlType == SQL_BIGINT && !HasTableBehind(handle, number);
+}
 
+Column MakeColumn(const ToldColumn& told) {
     Column column;
-    column.name = text::Utf8ToUtf16(isCut ? LongName(handle, number) : name);
-    column.sqlType = sqlType;
-    column.isUnsigned = handle.Profile().hasUnsigned && IsIntegerType(sqlType) &&
-                        NumberAttribute(handle.Get(), number, SQL_DESC_UNSIGNED, 0) != 0;
-    const SqlTypeRule& rule = FindSqlType(sqlType, column.isUnsigned);
+    column.name = text::Utf8ToUtf16(told.name);
+    column.sqlType = told.sqlType;
+    column.isUnsigned = told.isUnsigned;
+    const SqlTypeRule& rule = FindSqlType(told.sqlType, told.isUnsigned);
     column.type = rule.fieldType;
     column.dbType = rule.dbType;
     column.kind = rule.kind;
-    column.definedSize = DefinedSize(rule, size);
+    column.definedSize = DefinedSize(rule, told.size);
     column.precision = rule.precision;
     if (rule.dbType == kTypeNumeric) {
-        column.precision = static_cast<BYTE>(std::min<SQLULEN>(size, 255));
-        column.scale = static_cast<BYTE>(digits);
+        column.precision = static_cast<BYTE>(std::min<SQLULEN>(told.size, 255));
+        column.scale = static_cast<BYTE>(told.digits);
     } else if (rule.dbType == kTypeDbTimestamp) {
-        column.scale = static_cast<BYTE>(std::clamp<int>(digits, 0, 9));
+        column.scale = static_cast<BYTE>(std::clamp<int>(told.digits, 0, 9));
     }
-    column.attributes = Attributes(rule, nullable);
-    if (rule.dbType == kTypeBigInt || rule.dbType == kTypeUnsignedBigInt) {
-        column.isExpression = !HasTableBehind(handle, number);
-    }
+    column.attributes = Attributes(rule, told.nullable);
+    column.isExpression = told.isComputed;
     return column;
 }
 
 }  // namespace
 
-std::vector<Column> DescribeColumns(StatementHandle& handle, int count) {
+std::shared_ptr<const ResultShape> DescribeResult(StatementHandle& handle, int count) {
+    const auto& last = handle.lastShape;
+    const auto wanted = static_cast<std::size_t>(count);
+    const std::size_t known = last != nullptr && last->told.size() == wanted ? wanted : 0;
+    ToldColumn asked;
+    std::size_t same = 0;
+    for (; same < known; ++same) {
+        Ask(handle, static_cast<int>(same) + 1, asked);
+        if (asked != last->told[same]) break;
+    }
+    if (same == known && known != 0) return last;
+
+    std::vector<ToldColumn> told;
+    told.reserve(wanted);
+    if (known != 0) {
+        told.assign(last->told.begin(), last->told.begin() + static_cast<std::ptrdiff_t>(same));
+        told.push_back(asked);
+    }
+    while (told.size() < wanted) {
+        Ask(handle, static_cast<int>(told.size()) + 1, asked);
+        told.push_back(asked);
+    }
     std::vector<Column> columns;
-    columns.reserve(static_cast<std::size_t>(count));
-    for (int number = 1; number <= count; ++number)
-        columns.push_back(MakeColumn(handle, number));
-    return columns;
+    columns.reserve(wanted);
+    std::ranges::transform(told, std::back_inserter(columns), MakeColumn);
+    const bool allVariable = KeepsAllAsText(handle.Profile(), columns);
+    handle.lastShape = std::make_shared<const ResultShape>(std::move(told), std::move(columns), allVariable);
+    return handle.lastShape;
 }
 
 bool HasOnlyTableColumns(StatementHandle& handle, int count) noexcept {

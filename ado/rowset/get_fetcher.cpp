@@ -49,7 +49,7 @@ private:
     void AddRow() {
         std::string value;
         int number = 0;
-        for (const Column& column : statement_.columns) {
+        for (const Column& column : statement_.shape->columns) {
             if (!ReadCell(++number, column, value)) {
                 builder_.AddNull();
                 continue;
@@ -111,7 +111,7 @@ bool KeepsAllAsText(const DriverProfile& profile, std::span<const Column> column
 std::unique_ptr<Fetcher> MakeFetcher(Statement::Impl& statement, const RowLayout& layout) {
     const DriverProfile& profile = statement.handle->Profile();
     if (profile.fetchMode == FetchMode::TextRows) return MakeTextFetcher(statement, layout);
-    if (KeepsAllAsText(profile, statement.columns)) return MakeGetFetcher(statement, layout);
+    if (KeepsAllAsText(profile, statement.shape->columns)) return MakeGetFetcher(statement, layout);
     return MakeBlockFetcher(statement, layout);
 }
 

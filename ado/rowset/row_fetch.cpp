@@ -211,7 +211,7 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
     Statement::Impl& inside = statement.Internals();
     statement.Columns();
     const DriverProfile& profile = inside.handle->Profile();
-    auto impl = std::make_shared<Impl>(inside.columns, KeepsAllAsText(profile, inside.columns));
+    auto impl = std::make_shared<Impl>(inside.shape);
     impl->text = inside.isFirstResult ? inside.text : std::string();
     impl->maxRows = static_cast<std::size_t>(std::max(options.maxRows, inside.maxRows));
     impl->origin = session;

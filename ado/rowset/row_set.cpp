@@ -134,7 +134,8 @@ RowSet::~RowSet() {
 }
 
 std::shared_ptr<RowSet> RowSet::Build(std::vector<Column> columns) {
-    auto impl = std::make_shared<Impl>(std::move(columns), true);
+    auto impl = std::make_shared<Impl>(
+        std::make_shared<const ResultShape>(std::vector<ToldColumn>(), std::move(columns), true));
     impl->builder = std::make_unique<ChunkBuilder>(impl->layout);
     impl->isComplete = true;
     impl->areOriginsKnown = true;
@@ -143,7 +144,7 @@ std::shared_ptr<RowSet> RowSet::Build(std::vector<Column> columns) {
 
 std::shared_ptr<RowSet> RowSet::Assemble(std::vector<Column> columns, RowLayout layout,
                                          std::vector<std::unique_ptr<Chunk>> chunks) {
-    auto impl = std::make_shared<Impl>(std::move(columns), std::move(layout));
+    auto impl = std::make_shared<Impl>(std::make_shared<const ResultShape>(std::move(columns), std::move(layout)));
     impl->arrived = chunks.empty() ? 0 : chunks.back()->FirstRow() + chunks.back()->Rows();
     impl->chunks = std::move(chunks);
     impl->isComplete = true;
@@ -152,7 +153,7 @@ std::shared_ptr<RowSet> RowSet::Assemble(std::vector<Column> columns, RowLayout 
 }
 
 void RowSet::Append(std::span<const VARIANT> values) {
-    std::vector<std::pair<bool, std::string>> cells(impl_->columns.size());
+    std::vector<std::pair<bool, std::string>> cells(impl_->Columns().size());
     for (std::size_t i = 0; i < cells.size() && i < values.size(); ++i) {
         cells[i].first = TextFromVariant(values[i], cells[i].second);
         // As a database keeps it that keeps moments as texts.
@@ -186,7 +187,7 @@ void RowSet::AppendTexts(std::span<const std::optional<std::string_view>> cells)
 }
 
 const std::vector<Column>& RowSet::Columns() const noexcept {
-    return impl_->columns;
+    return impl_->Columns();
 }
 
 void RowSet::Impl::DescribeOrigins(LONG timeoutSeconds) {
@@ -198,9 +199,11 @@ void RowSet::Impl::DescribeOrigins(LONG timeoutSeconds) {
     }
     const auto session = origin.lock();
     if (early != nullptr) {
-        columns = std::move(*early);
+        TakeOrigins(std::move(*early));
     } else if (session != nullptr && !text.empty()) {
-        tk::ado::DescribeOrigins(*session, text, columns, timeoutSeconds);
+        std::vector<Column> described = shape->columns;
+        tk::ado::DescribeOrigins(*session, text, described, timeoutSeconds);
+        TakeOrigins(std::move(described));
     }
     areOriginsKnown = true;
 }
@@ -214,7 +217,7 @@ void RowSet::Impl::BeforeSettingsChange() noexcept try {
     }
     const auto session = origin.lock();
     if (session == nullptr || text.empty()) return;
-    auto described = std::make_unique<std::vector<Column>>(columns);
+    auto described = std::make_unique<std::vector<Column>>(shape->columns);
     try {
         tk::ado::DescribeOrigins(*session, text, *described, kUsualWaitSeconds);
     } catch (const AdoError&) {

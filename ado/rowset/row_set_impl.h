@@ -23,16 +23,22 @@
 namespace tk::ado {
 
 struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enable_shared_from_this<RowSet::Impl> {
-    Impl(std::vector<Column> described, bool allVariable)
-        : columns(std::move(described)), layout(columns, allVariable) {}
-    Impl(std::vector<Column> described, RowLayout places) : columns(std::move(described)), layout(std::move(places)) {}
+    explicit Impl(std::shared_ptr<const ResultShape> of) : shape(std::move(of)) {}
 
     class ReaderCount;
 
     // --- reading ---
 
-    std::vector<Column> columns;
-    RowLayout layout;
+    const std::shared_ptr<const ResultShape> shape;
+    const RowLayout& layout = shape->layout;
+    const Column* columns = shape->columns.data();  // with their origins, once these are known
+    std::vector<Column> withOrigins;                // empty until then
+
+    const std::vector<Column>& Columns() const noexcept { return withOrigins.empty() ? shape->columns : withOrigins; }
+    void TakeOrigins(std::vector<Column> described) noexcept {
+        withOrigins = std::move(described);
+        columns = Columns().data();
+    }
     std::atomic<bool> areOriginsKnown = false;
     std::weak_ptr<Session> origin;
     std::string text;

@@ -68,7 +68,7 @@ private:
     BoundRow& Bind() {
         StatementHandle& handle = *statement_.handle;
         handle.SetRowArraySize(1);
-        const auto& columns = statement_.columns;
+        const auto& columns = statement_.shape->columns;
         auto* row = dynamic_cast<BoundRow*>(handle.bound.get());
         if (row == nullptr || row->columns.size() != columns.size()) {
             handle.Unbind();
@@ -123,7 +123,7 @@ private:
     }
 
     bool IsGuid(int number) const noexcept {
-        return statement_.columns[static_cast<std::size_t>(number) - 1].kind == CellKind::Guid;
+        return statement_.shape->columns[static_cast<std::size_t>(number) - 1].kind == CellKind::Guid;
     }
 
     void AddGuid(std::string text) {

@@ -5,6 +5,7 @@
 #include <Poco/Data/SQLite/Connector.h>
 #include <Poco/Data/SessionPool.h>
 #include <benchmark/benchmark.h>
+#include <objbase.h>
 #include <soci/soci.h>
 #include <soci/sqlite3/soci-sqlite3.h>
 #include <tkkernel/session.h>

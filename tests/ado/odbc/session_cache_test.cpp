@@ -166,10 +166,11 @@ TEST(SessionCache, LeavesTheParentsConnectionsToTheParent) {
     const SqliteFile file;
     Do(*file.Open(), "create table item (id integer)");
     // Another thread of the parent is inside the lock at most of these moments.
+    const auto nobodys = std::make_shared<const std::string>("nobody's");
     std::atomic<bool> isOver = false;
     std::thread busy([&] {
         while (!isOver)
-            Cache().Distrust("nobody's");
+            Cache().Distrust(nobodys);
     });
     for (int round = 0; round < 50; ++round) {
         SCOPED_TRACE(round);

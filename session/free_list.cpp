@@ -1,6 +1,7 @@
 #include <algorithm>
+#include <mutex>
+#include <thread>
 
-#include "session/held_lock.h"
 #include "tkkernel/session_parts.h"
 
 namespace tk::session {
@@ -15,8 +16,18 @@ std::size_t FreeList::At(std::size_t place) const noexcept {
     return index < ring_.size() ? index : index - ring_.size();
 }
 
+void Latch::Wait() noexcept {
+    do
+        std::this_thread::yield();
+    while (shut_.exchange(true, std::memory_order_acquire));
+}
+
 void FreeList::Reserve(std::size_t count) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
+    Grow(count);
+}
+
+void FreeList::Grow(std::size_t count) {
     if (count <= ring_.size()) return;
     std::rotate(ring_.begin(), ring_.begin() + static_cast<std::ptrdiff_t>(head_), ring_.end());
     head_ = 0;
@@ -24,15 +35,15 @@ void FreeList::Reserve(std::size_t count) {
 }
 
 void FreeList::Append(CTDataDriver* session) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     const std::size_t count = GetCount();
-    if (count == ring_.size()) Reserve(count + std::max(kBlock, count / 2));
+    if (count == ring_.size()) Grow(count + std::max(kBlock, count / 2));
     ring_[At(count)] = session;
     count_.store(count + 1, std::memory_order_relaxed);
 }
 
 CTDataDriver* FreeList::TakeHead() {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     const std::size_t count = GetCount();
     if (count == 0) return nullptr;
     CTDataDriver* const session = ring_[head_];
@@ -42,7 +53,7 @@ CTDataDriver* FreeList::TakeHead() {
 }
 
 void FreeList::PutBack(CTDataDriver* session) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     const std::size_t count = GetCount();
     head_ = head_ != 0 ? head_ - 1 : ring_.size() - 1;
     ring_[head_] = session;
@@ -50,12 +61,12 @@ void FreeList::PutBack(CTDataDriver* session) {
 }
 
 CTDataDriver* FreeList::GetHead() {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     return GetCount() != 0 ? ring_[head_] : nullptr;
 }
 
 void FreeList::RemoveAll() {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     head_ = 0;
     count_.store(0, std::memory_order_relaxed);
 }

@@ -1,7 +1,7 @@
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
-#include "session/held_lock.h"
 #include "tkkernel/session_parts.h"
 
 namespace tk::session {
@@ -12,7 +12,11 @@ constexpr std::size_t kBlock = 10;
 }  // namespace
 
 void LeaseMap::Reserve(std::size_t count) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
+    Grow(count);
+}
+
+void LeaseMap::Grow(std::size_t count) {
     if (count <= allocated_) return;
     const std::size_t more = std::max(kBlock, count - allocated_);
     blocks_.push_back(std::make_unique<Entry[]>(more));
@@ -31,7 +35,7 @@ const LeaseMap::Entry* LeaseMap::Find(CTDataDriver* session) const noexcept {
 }
 
 void LeaseMap::Set(CTDataDriver* session, const Lease& lease) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     Entry*& chain = buckets_[BucketOf(session)];
     for (Entry* entry = chain; entry != nullptr; entry = entry->next) {
         if (entry->session == session) {
@@ -39,7 +43,7 @@ void LeaseMap::Set(CTDataDriver* session, const Lease& lease) {
             return;
         }
     }
-    if (unused_ == nullptr) Reserve(allocated_ + kBlock);
+    if (unused_ == nullptr) Grow(allocated_ + kBlock);
     Entry* const entry = std::exchange(unused_, unused_->next);
     *entry = {session, lease, chain};
     chain = entry;
@@ -47,7 +51,7 @@ void LeaseMap::Set(CTDataDriver* session, const Lease& lease) {
 }
 
 int LeaseMap::Remove(CTDataDriver* session) {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     for (Entry** link = &buckets_[BucketOf(session)]; *link != nullptr; link = &(*link)->next) {
         Entry* const entry = *link;
         if (entry->session != session) continue;
@@ -60,7 +64,7 @@ int LeaseMap::Remove(CTDataDriver* session) {
 }
 
 void LeaseMap::RemoveAll() {
-    const Entered entered(section_);
+    const std::lock_guard shut(latch_);
     for (Entry*& chain : buckets_) {
         while (chain != nullptr) {
             Entry* const entry = std::exchange(chain, chain->next);

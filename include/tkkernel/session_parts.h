@@ -1,12 +1,10 @@
 // tkkernel/session_parts.h - what a CTDataServer (session.h) is made of; programs have no use for it.
 //
-// Threads: every change is made inside the part's own critical section. Find, FindFirst and what they return are for
+// Threads: every change is made with the part's own latch shut. Find, FindFirst and what they return are for
 // who holds the server's lock, or is alone.
 #pragma once
 
 #include <windows.h>
-
-#include <afxmt.h>
 
 #include <atomic>
 #include <cstddef>
@@ -17,6 +15,22 @@
 class CTDataDriver;
 
 namespace tk::session {
+
+/// Shuts a list or a map for a few instructions that neither wait nor enter anything else. Nearly always its user holds
+/// the server's lock as well, so a mutex of the system would only cost time.
+class Latch {
+public:
+    void lock() noexcept {
+        if (shut_.exchange(true, std::memory_order_acquire)) [[unlikely]]
+            Wait();
+    }
+    void unlock() noexcept { shut_.store(false, std::memory_order_release); }
+
+private:
+    void Wait() noexcept;
+
+    std::atomic<bool> shut_ = false;
+};
 
 /// The sessions that nobody holds: given back at the tail, lent from the head. One session may be here twice.
 class FreeList {
@@ -33,8 +47,9 @@ public:
 
 private:
     std::size_t At(std::size_t place) const noexcept;
+    void Grow(std::size_t count);
 
-    CCriticalSection section_;
+    Latch latch_;
     std::vector<CTDataDriver*> ring_;
     std::size_t head_ = 0;
     std::atomic<std::size_t> count_ = 0;
@@ -83,7 +98,9 @@ private:
         return (reinterpret_cast<std::uintptr_t>(session) >> 4) % kBuckets;
     }
 
-    CCriticalSection section_;
+    void Grow(std::size_t count);
+
+    Latch latch_;
     Entry* buckets_[kBuckets] = {};
     Entry* unused_ = nullptr;
     std::vector<std::unique_ptr<Entry[]>> blocks_;

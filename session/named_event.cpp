@@ -35,7 +35,7 @@ int CTEvent::ResetEvent() {
 
 int CTEvent::WaitForEvent(unsigned long nTimeout) {
     // Contract: a wait that fails counts as one that succeeded.
-    return ::WaitForSingleObject(handle_, static_cast<DWORD>(nTimeout)) != WAIT_TIMEOUT ? TRUE : FALSE;
+    return ::WaitForSingleObject(handle_, tk::session::TimeoutOf(nTimeout)) != WAIT_TIMEOUT ? TRUE : FALSE;
 }
 
 int CTEvent::CloseEvent() {

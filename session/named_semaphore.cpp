@@ -20,7 +20,7 @@ int CTSemaphore::OpenSemaphoreA(const char* szName) {
 }
 
 int CTSemaphore::WaitSemaphore(unsigned long nTimeout) {
-    if (::WaitForSingleObject(handle_, static_cast<DWORD>(nTimeout)) == WAIT_TIMEOUT) return FALSE;
+    if (::WaitForSingleObject(handle_, tk::session::TimeoutOf(nTimeout)) == WAIT_TIMEOUT) return FALSE;
     return SetSemaphore();
 }
 

@@ -7,10 +7,14 @@ HANDLE SetWaitForTimer(SYSTEMTIME& when, long nPeriod, int bResume) {
     FILETIME due;
     // Contract: on the way out of here the timer stays open.
     if (!::SystemTimeToFileTime(&when, &local) || !::LocalFileTimeToFileTime(&local, &due)) return nullptr;
+    const auto period = static_cast<LONG>(nPeriod);
+    if (period != nPeriod) return nullptr;
     LARGE_INTEGER moment;
     moment.LowPart = due.dwLowDateTime;
     moment.HighPart = static_cast<LONG>(due.dwHighDateTime);
-    const bool set = ::SetWaitableTimer(timer, &moment, static_cast<LONG>(nPeriod), nullptr, nullptr, bResume) != FALSE;
+    // In universal time the first hours of the calendar may lie before it; negative moments would be spans.
+    if (moment.QuadPart < 0) moment.QuadPart = 0;
+    const bool set = ::SetWaitableTimer(timer, &moment, period, nullptr, nullptr, bResume) != FALSE;
     return set ? timer : nullptr;
 }
 

@@ -49,6 +49,17 @@ TEST(WaitTimer, SignalsAtOnceForAMomentThatHasPassed) {
     EXPECT_TRUE(CloseHandle(timer));
 }
 
+// East of Greenwich this moment comes before the calendar of universal time begins.
+TEST(WaitTimer, SignalsAtOnceForTheFirstMomentOfTheCalendar) {
+    SYSTEMTIME when = {1601, 1, 1, 1, 0, 0, 0, 0};
+    HANDLE timer = SetWaitForTimer(when, 0, 0);
+    if (timer == nullptr) {
+        GTEST_SKIP() << "this system has no universal time for it";
+    }
+    EXPECT_EQ(WaitForSingleObject(timer, 20000), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(timer));
+}
+
 TEST(WaitTimer, DoesNotLookAtTheDayOfTheWeek) {
     SYSTEMTIME when = LocalTimeIn(-kSecond);
     when.wDayOfWeek = 77;

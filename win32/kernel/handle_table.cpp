@@ -34,6 +34,7 @@ struct Table {
     std::uint32_t firstFree = kNone;
     std::uint32_t lastFree = kNone;
     std::uint32_t freeCount = 0;
+    std::uint32_t firstGeneration = 1;  // of entries that were never used
 };
 
 constinit Table theTable;
@@ -66,7 +67,7 @@ std::uint32_t TakeIndex(Table& table) noexcept {
         auto* entries = new (std::nothrow) HandleEntry[kEntriesOfChunk];
         if (entries == nullptr) return kNone;
         for (std::uint32_t i = 0; i < kEntriesOfChunk; ++i)
-            entries[i].life.store(std::uint64_t{1} << 32, std::memory_order_relaxed);
+            entries[i].life.store(std::uint64_t{table.firstGeneration} << 32, std::memory_order_relaxed);
         table.chunks[chunk].store(entries, std::memory_order_release);
     }
     return table.made++;
@@ -109,8 +110,11 @@ Decoded Decode(HANDLE handle) noexcept {
 
 // A handle is of the process that made it: a child has none, whatever it copied.
 void InChild() noexcept {
+    // Its own handles are other numbers than the copied ones.
+    constexpr std::uint32_t kStep = 509;
+    const std::uint32_t generation = (TheTable().firstGeneration + kStep) % kMostGeneration + 1;
     DropAllHandles();
-    new (&TheTable()) Table;
+    (new (&TheTable()) Table)->firstGeneration = generation;
     ForgetMutexes();
     RenewPrivateDispatcher();
     RenewThreadNumbers();

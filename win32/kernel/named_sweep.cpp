@@ -32,6 +32,7 @@ void NamedObjects::GiveBack(const Record& record) noexcept {
     for (std::uint32_t i = all ? 0 : index; i < (all ? record.count : index + 1); ++i) {
         State& state = StateAt(record.blocks[i].object);
         if (state.kind == Kind::kMutex) continue;  // abandoned with all the others of its process
+        if (state.manual != 0) continue;           // the wait had taken nothing
         Freeze(state);
         const std::uint32_t value = ValueOf(state.word.load(std::memory_order_relaxed));
         const std::uint32_t most = state.kind == Kind::kSemaphore ? state.limit : 1;

@@ -33,7 +33,8 @@ int WriteWhole(const std::string& path, const std::string& content, mode_t mode)
     CoCreateGuid(&guid);
     char unique[system::kGuidDigits];
     system::WriteGuid(guid, unique, system::kLowerDigits);
-    const std::string draft = path + "." + std::string(unique, sizeof unique);
+    // Not made of the file's own name, which may be as long as names can be.
+    const std::string draft = path.substr(0, path.rfind('/') + 1) + ".tk-" + std::string(unique, sizeof unique);
     const system::FileDescriptor file(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!file) return errno;
     int error = 0;
@@ -125,8 +126,9 @@ public:
         if (path.ends_with(kDesktopEntry)) return E_NOTIMPL;
         struct stat state {};
         if (stat(path.c_str(), &state) != 0) return FailureOf(errno);
+        if (!S_ISREG(state.st_mode)) return E_ACCESSDENIED;  // others may keep who opens them waiting
         std::ifstream file(path, std::ios::binary);
-        if (!S_ISREG(state.st_mode) || !file) return E_ACCESSDENIED;
+        if (!file) return E_ACCESSDENIED;
         std::string content(static_cast<std::size_t>(std::min<off_t>(state.st_size, kLargest)), '\0');
         file.read(content.data(), static_cast<std::streamsize>(content.size()));
         content.resize(static_cast<std::size_t>(file.gcount()));

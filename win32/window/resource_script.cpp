@@ -47,7 +47,7 @@ public:
             } else if (content.substr(at, 2) == "/*") {
                 const auto end = content.find("*/", at + 2);
                 at = end == std::string_view::npos ? content.size() : end + 2;
-            } else if (character == '#' && lineStart) {
+            } else if (character == '#' && lineStart && depth < kDeepest) {
                 const auto end = std::min(content.find('\n', at), content.size());
                 Directive(content.substr(at + 1, end - at - 1), depth);
                 at = end;
@@ -86,7 +86,7 @@ private:
             const std::size_t value = tokens[2].text == "(" && tokens.size() > 3 ? 3 : 2;
             names_.try_emplace(tokens[1].text, tokens[value].text);
         } else if (tokens[0].text == "include" && tokens.size() == 2 && tokens[1].kind == Token::kText &&
-                   depth < kDeepest && include_ != nullptr) {
+                   depth + 1 < kDeepest && include_ != nullptr) {
             Read(include_(text::GbkToUtf8(tokens[1].text), data_), depth + 1);
         } else if (tokens[0].text == "pragma" && tokens.size() >= 4 && tokens[1].text == "code_page") {
             gbk_ = tokens[3].text == "936";

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -29,6 +30,8 @@ struct ScriptFile {
 };
 
 std::string ContentOf(const std::string& path) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) return {};  // others may keep who opens them waiting
     std::ifstream file(path, std::ios::binary);
     std::string content;
     for (char piece[4096]; file.read(piece, sizeof piece), file.gcount() > 0;) {

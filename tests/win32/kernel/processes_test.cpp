@@ -232,11 +232,13 @@ TEST_F(Processes, GiveTheirHandlesToNoChildOfFork) {
     const pid_t child = fork();
     if (child == 0) {
         int wrong = 0;
+        const HANDLE first = CreateEventA(nullptr, FALSE, FALSE, nullptr);
         for (HANDLE handle : {static_cast<HANDLE>(named), static_cast<HANDLE>(unnamed)}) {
             if (SetEvent(handle) || GetLastError() != ERROR_INVALID_HANDLE) wrong |= 1;
             if (CloseHandle(handle)) wrong |= 2;
         }
         if (ReleaseMutex(mutex)) wrong |= 4;
+        if (!SetEvent(first)) wrong |= 64;  // its own handles are no numbers of the parent's
         HANDLE own = OpenEventA(EVENT_ALL_ACCESS, FALSE, "Forked");
         if (own == nullptr || !SetEvent(own)) wrong |= 8;
         HANDLE theirs = OpenMutexA(MUTEX_ALL_ACCESS, FALSE, "Forked.Mutex");

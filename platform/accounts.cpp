@@ -28,7 +28,9 @@ int GetAllAccounts(CStringArray& names) {
         if (status == NERR_Success || status == ERROR_MORE_DATA) {
             for (DWORD i = 0; i < count; ++i)
                 names.Add(CString(users[i].usri1_name));
-            index = users[count - 1].usri1_next_index;
+            const DWORD next = users[count - 1].usri1_next_index;
+            if (next == index) status = NERR_Success;  // the same page for ever
+            index = next;
         }
         NetApiBufferFree(buffer);
     }

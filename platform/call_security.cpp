@@ -57,7 +57,8 @@ long AfxSetSecurity(IUnknown* pProxy, const char* szUser, const char* szDomain, 
 CString GetCallAuthor() {
     CString author;
     if (tk::util::RunGuarded([&] { author = tk::platform::ReadCaller(); })) return author;
-    CoRevertToSelf();  // a fault leaves no time for the way back
     AddErrorLog(tk::platform::kCallAuthorFault, 0, 0, nullptr);
+    // A fault leaves no time for the way back, which goes through what has just faulted.
+    tk::util::RunGuarded([] { CoRevertToSelf(); });
     return CString();
 }

@@ -52,6 +52,7 @@ HRESULT PromptForSource(Reference<IUnknown>& source) {
                                       source.Receive());
     if (result == S_FALSE) return kCancelled;
     if (result != S_OK) return result;
+    if (source.Get() == nullptr) return E_POINTER;
     Reference<IDBInitialize> connection;
     result = source->QueryInterface(kInitializeId, connection.ReceiveVoid());
     return result == S_OK ? connection->Initialize() : result;
@@ -75,6 +76,6 @@ CString ConnectionStringOf(IUnknown* source) {
 
 CString GetSystemDataSource() {
     tk::platform::Reference<IUnknown> source;
-    if (tk::platform::PromptForSource(source) != S_OK || source.Get() == nullptr) return CString();
+    if (tk::platform::PromptForSource(source) != S_OK) return CString();
     return tk::platform::ConnectionStringOf(source.Get());
 }

@@ -31,11 +31,16 @@ auto NullWithoutMemory(Work work) -> decltype(work()) {
 }  // namespace
 
 BSTR StringCopy(const char* szText) {
-    return CString(szText).AllocSysString();
+    return NullWithoutMemory([&] { return CString(szText).AllocSysString(); });
 }
 
 CString BstrCopy(BSTR text) {
-    CString copy(text, static_cast<int>(SysStringLen(text)));
+    CString copy;
+    try {
+        copy = CString(text, static_cast<int>(SysStringLen(text)));
+    } catch (CMemoryException* e) {
+        e->Delete();
+    }
     SysFreeString(text);
     return copy;
 }

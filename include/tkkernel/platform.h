@@ -160,7 +160,7 @@ TKKERNEL_API int IsFileExist(const char* szFile);
 /// Whether the system is of the NT family. @return 1 or 0
 TKKERNEL_API int IsNT();
 
-/// Fills a record that lets everybody open the object it is given to: an empty list of rights, inheritable handles.
+/// Fills a record that lets everybody open the object it is given to: no list of rights, inheritable handles.
 /// @return 1 with a descriptor that is the caller's, freed with LocalFree; 0 with an empty record
 TKKERNEL_API int SetSecurity(SECURITY_ATTRIBUTES* pAttributes);
 

@@ -32,6 +32,10 @@ AdoError TransactionError(HRESULT code, const char16_t* text) {
     return AdoError(std::vector<ErrorRecord>{{code, text, kProviderSource, "25000", 0}});
 }
 
+AdoError LostError() {
+    return MakeError({}, FailureClass{E_FAIL, kCauseConnection, true});
+}
+
 /// The object model's isolation level as ODBC's bit; the next higher one when the driver does not offer it.
 SQLUINTEGER OdbcIsolation(LONG isolation, unsigned offered) {
     constexpr LONG kChaos = 0x10;
@@ -170,10 +174,13 @@ struct Session::Impl {
     }
 
     /// The statement that met the loss of the connection has said so. The next one runs on a new connection, but not
-    /// inside a transaction: what was done in it is gone, which everything fails with until it is rolled back.
+    /// inside a transaction: what was done in it is gone, which everything fails with until it is rolled back. The
+    /// driver is not asked then: one that connects again by itself would run the statement outside of the transaction.
     void ReplaceIfBroken() {
-        if (Physical().IsBroken() && !isInTransaction) [[unlikely]]
-            Replace();
+        if (!Physical().IsBroken()) [[likely]]
+            return;
+        if (isInTransaction) throw LostError();
+        Replace();
     }
 
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
@@ -222,6 +229,7 @@ struct Session::Impl {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
+        ReplaceIfBroken();
         if (kind.changesSession) {
             TellWatchers();
             Physical().MarkChanged();
@@ -291,11 +299,11 @@ struct Session::Impl {
         FinishWork(true, waitSeconds);
         PhysicalConnection& connection = Physical();
         try {
+            // Whatever the driver would commit by now, it is not what was done in the transaction.
+            if (completion == SQL_COMMIT && connection.IsBroken()) throw LostError();
             EndWhenUnlocked(connection, completion);
             // One driver reports success on a connection that is gone: nothing has been committed then.
-            if (connection.IsDead()) {
-                throw MakeError({}, FailureClass{E_FAIL, kCauseConnection, true});
-            }
+            if (connection.IsDead()) throw LostError();
         } catch (const AdoError&) {
             if (connection.IsDead() || connection.IsBroken()) {
                 connection.MarkBroken();

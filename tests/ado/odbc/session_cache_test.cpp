@@ -292,16 +292,36 @@ TEST(SessionCache, ATransactionOnALostConnectionFailsUntilItIsRolledBack) {
         const LosingConnections losing;
         session->Begin(kReadCommitted);
         Do(*session, "insert into item values (1)");
-        losing.lost = 2;
+        losing.lost = 1;
         EXPECT_THROW(Do(*session, "insert into item values (2)"), AdoError);
         EXPECT_THROW(Query(session, "select * from item where id > 0"), AdoError) << "no new connection in the middle";
-        EXPECT_EQ(losing.lost, 0);
+        EXPECT_THROW(Do(*session, "insert into item values (3)"), AdoError) << "though the driver would run it";
+        EXPECT_TRUE(session->InTransaction());
     }
     try {
         session->Rollback();
     } catch (const AdoError&) {}  // a driver may have nothing left to roll back
     EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 0u);
     EXPECT_FALSE(session->IsDead());
+}
+
+TEST(SessionCache, ATransactionOnALostConnectionIsNeverCommitted) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    Do(*session, "create table item (id integer)");
+    {
+        const LosingConnections losing;
+        session->Begin(kReadCommitted);
+        Do(*session, "insert into item values (1)");
+        losing.lost = 1;
+        EXPECT_THROW(Do(*session, "insert into item values (2)"), AdoError);
+        EXPECT_THROW(session->Commit(), AdoError) << "though the driver would commit the first one";
+        EXPECT_FALSE(session->InTransaction());
+    }
+    EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 0u) << "on a new connection";
+    EXPECT_FALSE(session->IsDead());
+    Do(*session, "insert into item values (3)");
+    EXPECT_EQ(Query(session, "select * from item where id > 0")->CountRows(), 1u);
 }
 
 }  // namespace

@@ -89,6 +89,26 @@ TEST(FaultSignals, LeaveTheSignalMaskAsItWas) {
         EXPECT_FALSE(Holds(after, number)) << number;
 }
 
+TEST(FaultSignals, AThreadThatBeganWithThemBlockedIsGuardedAllTheSame) {
+    sigset_t faults;
+    sigset_t before;
+    sigemptyset(&faults);
+    for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGUSR1})
+        sigaddset(&faults, number);
+    pthread_sigmask(SIG_BLOCK, &faults, &before);
+    bool ended[2] = {};
+    bool stillBlocked = false;
+    std::thread([&] {
+        ended[0] = !RunGuarded(ReadNull);
+        ended[1] = !RunGuarded(DivideByZero);
+        stillBlocked = Holds(MaskOfThisThread(), SIGUSR1);
+    }).join();
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_TRUE(ended[0]);
+    EXPECT_TRUE(ended[1]);
+    EXPECT_TRUE(stillBlocked) << "others are the thread's own affair";
+}
+
 TEST(FaultSignals, AChildProcessIsGuardedAsItsParentWas) {
     RunGuarded([] {});
     const int status = EndOf([] {

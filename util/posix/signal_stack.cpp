@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstddef>
+#include <optional>
 
 namespace tk::util {
 namespace {
@@ -27,12 +28,12 @@ void Free(void* block) {
     munmap(block, GuardBytes() + kStackBytes);
 }
 
-/// A key whose value is freed after everything else of the thread, thread_local objects included.
-pthread_key_t FreedWithThread() {
-    static const pthread_key_t key = [] {
+/// A key whose value is freed after everything else of the thread, thread_local objects included; nothing when a
+/// process has used up its keys.
+std::optional<pthread_key_t> FreedWithThread() noexcept {
+    static const std::optional<pthread_key_t> key = [] {
         pthread_key_t made{};
-        pthread_key_create(&made, &Free);
-        return made;
+        return pthread_key_create(&made, &Free) == 0 ? std::optional(made) : std::nullopt;
     }();
     return key;
 }
@@ -42,13 +43,15 @@ pthread_key_t FreedWithThread() {
 void EnsureSignalStack() noexcept {
     stack_t now{};
     if (sigaltstack(nullptr, &now) != 0 || (now.ss_flags & SS_DISABLE) == 0) return;
+    const auto key = FreedWithThread();
+    if (!key) return;
     const std::size_t guard = GuardBytes();
     void* const block =
         mmap(nullptr, guard + kStackBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
     if (block == MAP_FAILED) return;
     mprotect(block, guard, PROT_NONE);
     const stack_t ours{.ss_sp = static_cast<char*>(block) + guard, .ss_flags = 0, .ss_size = kStackBytes};
-    if (sigaltstack(&ours, nullptr) != 0 || pthread_setspecific(FreedWithThread(), block) != 0) Free(block);
+    if (sigaltstack(&ours, nullptr) != 0 || pthread_setspecific(*key, block) != 0) Free(block);
 }
 
 }  // namespace tk::util

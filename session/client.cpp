@@ -57,37 +57,45 @@ int CTDataClient::BeginTrans() {
     });
 }
 
+// A loan is ended and given back in one step, under the server's lock. Taken over in between, the session would be
+// given back from under its new borrower.
+
 int CTDataClient::EndTrans() {
-    return Inside::Run(*this, "EndTrans", 0, [&] {
+    HeldLock held;
+    return Inside::Run(*this, held, "EndTrans", 0, [&] {
         CTDataServer* const server = server_;
         if (server == nullptr) {
             SetLastErrorString(kNoConnection);
             return 0;
         }
+        held.Enter(Inside::LockOf(*server));
         server->RevokeDatabase(Inside::GiveUp(database_, server));
         return 1;
     });
 }
 
 int CTDataClient::CloseSQL() {
+    HeldLock held;
     const auto giveBack = [&] {
         CTDataServer* const server = server_;
         if (server == nullptr) return;
-        if (CTRecordset* const held = Inside::GiveUp(recordset_, server)) server->RevokeRecordset(held);
+        held.Enter(Inside::LockOf(*server));
+        if (CTRecordset* const recordset = Inside::GiveUp(recordset_, server)) server->RevokeRecordset(recordset);
+        held.Leave();
     };
     return Inside::RunOr(
-        *this, "CloseSQL", 1,
+        *this, held, "CloseSQL", 1,
         [&] {
             if (!IsEnableRecordset()) return 1;
-            if (CTRecordset* const held = Inside::Held(recordset_, server_.load())) held->Close();
+            if (CTRecordset* const recordset = Inside::Held(recordset_, server_.load())) recordset->Close();
             giveBack();
             return 1;
         },
-        [&] { tk::util::RunGuarded(giveBack); });
+        giveBack);
 }
 
 CTRecordset* CTDataClient::GetRecordset() {
-    return recordset_.object;
+    return Inside::Held(recordset_, server_.load());
 }
 
 // ---- texts ---------------------------------------------------------------------------------------------------------

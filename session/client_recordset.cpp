@@ -57,12 +57,13 @@ int Inside::OpenRecordset(CTDataClient& client, const char* place, const char* s
             if (server == nullptr) throw NoServer();
             Take(client.recordset_, *server, server->InvokeRecordset(&client));
             if (!client.IsEnableRecordset()) return 0;
-            CTRecordset& recordset = *Held(client.recordset_, server);
-            if ((recordset.*open)(source, option)) {
-                recordset.SetPageSize(pageSize);
+            CTRecordset* const recordset = Held(client.recordset_, server);
+            if (recordset == nullptr) return 0;  // the server has taken it back meanwhile
+            if ((recordset->*open)(source, option)) {
+                recordset->SetPageSize(pageSize);
                 return 1;
             }
-            client.SetLastErrorString(recordset.GetLastErrorString());
+            client.SetLastErrorString(recordset->GetLastErrorString());
             client.CloseSQL();
             return 0;
         },

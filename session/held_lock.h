@@ -23,13 +23,20 @@ private:
 /// jumps over the scopes of the work, not over this one.
 class HeldLock {
 public:
-    explicit HeldLock(CCriticalSection& section) noexcept : section_(section) {}
+    HeldLock() = default;
+    explicit HeldLock(CCriticalSection& section) noexcept : section_(&section) {}
     HeldLock(const HeldLock&) = delete;
     HeldLock& operator=(const HeldLock&) = delete;
     ~HeldLock() { Leave(); }
 
+    /// For a section that only the work knows.
+    void Enter(CCriticalSection& section) {
+        section_ = &section;
+        Enter();
+    }
+
     void Enter() {
-        section_.Lock();
+        section_->Lock();
         held_ = true;
         std::atomic_signal_fence(std::memory_order_seq_cst);  // written before anything can fault
     }
@@ -38,11 +45,11 @@ public:
         if (!held_) return;
         held_ = false;
         std::atomic_signal_fence(std::memory_order_seq_cst);
-        section_.Unlock();
+        section_->Unlock();
     }
 
 private:
-    CCriticalSection& section_;
+    CCriticalSection* section_ = nullptr;
     bool held_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "session/inside.h"
 
-#include "session/held_lock.h"
+#include <cstdint>
+
 #include "session/messages.h"
 #include "tkkernel/platform.h"
 #include "tkkernel/util.h"
@@ -14,7 +15,8 @@ constexpr unsigned kMark = 0x544B4443;
 /// A pool object that was never there (a null server, memory gone) has no last error to set, and still has a message.
 template <typename Pool>
 void SetAndLog(Pool& pool, const char* who, const char* place) {
-    const CString text = GetExceptionError(who, place);
+    CString text;
+    util::RunGuarded([&] { text = GetExceptionError(who, place); });
     util::RunGuarded([&] { Inside::SetError(pool, text); });
     util::RunGuarded([&] { AddErrorLog(text, 0, 0, nullptr); });
 }
@@ -54,9 +56,13 @@ void Inside::Mark(CTDataClient& client) {
     client.mark_ = kMark;
 }
 
-bool Inside::IsClient(const void* owner) {
+// Looks at memory that may belong to anything, which is what sanitizers are there to find.
+__attribute__((no_sanitize("address", "thread", "undefined"))) bool Inside::IsClient(const void* owner) {
+    if (reinterpret_cast<std::uintptr_t>(owner) % alignof(CTDataClient) != 0) return false;
     if (!IsValidAddress(owner, sizeof(CTDataClient))) return false;
-    return static_cast<const CTDataClient*>(owner)->mark_ == kMark;
+    const auto& mark = static_cast<const CTDataClient*>(owner)->mark_;
+    static_assert(sizeof mark == sizeof(unsigned));
+    return __atomic_load_n(reinterpret_cast<const unsigned*>(&mark), __ATOMIC_RELAXED) == kMark;
 }
 
 }  // namespace tk::session

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <utility>
 
+#include "session/held_lock.h"
 #include "tkkernel/session.h"
 #include "util/fault_guard.h"
 
@@ -19,17 +20,31 @@ struct Inside {
         return RunOr(pool, place, std::move(failure), std::forward<Work>(work), [] {});
     }
 
-    /// The same; afterwards returns what the member was working with.
+    /// The same for work that enters a lock, which is left before the message is written.
+    template <typename Pool, typename Result, typename Work>
+    static Result Run(Pool& pool, HeldLock& held, const char* place, Result failure, Work&& work) {
+        return RunOr(pool, held, place, std::move(failure), std::forward<Work>(work), [] {});
+    }
+
+    /// The same; afterwards returns what the member was working with, whatever happens in that.
     template <typename Pool, typename Result, typename Work, typename GiveBack>
     static Result RunOr(Pool& pool, const char* place, Result failure, Work&& work, GiveBack&& giveBack) {
+        HeldLock none;
+        return RunOr(pool, none, place, std::move(failure), std::forward<Work>(work), std::forward<GiveBack>(giveBack));
+    }
+
+    template <typename Pool, typename Result, typename Work, typename GiveBack>
+    static Result RunOr(Pool& pool, HeldLock& held, const char* place, Result failure, Work&& work,
+                        GiveBack&& giveBack) {
         Result result = failure;
         if (util::RunGuarded([&] { result = work(); })) return result;
+        held.Leave();
         Report(pool, place);
-        giveBack();
+        util::RunGuarded([&] { giveBack(); });
         return failure;
     }
 
-    /// The message as the last error and in the event log.
+    /// The message as the last error and in the event log. Each step for itself: none keeps the caller from going on.
     static void Report(CTDataServer& server, const char* place);
     static void Report(CTDataClient& client, const char* place);
 
@@ -93,7 +108,7 @@ struct Inside {
     /// @return what is held of this server; null when nothing is, or when the server has closed it since
     template <typename Object>
     static Object* Held(const CTDataClient::Loan<Object>& loan, CTDataServer* server) {
-        const bool isOver = loan.lender == server && loan.opening != server->opening_;
+        const bool isOver = server != nullptr && loan.lender == server && loan.opening != server->opening_;
         return isOver ? nullptr : loan.object.load();
     }
 

@@ -1,7 +1,6 @@
 #include <algorithm>
 
 #include "afx/multibyte.h"
-#include "session/held_lock.h"
 #include "session/inside.h"
 #include "session/messages.h"
 #include "tkkernel/platform.h"
@@ -34,23 +33,38 @@ CTDataServer::CTDataServer() = default;
 CTDataServer::~CTDataServer() {
     CloseDatabase();
     // What is left: sessions that faulted when they were closed, and former ones of a pool whose last opening failed.
-    former_.push_back({std::move(databases_), std::move(recordsets_)});
     for (Sessions& sessions : former_) {
         Destroy(sessions.databases);
         Destroy(sessions.recordsets);
     }
+    Destroy(databases_);
+    Destroy(recordsets_);
 }
 
 int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, const char* szPassword, short nCount) {
     tk::util::OfferFaultsFirst();
-    return Inside::Run(*this, "OpenDatabase", 0, [&] {
+    bool isOpening = false;
+    const auto giveUp = [&] {
+        if (!isOpening) return;  // the sessions are those of the pool as it was
+        freeDatabases_.RemoveAll();
+        freeRecordsets_.RemoveAll();
+        ++opening_;
+        Destroy(databases_);
+        Destroy(recordsets_);
+    };
+    const auto open = [&] {
         Keep(connection_, szConnection);
         Keep(user_, szUser);
         Keep(password_, szPassword);
         // Contract: kept when the opening fails, so that lending says "fully occupied" and not "not open".
         count_ = std::max(nCount, kFewestSessions);
         const auto count = static_cast<std::size_t>(count_.load());
-        if (databases_ != nullptr) former_.push_back({std::move(databases_), std::move(recordsets_)});
+        if (databases_ != nullptr) {
+            former_.reserve(former_.size() + 1);  // nothing fails while they move
+            former_.push_back({std::move(databases_), std::move(recordsets_)});
+        }
+        isOpening = true;
+        std::atomic_signal_fence(std::memory_order_seq_cst);  // written before anything can fault
         databases_ = std::make_unique<CTDatabase[]>(count);
         recordsets_ = std::make_unique<CTRecordset[]>(count);
         freeDatabases_.RemoveAll();
@@ -64,26 +78,25 @@ int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, con
             CTDatabase& database = databases_[i];
             CTRecordset& recordset = recordsets_[i];
             if (!database.Open(connection_, user_, password_) || !recordset.OpenDatabase(&database)) {
-                freeDatabases_.RemoveAll();
-                freeRecordsets_.RemoveAll();
                 const CString text = database.GetLastErrorString() + recordset.GetLastErrorString();
                 Inside::SetError(*this, text);
                 AddErrorLog(text, 0, 0, nullptr);
-                Destroy(databases_);
-                Destroy(recordsets_);
-                ++opening_;
+                giveUp();
                 return 0;
             }
             freeDatabases_.Append(&database);
             freeRecordsets_.Append(&recordset);
         }
         return 1;
-    });
+    };
+    // A fault leaves what a failure leaves.
+    return Inside::RunOr(*this, "OpenDatabase", 0, open, giveUp);
 }
 
 int CTDataServer::CloseDatabase() {
     return Inside::Run(*this, "CloseDatabase", 0, [&] {
         if (databases_ == nullptr && recordsets_ == nullptr) return 1;
+        former_.reserve(former_.size() + 1);  // nothing fails once the sessions are closed
         for (short i = 0; i < count_; ++i) {
             if (databases_ != nullptr) databases_[i].Close();
             if (recordsets_ != nullptr) recordsets_[i].CloseDatabase();
@@ -112,7 +125,7 @@ int CTDataServer::CloseDatabase() {
 
 int CTDataServer::GetConfiguration(short& nSessions, short& nFreeDatabases, short& nFreeRecordsets) {
     HeldLock held(lock_);
-    return Inside::Run(*this, "GetConfiguration", 0, [&] {
+    return Inside::Run(*this, held, "GetConfiguration", 0, [&] {
         held.Enter();
         nSessions = count_;
         nFreeDatabases = static_cast<short>(freeDatabases_.GetCount());

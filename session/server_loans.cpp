@@ -1,4 +1,3 @@
-#include "session/held_lock.h"
 #include "session/inside.h"
 #include "session/messages.h"
 #include "tkkernel/platform.h"
@@ -36,7 +35,7 @@ template <typename Kind>
 typename Kind::Object* Lend(CTDataServer& server, void* owner) {
     using Object = typename Kind::Object;
     HeldLock held(Inside::LockOf(server));
-    return Inside::Run(server, Kind::kInvoke, static_cast<Object*>(nullptr), [&]() -> Object* {
+    return Inside::Run(server, held, Kind::kInvoke, static_cast<Object*>(nullptr), [&]() -> Object* {
         if (!Inside::IsEnabled(server)) {
             Inside::CountersOf(server).refusedClosed.fetch_add(1, std::memory_order_relaxed);
             return nullptr;
@@ -57,20 +56,23 @@ typename Kind::Object* Lend(CTDataServer& server, void* owner) {
 template <typename Kind>
 bool IsSession(CTDataServer& server, typename Kind::Object* session) {
     const auto* const first = Kind::First(server);
-    if (session >= first && session < first + server.GetSectionCount()) return true;
+    if (first != nullptr && session >= first && session < first + server.GetSectionCount()) return true;
     return IsValidAddress(session, sizeof(*session)) != 0;
 }
 
 template <typename Kind>
 int TakeIn(CTDataServer& server, typename Kind::Object* session) {
     HeldLock held(Inside::LockOf(server));
-    return Inside::Run(server, Kind::kRevoke, 0, [&] {
+    return Inside::Run(server, held, Kind::kRevoke, 0, [&] {
         if (!Inside::IsEnabled(server)) return 0;
         held.Enter();
         LeaseMap& leases = Kind::Leases(server);
         if (leases.Find(session) != nullptr && IsSession<Kind>(server, session)) {
+            // First the room, without which the session would be on neither.
+            FreeList& free = Kind::Free(server);
+            free.Reserve(free.GetCount() + 1);
             leases.Remove(session);
-            Kind::Free(server).Append(session);
+            free.Append(session);
             Count(Kind::CountersOf(server).returns);
         }
         return 1;

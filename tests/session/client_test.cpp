@@ -555,9 +555,45 @@ TEST_F(ServerFaults, OfASessionWhileOpening) {
         EXPECT_EQ(server.GetLastErrorString(), CString(ServerFault("OpenDatabase").c_str()));
         EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("OpenDatabase"))));
         EXPECT_EQ(server.CloseDatabase(), 1);
-        EXPECT_EQ(Configuration(server), "0 0 0");
+        EXPECT_EQ(Configuration(server), "4 0 0") << "as behind an open that failed";
         connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
         recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
+    }
+}
+
+TEST_F(ServerFaults, OfAnyCallWhileOpeningLeaveWhatAFailedOpenLeaves) {
+    int calls = 0;
+    {
+        OpenedServer whole;
+        connection_->BeforeEachCall([&] { ++calls; });
+        records_->BeforeEachCall([&] { ++calls; });
+        Open(whole, 4);
+        connection_->BeforeEachCall({});
+        records_->BeforeEachCall({});
+    }
+    ASSERT_GT(calls, 8);
+    for (int call = 1; call <= calls; ++call) {
+        SCOPED_TRACE(call);
+        connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
+        recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
+        OpenedServer server;
+        Announce(4);
+        {
+            const OneFault once(
+                *connection_.Get(), *records_.Get(), [] { throw 7; }, call);
+            ASSERT_EQ(server.OpenDatabase("stock", "sa", "", 4), 0);
+        }
+        TakeLog();
+        EXPECT_EQ(Configuration(server), "4 0 0");
+        EXPECT_EQ(server.GetDatabase(), nullptr);
+        EXPECT_EQ(server.InvokeDatabase(nullptr), nullptr);
+        EXPECT_EQ(server.InvokeRecordset(nullptr), nullptr);
+        EXPECT_STREQ(server.GetLastErrorString(), kOccupiedText);
+        EXPECT_EQ(server.RevokeDatabase(nullptr), 1);
+        EXPECT_EQ(Configuration(server), "4 0 0");
+        TakeLog();
+        Open(server, 5);
+        EXPECT_EQ(Configuration(server), "5 5 5") << "and it opens again";
     }
 }
 

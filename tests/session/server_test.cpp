@@ -1,5 +1,6 @@
 // The server: opening, lending and returning, taking over, closing.
 #include <set>
+#include <thread>
 
 #include "session/pool_fixture.h"
 
@@ -394,6 +395,38 @@ TEST_F(DataServer, CallsTheClientWhoseConnectionItTakes) {
     EXPECT_EQ(Configuration(server), "4 1 4");
     EXPECT_EQ(server.RevokeDatabase(taken), 1) << "the other borrower comes too late";
     EXPECT_EQ(Configuration(server), "4 1 4");
+}
+
+TEST_F(DataServer, AReturnDuringATakeoverComesBeforeOrAfterIt) {
+    Server server;
+    Open(server, 4);
+    CTDataClient client;
+    client.Invoke(&server);
+    client.BeginTrans();
+    tick_ += 180'000;
+    for (int i = 0; i < 3; ++i)
+        ASSERT_NE(server.InvokeDatabase(nullptr), nullptr);
+    // The lender looks at the clock with its lock held; the client gives back what is about to be taken.
+    std::thread returning;
+    bool begun = false;
+    calls_.clock = [&] {
+        if (!std::exchange(begun, true)) {
+            returning = std::thread([&] { client.EndTrans(); });
+            constexpr DWORD kUntilItWaits = 50;
+            Sleep(kUntilItWaits);
+        }
+        return tick_;
+    };
+    CTDatabase* const taken = server.InvokeDatabase(nullptr);
+    ASSERT_TRUE(begun);
+    returning.join();
+    ASSERT_NE(taken, nullptr);
+    const auto statistics = tk::session::ReadStatistics(server);
+    EXPECT_EQ(statistics.databases.takeovers, 1u);
+    EXPECT_EQ(statistics.databases.doubled, 1u);
+    EXPECT_EQ(statistics.databases.returns, 1u);
+    EXPECT_EQ(statistics.databases.leased, 4) << "the taker's lease is there";
+    EXPECT_EQ(statistics.databases.free, 1);
 }
 
 TEST_F(DataServer, CallsTheClientWhoseRecordsetItTakes) {

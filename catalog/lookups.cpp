@@ -47,7 +47,9 @@ CString Shielded(CTDatabase& database, const char* sql, const Read& read, const 
     // Outside of what may fault: a fault runs no destructors, and the recordset has a session of its own.
     std::optional<CTRecordset> records;
     const bool done = RunGuarded([&] {
-        records.emplace(&database);
+        // There first: a fault in a constructor would leave a session that nobody ends.
+        records.emplace();
+        records->OpenDatabase(&database);
         if (records->OpenSQL(sql, 1) && !records->GetEof()) read(*records, text);
     });
     RunGuarded([&] { records.reset(); });

@@ -556,6 +556,9 @@ TEST_F(ServerFaults, OfASessionWhileOpening) {
         EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("OpenDatabase"))));
         EXPECT_EQ(server.CloseDatabase(), 1);
         EXPECT_EQ(Configuration(server), "4 0 0") << "as behind an open that failed";
+        // One after the other: Wine refuses a class that is registered already.
+        connections_.reset();
+        recordsets_.reset();
         connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
         recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
     }

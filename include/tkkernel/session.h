@@ -50,17 +50,19 @@ public:
     /// @param nCount  sessions wanted; fewer than 4 opens 4
     /// @return 1, or 0 with what the session that failed has to say, which is logged as well
     /// @note After a failed open GetSectionCount() is what was wanted, lending reports "fully occupied" rather than
-    ///       "not open", and the pool may be opened again. An open pool that is opened again keeps its former sessions,
-    ///       out of use once they come back, until CloseDatabase.
+    ///       "not open", and the pool may be opened again. An open pool that is opened again keeps its former sessions
+    ///       until CloseDatabase: those that are free are out of use, those that are lent are lent on once they come
+    ///       back.
     int OpenDatabase(const char* szConnection, const char* szUser, const char* szPassword, short nCount);
 
     /// Closes every session, lent ones as well: what clients hold is gone, and they say so when they are used next.
-    /// @return 1; 0 when closing a session ended in a fault: the pool is as open as before
+    /// @return 1; 0 when closing a session ended in a fault: the pool stays open, with the sessions before that one
+    ///         closed, and may be closed again; 0 as well when destroying one did, and then the pool is closed
     int CloseDatabase();
 
     /// Lends a connection; when none is free, one that somebody has held for 180,000 ms or more. That client's EndTrans
     /// is called; see the note.
-    /// @param pOwner  the borrowing CTDataClient; whatever else it points to is recorded and never touched
+    /// @param pOwner  the borrowing CTDataClient; whatever else it points to is recorded, at most read
     /// @return borrowed, to be given back with RevokeDatabase; null with the reason, which is logged as a warning when
     ///         all are lent
     /// @note A session that was taken back from a client is on the free list as well as lent: the next caller may get

@@ -5,7 +5,10 @@
 //   Answer(tk::session::ToPrometheusText(statistics, "stock"));
 //
 // Counters start at the server's construction and only grow; opening and closing leave them alone.
-// For each kind, at any time: free + leased = sessions + doubled - shared.
+// For each kind, in a pool that was opened once: free + leased = sessions + doubled - shared. The sum is off after a
+// failed open (sessions are counted that are not there), by former sessions that come back after a second opening, and
+// by what was doubled or shared before the pool was closed.
+//
 // Threads: any. Reading enters the server's lock once; counting costs a store under a lock that is held anyway.
 #pragma once
 

@@ -1,4 +1,4 @@
-// tools/tkdb/latency_histogram.h - how often each latency occurred, within four percent, in a fixed room.
+// tools/tkdb/latency_histogram.h - how often each latency occurred, within 6.25 percent, in a fixed room.
 #pragma once
 
 #include <array>

@@ -465,6 +465,7 @@ TEST_F(DataServer, NeverTouchesAnOwnerThatIsNoClient) {
         {"unreadable", reinterpret_cast<void*>(16)},
         {"impossible", reinterpret_cast<void*>(~std::uintptr_t{0} - 64)},
         {"other memory", block},
+        {"other memory, at an odd place", block + 1},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -477,6 +478,31 @@ TEST_F(DataServer, NeverTouchesAnOwnerThatIsNoClient) {
         EXPECT_EQ(std::string(block, sizeof(block)), before);
         EXPECT_THAT(TakeLog(), IsEmpty());
     }
+}
+
+TEST_F(DataServer, NullIsNoSessionOfAPoolWithoutSessions) {
+    Server server;
+    Announce(1);
+    connection_->On(Call(10)).Fails("登录失败");
+    ASSERT_EQ(server.OpenDatabase("stock", "sa", "", 4), 0);
+    EXPECT_EQ(server.RegisterRole(nullptr, nullptr, 0), 1);
+    EXPECT_EQ(server.RevokeDatabase(nullptr), 1);
+    EXPECT_EQ(Configuration(server), "4 0 0");
+    connection_->On(Call(10)) = Script();
+    TakeLog();
+}
+
+TEST_F(DataServer, AClientHoldsNoRecordsetOfAPoolThatWasClosed) {
+    Server server;
+    Open(server, 4);
+    CTDataClient client;
+    client.Invoke(&server);
+    ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1);
+    ASSERT_NE(client.GetRecordset(), nullptr);
+    EXPECT_EQ(server.CloseDatabase(), 1);
+    EXPECT_EQ(client.GetRecordset(), nullptr);
+    Open(server, 4);
+    EXPECT_EQ(client.GetRecordset(), nullptr) << "a recordset of a former opening";
 }
 
 TEST_F(DataServer, AnOwnerThatIsDestroyedHasGivenEverythingBack) {

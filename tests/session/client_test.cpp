@@ -556,11 +556,7 @@ TEST_F(ServerFaults, OfASessionWhileOpening) {
         EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("OpenDatabase"))));
         EXPECT_EQ(server.CloseDatabase(), 1);
         EXPECT_EQ(Configuration(server), "4 0 0") << "as behind an open that failed";
-        // One after the other: Wine refuses a class that is registered already.
-        connections_.reset();
-        recordsets_.reset();
-        connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
-        recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
+        RegisterAgain();
     }
 }
 
@@ -577,11 +573,7 @@ TEST_F(ServerFaults, OfAnyCallWhileOpeningLeaveWhatAFailedOpenLeaves) {
     ASSERT_GT(calls, 8);
     for (int call = 1; call <= calls; ++call) {
         SCOPED_TRACE(call);
-        // One after the other: Wine refuses a class that is registered already.
-        connections_.reset();
-        recordsets_.reset();
-        connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
-        recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
+        RegisterAgain();
         OpenedServer server;
         Announce(4);
         {

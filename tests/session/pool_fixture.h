@@ -43,6 +43,14 @@ protected:
 
     /// Announces the objects of so many sessions: all connections are one object, and so are all recordsets.
     void Announce(int sessions);
+    /// Registers the classes anew, without the objects announced so far. One after the other: Wine refuses a class that
+    /// is registered already.
+    void RegisterAgain() {
+        connections_.reset();
+        recordsets_.reset();
+        connections_ = std::make_unique<RegisteredClass>(kConnectionClass);
+        recordsets_ = std::make_unique<RegisteredClass>(kRecordsetClass);
+    }
     /// Opens a pool of so many sessions, four at least; journal and log are empty afterwards.
     void Open(CTDataServer& server, int sessions = 4);
     using DriverTest::Open;

@@ -69,8 +69,8 @@ std::vector<Account> ReadAccounts() {
         endpwent();
     }
     std::ranges::sort(accounts, {}, &Account::name);
-    const auto doubles = std::ranges::unique(accounts, {}, &Account::name);
-    accounts.erase(doubles.begin(), doubles.end());
+    const auto isSame = [](const Account& first, const Account& second) { return first.name == second.name; };
+    accounts.erase(std::unique(accounts.begin(), accounts.end(), isSame), accounts.end());
     return accounts;
 }
 

@@ -43,8 +43,7 @@ Finder FinderOf(HKEY root) noexcept {
 
 /// @return null for what is no open key; a root is open always
 std::shared_ptr<const OpenKey> Find(HKEY handle) {
-    if (const Finder find = FinderOf(handle))
-        return std::make_shared<OpenKey>(handle, std::vector<std::string>{}, *find({}));
+    if (const Finder find = FinderOf(handle)) return std::make_shared<OpenKey>(OpenKey{handle, {}, *find({})});
     OpenKeys& open = TheOpenKeys();
     const std::lock_guard lock(open.lock);
     const auto found = open.keys.find(handle);

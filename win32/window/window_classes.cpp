@@ -22,7 +22,7 @@ Classes& TheClasses() {
         for (const auto& [name, procedure] : {std::pair<const char*, WNDPROC>("Static", &DefWindowProcA),
                                               {"ListBox", &ListProcedure},
                                               {"ComboBox", &ListProcedure}}) {
-            made.all.push_back(std::make_shared<WindowClass>(name, procedure, nullptr, made.last++));
+            made.all.push_back(std::make_shared<WindowClass>(WindowClass{name, procedure, nullptr, made.last++}));
         }
         return made;
     }();
@@ -73,8 +73,8 @@ ATOM RegisterClassA(const WNDCLASSA* lpWndClass) {
         SetLastError(ERROR_CLASS_ALREADY_EXISTS);
         return 0;
     }
-    classes.all.push_back(std::make_shared<WindowClass>(lpWndClass->lpszClassName, lpWndClass->lpfnWndProc,
-                                                        lpWndClass->hInstance, classes.last));
+    classes.all.push_back(std::make_shared<WindowClass>(
+        WindowClass{lpWndClass->lpszClassName, lpWndClass->lpfnWndProc, lpWndClass->hInstance, classes.last}));
     return classes.last++;
 }
 

@@ -99,13 +99,16 @@ void BlockWriter::WriteArrays(RowStore& rows, std::span<const std::size_t> list)
     std::vector<ArrayText> arrays(columns_.size());
     std::vector<Parameter> parameters(columns_.size());
     while (!list.empty()) {
+        const std::size_t most = std::min(list.size(), kRowsPerArray);
         std::size_t count = 0;
-        for (std::size_t bytes = 0; count < list.size() && count < kRowsPerArray && bytes < kManyBytes; ++count) {
+        std::size_t bytes = 0;
+        while (count < most && bytes < kManyBytes) {
             bytes = 0;
             for (std::size_t i = 0; i < columns_.size(); ++i) {
                 arrays[i].Append(rows.At(list[count], i), columns_[i]);
                 bytes += arrays[i].Size();
             }
+            ++count;
         }
         list = list.subspan(count);
         for (std::size_t i = 0; i < columns_.size(); ++i)

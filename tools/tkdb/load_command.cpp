@@ -108,18 +108,16 @@ bool ReadAll(CTDataClient& client, const std::string& sql) {
     CTRecordset* const held = client.GetRecordset();
     while (client.GetRecordset() == held && held != nullptr && !client.GetRecordEof())
         client.MoveNext();
-    const bool isWhole = client.GetRecordset() != nullptr;  // a fault has given it back
+    // A fault has given it back; closing would put another reason in the place of its own.
+    if (client.GetRecordset() == nullptr) return false;
     client.CloseSQL();
-    return isWhole;
+    return true;
 }
 
 bool Change(CTDataClient& client, const std::string& sql) {
     client.BeginTrans();
     const bool isDone = client.ExecuteSQL(sql.c_str()) != 0;
-    CString reason;
-    if (!isDone) reason = client.GetLastErrorString();
     client.EndTrans();
-    if (!isDone) client.SetLastErrorString(reason);
     return isDone;
 }
 

@@ -1,5 +1,5 @@
 # Installed: the libraries, the headers in a folder of their own (they bear the platform's header names), a CMake
-# package (find_package(TKKernel) gives TKKernel::tkkernel) and a pkg-config file.
+# package (find_package(TKKernel) gives TKKernel::tkkernel) and a pkg-config file. CPack makes the Windows package of it.
 include(CMakePackageConfigHelpers)
 
 set(tk_include_dir "${CMAKE_INSTALL_INCLUDEDIR}/tkkernel${PROJECT_VERSION_MAJOR}")
@@ -34,4 +34,21 @@ install(FILES "${PROJECT_BINARY_DIR}/TKKernelConfig.cmake" "${PROJECT_BINARY_DIR
 if(NOT WIN32)
     configure_file("${PROJECT_SOURCE_DIR}/packaging/tkkernel.pc.in" "${PROJECT_BINARY_DIR}/tkkernel.pc" @ONLY)
     install(FILES "${PROJECT_BINARY_DIR}/tkkernel.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+else()
+    target_compile_definitions(tkkernel INTERFACE "$<INSTALL_INTERFACE:TKKERNEL_API=__declspec(dllimport)>"
+                                                  "$<INSTALL_INTERFACE:AFX_API=__declspec(dllimport)>")
+    configure_file("${PROJECT_SOURCE_DIR}/packaging/windows/README.md.in" "${PROJECT_BINARY_DIR}/windows-package.md" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/windows-package.md" DESTINATION . RENAME README.md)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples/warehouse" DESTINATION examples PATTERN README.md EXCLUDE)
+    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION licences RENAME TKKernel32.txt)
+    # The compiler's run-time libraries are linked into the DLL.
+    foreach(package IN ITEMS gcc-mingw-w64-base mingw-w64-x86-64-dev)
+        install(FILES "/usr/share/doc/${package}/copyright" DESTINATION licences RENAME "${package}.txt")
+    endforeach()
+
+    set(CPACK_GENERATOR ZIP)
+    set(CPACK_PACKAGE_FILE_NAME "TKKernel32-${PROJECT_VERSION}${TKKERNEL_VERSION_SUFFIX}-win64")
+    set(CPACK_STRIP_FILES ON)
+    set(CPACK_VERBATIM_VARIABLES ON)
+    include(CPack)
 endif()

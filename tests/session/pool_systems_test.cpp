@@ -1,4 +1,4 @@
-// Pools on real databases, under load: on a file, and on a server that is killed and started again.
+// Pools on real databases, under load: on a file, and on servers that go away and come back.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,8 +7,10 @@
 #include <thread>
 #include <vector>
 
+#include "support/mariadb_server.h"
 #include "support/postgres_server.h"
 #include "support/registered_class.h"
+#include "support/server_process.h"
 #include "support/temporary_folder.h"
 #include "tkkernel/session.h"
 #include "tkkernel/session_statistics.h"
@@ -64,7 +66,7 @@ private:
         for (std::size_t i = 0; i < counters.size(); ++i) {
             while (counters[i] < before[i] + more) {
                 if (GetTickCount64() > end) return false;
-                std::this_thread::yield();
+                Pause();
             }
         }
         return true;
@@ -119,6 +121,40 @@ protected:
         EXPECT_EQ(statistics.faults, 0u);
     }
 
+    /// Under load, whatever the moment: each session is free or lent.
+    static void ExpectNoneLost(CTDataServer& server) {
+        const auto statistics = tk::session::ReadStatistics(server);
+        EXPECT_EQ(statistics.databases.free + statistics.databases.leased, kSessions);
+        EXPECT_EQ(statistics.recordsets.free + statistics.recordsets.leased, kSessions);
+    }
+
+    /// Load on a pool whose server ends and starts again, twice. The pool itself is not touched.
+    template <typename System>
+    void OutliveItsEnd(System& system, const std::function<void()>& end) {
+        CTDataServer server;
+        Open(server, system.ConnectionString(), "tester", "pw");
+        const CString name = server.GetDbmsName();
+        Load load(server);
+        EXPECT_TRUE(load.WaitForSuccess(10));
+        for (int time = 0; time < 2; ++time) {
+            SCOPED_TRACE(time);
+            end();
+            EXPECT_TRUE(load.WaitForFailure(3));
+            ExpectNoneLost(server);
+            system.Start();
+            EXPECT_TRUE(load.WaitForSuccess(20));
+            ExpectNoneLost(server);
+        }
+        load.Stop();
+        EXPECT_EQ(load.wrong, 0);
+        ExpectWhole(server);
+        CTDataClient client;
+        client.Invoke(&server);
+        EXPECT_STREQ(client.GetDbmsName(), name);
+        client.Revoke();
+        EXPECT_EQ(server.CloseDatabase(), 1);
+    }
+
     Apartment apartment_;
     PlatformCalls calls_;
 };
@@ -135,26 +171,24 @@ TEST_F(PoolSystems, ServeMoreThreadsThanSessionsOnAFile) {
     EXPECT_EQ(server.CloseDatabase(), 1);
 }
 
-TEST_F(PoolSystems, RecoverWhenTheirServerWasKilledAndStartedAgain) {
+TEST_F(PoolSystems, RecoverWhenPostgresStoppedAndStartedAgain) {
     PostgresServer postgres;
-    CTDataServer server;
-    Open(server, postgres.ConnectionString(), "tester", "pw");
-    Load load(server);
-    EXPECT_TRUE(load.WaitForSuccess(10));
-    for (int time = 0; time < 2; ++time) {
-        postgres.Stop();
-        EXPECT_TRUE(load.WaitForFailure(3));
-        postgres.Start();
-        EXPECT_TRUE(load.WaitForSuccess(20)) << "time " << time;
-    }
-    load.Stop();
-    EXPECT_EQ(load.wrong, 0);
-    ExpectWhole(server);
-    CTDataClient client;
-    client.Invoke(&server);
-    EXPECT_STREQ(client.GetDbmsName(), "PostgreSQL");
-    client.Revoke();
-    EXPECT_EQ(server.CloseDatabase(), 1);
+    OutliveItsEnd(postgres, [&] { postgres.Stop(); });
+}
+
+TEST_F(PoolSystems, RecoverWhenPostgresWasCutOffAndStartedAgain) {
+    PostgresServer postgres;
+    OutliveItsEnd(postgres, [&] { postgres.Cut(); });
+}
+
+TEST_F(PoolSystems, RecoverWhenMariaDbStoppedAndStartedAgain) {
+    MariaDbServer mariadb;
+    OutliveItsEnd(mariadb, [&] { mariadb.Stop(); });
+}
+
+TEST_F(PoolSystems, RecoverWhenMariaDbWasCutOffAndStartedAgain) {
+    MariaDbServer mariadb;
+    OutliveItsEnd(mariadb, [&] { mariadb.Cut(); });
 }
 
 }  // namespace

@@ -87,4 +87,11 @@ void MariaDbServer::Stop() {
     std::remove(folder_.File("server.log").c_str());
 }
 
+void MariaDbServer::Cut() {
+    if (server_ == 0) return;
+    tk::test::Cut(server_);
+    server_ = 0;
+    std::remove(folder_.File("server.log").c_str());
+}
+
 }  // namespace tk::test

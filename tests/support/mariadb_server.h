@@ -30,6 +30,8 @@ public:
     void Start();
     /// Ends every session and the server. Nothing happens when it does not run.
     void Stop();
+    /// Ends it as a power cut does: it says nothing to anybody. Nothing happens when it does not run.
+    void Cut();
 
 private:
     TemporaryFolder folder_;

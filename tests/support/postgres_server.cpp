@@ -90,4 +90,11 @@ void PostgresServer::Stop() {
     std::remove(folder_.File("server.log").c_str());
 }
 
+void PostgresServer::Cut() {
+    if (server_ == 0) return;
+    tk::test::Cut(server_);
+    server_ = 0;
+    std::remove(folder_.File("server.log").c_str());
+}
+
 }  // namespace tk::test

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include <iterator>
 #include <semaphore>
 #include <thread>
+#include <utility>
 
 #include "util/fault_guard.h"
 #include "util/faults.h"
@@ -301,6 +303,113 @@ TEST(FaultSignals, AHandlerThatHandsBackToUsEndsNowhereTwice) {
             ReadNull();
         },
         SIGSEGV);
+}
+
+TEST(FaultSignals, HandlersThatComeInFrontAgainAndAgainAreAskedOnce) {
+    ExpectReported([] {
+        static bool isOutside;
+        static int ones;
+        static int others;
+        static struct sigaction foundByOne;
+        static struct sigaction foundByOther;
+        ForgetTheSanitizersHandlers();
+        for (int time = 0; time < 1000; ++time) {
+            foundByOne = Install(SIGSEGV, [](int number, siginfo_t* info, void* context) {
+                if (!isOutside || ++ones > 1) _exit(2);
+                foundByOne.sa_sigaction(number, info, context);
+            });
+            OfferFaultsFirst();
+            foundByOther = Install(SIGSEGV, [](int number, siginfo_t* info, void* context) {
+                if (!isOutside || ++others > 1) _exit(3);
+                foundByOther.sa_sigaction(number, info, context);
+                // Everybody had a turn, and the system's is next.
+                if (ones != 1) _exit(4);
+                signal(SIGSEGV, [](int) { _exit(kReporterExit); });
+            });
+            OfferFaultsFirst();
+            if (RunGuarded([] { ReadNull(); })) _exit(1);
+        }
+        isOutside = true;
+        ReadNull();
+    });
+}
+
+TEST(FaultSignals, AHandlerThatWasTakenAwayIsNotAsked) {
+    ExpectKilled(
+        [] {
+            ForgetTheSanitizersHandlers();
+            Install(SIGSEGV, Reporter);
+            OfferFaultsFirst();
+            signal(SIGSEGV, SIG_DFL);
+            OfferFaultsFirst();
+            if (RunGuarded([] { ReadNull(); })) _exit(1);
+            ReadNull();
+        },
+        SIGSEGV);
+}
+
+constexpr int kManyHandlers = 20;
+struct sigaction foundBy[kManyHandlers];
+int asked[kManyHandlers];
+int askedSoFar;
+
+/// One of many reporters: each notes its turn and hands on to what it found.
+template <int Index>
+void Chained(int number, siginfo_t* info, void* context) {
+    asked[Index] = ++askedSoFar;
+    if (Index == 0) {
+        // The latest was asked first, and each of them once.
+        for (int i = 0; i < kManyHandlers; ++i) {
+            if (asked[i] != kManyHandlers - i) _exit(3);
+        }
+        _exit(kReporterExit);
+    }
+    foundBy[Index].sa_sigaction(number, info, context);
+}
+
+template <int... Index>
+void InstallChained(std::integer_sequence<int, Index...>) {
+    ((foundBy[Index] = Install(SIGSEGV, Chained<Index>), OfferFaultsFirst()), ...);
+}
+
+TEST(FaultSignals, AnyNumberOfHandlersInstalledLaterComesSecond) {
+    ExpectReported([] {
+        ForgetTheSanitizersHandlers();
+        InstallChained(std::make_integer_sequence<int, kManyHandlers>());
+        if (RunGuarded([] { ReadNull(); })) _exit(1);
+        if (askedSoFar != 0) _exit(2);
+        ReadNull();
+    });
+}
+
+/// The system's early warning that some memory of the process is broken, which the thread may have nothing to do with.
+void WarnOfBrokenMemory() {
+    siginfo_t info{};
+    info.si_signo = SIGBUS;
+    info.si_code = BUS_MCEERR_AO;
+    if (syscall(SYS_rt_tgsigqueueinfo, getpid(), gettid(), SIGBUS, &info) != 0) _exit(36);
+}
+
+TEST(FaultSignals, AWarningOfBrokenMemoryIsNoFaultOfTheWork) {
+    ExpectKilled(
+        [] {
+            ForgetTheSanitizersHandlers();
+            RunGuarded(WarnOfBrokenMemory);
+        },
+        SIGBUS);
+    ExpectReported([] {
+        Install(SIGBUS, Reporter);
+        OfferFaultsFirst();
+        RunGuarded(WarnOfBrokenMemory);
+    });
+    const int status = EndOf([] {
+        signal(SIGBUS, SIG_IGN);
+        OfferFaultsFirst();
+        if (!RunGuarded(WarnOfBrokenMemory)) _exit(1);
+        _exit(35);
+    });
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 35);
 }
 
 TEST(FaultSignals, AHandlerForOneTimeIsCalledOnce) {

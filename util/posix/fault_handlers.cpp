@@ -11,6 +11,9 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <new>
+#include <utility>
 
 #include "util/fault_trap.h"
 
@@ -20,25 +23,32 @@ extern "C" __attribute__((weak)) void __asan_handle_no_return();
 namespace tk::util {
 namespace {
 
-// A library that puts its handler in front of ours again and again gets this many places behind it.
-constexpr int kMostPrevious = 8;
-
-/// One signal, and whom it went to before us: the last one is asked first.
-struct FaultSignal {
-    int number;
-    struct sigaction previous[kMostPrevious];
-    std::atomic<int> count;
+/// A handler that a signal went to before us, and when we came before it: the latest is asked first. It is known once,
+/// however often it is put in front of ours, and for good, since a thread may be in it.
+struct Previous {
+    struct sigaction action;
+    std::atomic<unsigned> turn;
+    Previous* next;
 };
 
-FaultSignal faultSignals[] = {{SIGSEGV, {}, 0}, {SIGBUS, {}, 0}, {SIGFPE, {}, 0}};
+constexpr unsigned kNobody = ~0u;  // no handler's turn
+
+struct FaultSignal {
+    int number;
+    std::atomic<Previous*> known;
+    unsigned turns;
+};
+
+FaultSignal faultSignals[] = {{SIGSEGV, nullptr, 0}, {SIGBUS, nullptr, 0}, {SIGFPE, nullptr, 0}};
 
 FaultSignal& Find(int number) noexcept {
     return *std::ranges::find(faultSignals, number, &FaultSignal::number);
 }
 
-// How many handlers before us this thread is in right now: one of them may hand the signal back to us, having found us
-// there when it was installed.
-constinit thread_local int handing __attribute__((tls_model("initial-exec"))) = 0;
+// The turn of the handler that this thread is in right now, for each signal: it may hand the signal back to us, having
+// found us there when it was installed, and then those before it are asked.
+constinit thread_local unsigned asking[] __attribute__((tls_model("initial-exec"))) = {kNobody, kNobody, kNobody};
+static_assert(std::size(asking) == std::size(faultSignals));
 
 std::uintptr_t StackPointer(const ucontext_t& context) noexcept {
 #if defined(__x86_64__)
@@ -73,9 +83,15 @@ void GoTo(const Landing& landing, ucontext_t& context) noexcept {
 #endif
 }
 
-/// Raised by what the thread did. What another process or thread sent is none of a trap's business.
-bool IsOwn(const siginfo_t& info) noexcept {
-    return info.si_code > 0 || (info.si_code == SI_TKILL && info.si_pid == getpid());
+/// Raised by the instruction that the thread was at, which raises it again when it is tried again. A warning of broken
+/// memory somewhere is not.
+bool IsOfTheInstruction(int number, const siginfo_t& info) noexcept {
+    return info.si_code > 0 && !(number == SIGBUS && info.si_code == BUS_MCEERR_AO);
+}
+
+/// Raised by what the thread did. What another process sent is none of a trap's business.
+bool IsOwn(int number, const siginfo_t& info) noexcept {
+    return IsOfTheInstruction(number, info) || (info.si_code == SI_TKILL && info.si_pid == getpid());
 }
 
 /// Whether a signal handler was what faulted; the work it interrupted is not to blame.
@@ -86,17 +102,17 @@ bool InSignalHandler(const ucontext_t& context) noexcept {
 }
 
 /// What the system does when nobody handles the signal.
-void Default(const siginfo_t& info, int number) noexcept {
+void Default(int number, const siginfo_t& info) noexcept {
     struct sigaction none {};
     none.sa_handler = SIG_DFL;
     sigaction(number, &none, nullptr);
     // A fault comes again when the handler returns; what was sent has to be sent again.
-    if (info.si_code <= 0) syscall(SYS_tgkill, getpid(), syscall(SYS_gettid), number);
+    if (!IsOfTheInstruction(number, info)) syscall(SYS_tgkill, getpid(), syscall(SYS_gettid), number);
 }
 
 void CallPrevious(const struct sigaction& previous, int number, siginfo_t* info, void* context) noexcept {
-    if (previous.sa_handler == SIG_IGN && info->si_code <= 0) return;
-    if (previous.sa_handler == SIG_DFL || previous.sa_handler == SIG_IGN) return Default(*info, number);
+    if (previous.sa_handler == SIG_IGN && !IsOfTheInstruction(number, *info)) return;
+    if (previous.sa_handler == SIG_DFL || previous.sa_handler == SIG_IGN) return Default(number, *info);
     if ((previous.sa_flags & static_cast<int>(SA_RESETHAND)) != 0) {
         struct sigaction none {};
         none.sa_handler = SIG_DFL;
@@ -121,18 +137,26 @@ void CallPrevious(const struct sigaction& previous, int number, siginfo_t* info,
 
 void HandOn(int number, siginfo_t* info, void* context) noexcept {
     FaultSignal& signal = Find(number);
-    const int next = signal.count.load(std::memory_order_acquire) - 1 - handing;
-    if (next < 0) return Default(*info, number);
-    ++handing;
-    CallPrevious(signal.previous[next], number, info, context);
-    --handing;
+    unsigned& turn = asking[&signal - faultSignals];
+    const Previous* latest = nullptr;
+    unsigned latestTurn = 0;
+    for (const Previous* each = signal.known.load(std::memory_order_acquire); each != nullptr; each = each->next) {
+        const unsigned itsTurn = each->turn.load(std::memory_order_relaxed);
+        if (itsTurn >= turn || (latest != nullptr && itsTurn < latestTurn)) continue;
+        latest = each;
+        latestTurn = itsTurn;
+    }
+    if (latest == nullptr) return Default(number, *info);
+    const unsigned before = std::exchange(turn, latestTurn);
+    CallPrevious(latest->action, number, info, context);
+    turn = before;
 }
 
 void OnFault(int number, siginfo_t* info, void* interrupted) {
     const int before = errno;
     auto& context = *static_cast<ucontext_t*>(interrupted);
     const Landing landing = InnermostLanding();
-    if (landing.function != nullptr && IsOwn(*info) && !InSignalHandler(context)) {
+    if (landing.function != nullptr && IsOwn(number, *info) && !InSignalHandler(context)) {
         if (__asan_handle_no_return != nullptr) __asan_handle_no_return();
         GoTo(landing, context);
     } else {
@@ -141,19 +165,31 @@ void OnFault(int number, siginfo_t* info, void* interrupted) {
     errno = before;
 }
 
-void PutFirst(FaultSignal& signal) noexcept {
+bool IsSame(const struct sigaction& one, const struct sigaction& other) noexcept {
+    constexpr auto kTold = static_cast<unsigned>(SA_SIGINFO | SA_NODEFER) | static_cast<unsigned>(SA_RESETHAND);
+    return one.sa_handler == other.sa_handler && ((one.sa_flags ^ other.sa_flags) & kTold) == 0;
+}
+
+void PutFirst(FaultSignal& signal) {
     struct sigaction now {};
     if (sigaction(signal.number, nullptr, &now) != 0) return;
-    const bool isOurs = (now.sa_flags & SA_SIGINFO) != 0 && now.sa_sigaction == &OnFault;
-    const int count = signal.count.load(std::memory_order_relaxed);
-    if (isOurs || count == kMostPrevious) return;
-    // Known before ours can be called.
-    signal.previous[count] = now;
-    signal.count.store(count + 1, std::memory_order_release);
     struct sigaction ours {};
     ours.sa_sigaction = &OnFault;
     ours.sa_flags = SA_SIGINFO | SA_ONSTACK;
     sigemptyset(&ours.sa_mask);
+    if (IsSame(now, ours)) return;
+    Previous* const first = signal.known.load(std::memory_order_relaxed);
+    Previous* previous = first;
+    while (previous != nullptr && !IsSame(previous->action, now))
+        previous = previous->next;
+    // Known before ours can be called.
+    if (previous != nullptr) {
+        previous->turn.store(signal.turns++, std::memory_order_relaxed);
+    } else {
+        previous = new (std::nothrow) Previous{now, signal.turns++, first};
+        if (previous == nullptr) return;
+        signal.known.store(previous, std::memory_order_release);
+    }
     sigaction(signal.number, &ours, nullptr);
 }
 

@@ -27,10 +27,9 @@ constinit thread_local TrapThread currentTrapThread{};
 void PrepareThread(TrapThread& thread) {
     static const bool handled = (OfferFaultsFirst(), true);
     static_cast<void>(handled);
-    thread.exceptions = GlobalsOfThisThread();
     EnsureSignalStack();
     UnblockFaults();
-    thread.prepared = true;
+    thread.exceptions = GlobalsOfThisThread();
 }
 
 }  // namespace tk::util

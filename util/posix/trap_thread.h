@@ -7,9 +7,8 @@ struct Trap;
 struct ExceptionGlobals;
 
 struct TrapThread {
-    Trap* innermost;  // null outside every trap
-    ExceptionGlobals* exceptions;
-    bool prepared;
+    Trap* innermost;               // null outside every trap
+    ExceptionGlobals* exceptions;  // null until the thread is prepared
 
     /// Signal handlers ask as well, hence no lazy initialisation and the thread storage that needs no call.
     static TrapThread& Current() noexcept;

@@ -9,7 +9,7 @@ CTDataClient::CTDataClient() {
 
 CTDataClient::~CTDataClient() {
     Revoke();
-    mark_ = 0;
+    Inside::Unmark(*this);
 }
 
 // ---- guards --------------------------------------------------------------------------------------------------------

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <mutex>
-#include <thread>
 
 #include "tkkernel/session_parts.h"
 
@@ -16,18 +14,7 @@ std::size_t FreeList::At(std::size_t place) const noexcept {
     return index < ring_.size() ? index : index - ring_.size();
 }
 
-void Latch::Wait() noexcept {
-    do
-        std::this_thread::yield();
-    while (shut_.exchange(true, std::memory_order_acquire));
-}
-
 void FreeList::Reserve(std::size_t count) {
-    const std::lock_guard shut(latch_);
-    Grow(count);
-}
-
-void FreeList::Grow(std::size_t count) {
     if (count <= ring_.size()) return;
     std::rotate(ring_.begin(), ring_.begin() + static_cast<std::ptrdiff_t>(head_), ring_.end());
     head_ = 0;
@@ -35,39 +22,26 @@ void FreeList::Grow(std::size_t count) {
 }
 
 void FreeList::Append(CTDataDriver* session) {
-    const std::lock_guard shut(latch_);
     const std::size_t count = GetCount();
-    if (count == ring_.size()) Grow(count + std::max(kBlock, count / 2));
+    if (count == ring_.size()) Reserve(count + std::max(kBlock, count / 2));
     ring_[At(count)] = session;
+    if (count == 0) headSession_.store(session, std::memory_order_relaxed);
     count_.store(count + 1, std::memory_order_relaxed);
 }
 
-CTDataDriver* FreeList::TakeHead() {
-    const std::lock_guard shut(latch_);
+CTDataDriver* FreeList::TakeHead() noexcept {
     const std::size_t count = GetCount();
     if (count == 0) return nullptr;
     CTDataDriver* const session = ring_[head_];
     head_ = At(1);
+    headSession_.store(count > 1 ? ring_[head_] : nullptr, std::memory_order_relaxed);
     count_.store(count - 1, std::memory_order_relaxed);
     return session;
 }
 
-void FreeList::PutBack(CTDataDriver* session) {
-    const std::lock_guard shut(latch_);
-    const std::size_t count = GetCount();
-    head_ = head_ != 0 ? head_ - 1 : ring_.size() - 1;
-    ring_[head_] = session;
-    count_.store(count + 1, std::memory_order_relaxed);
-}
-
-CTDataDriver* FreeList::GetHead() {
-    const std::lock_guard shut(latch_);
-    return GetCount() != 0 ? ring_[head_] : nullptr;
-}
-
-void FreeList::RemoveAll() {
-    const std::lock_guard shut(latch_);
+void FreeList::RemoveAll() noexcept {
     head_ = 0;
+    headSession_.store(nullptr, std::memory_order_relaxed);
     count_.store(0, std::memory_order_relaxed);
 }
 

@@ -9,8 +9,19 @@
 namespace tk::session {
 namespace {
 
-/// What a living client carries behind its fields.
-constexpr unsigned kMark = 0x544B4443;
+/// What the living carry behind their fields.
+constexpr unsigned kClientMark = 0x544B4443;
+constexpr unsigned kServerMark = 0x544B4453;
+
+// Looks at memory that may belong to anything, which is what sanitizers are there to find.
+template <typename Object>
+__attribute__((no_sanitize("address", "thread", "undefined"))) bool Carries(const void* memory, unsigned wanted,
+                                                                            const std::atomic<unsigned>& mark) {
+    if (reinterpret_cast<std::uintptr_t>(memory) % alignof(Object) != 0) return false;
+    if (!IsValidAddress(memory, sizeof(Object))) return false;
+    static_assert(sizeof mark == sizeof(unsigned));
+    return __atomic_load_n(reinterpret_cast<const unsigned*>(&mark), __ATOMIC_RELAXED) == wanted;
+}
 
 /// A pool object that was never there (a null server, memory gone) has no last error to set, and still has a message.
 template <typename Pool>
@@ -30,6 +41,18 @@ void Inside::Report(CTDataServer& server, const char* place) {
 
 void Inside::Report(CTDataClient& client, const char* place) {
     SetAndLog(client, kClientName, place);
+    // The server may be what faulted, or be gone.
+    CTDataServer* const server = client.server_;
+    util::RunGuarded([&]() __attribute__((no_sanitize("undefined"))) {
+        if (!Carries<CTDataServer>(server, kServerMark, server->mark_)) return;
+        server->counters_.clientFaults.fetch_add(1, std::memory_order_relaxed);
+    });
+}
+
+void LateReports::Tell(CTDataServer& server) {
+    for (std::size_t i = 0; i < count_; ++i)
+        Inside::Report(server, places_[i]);
+    count_ = 0;
 }
 
 void Inside::SetError(CTDataServer& server, const CString& text) {
@@ -53,16 +76,23 @@ CString Inside::GetError(CTDataClient& client) {
 }
 
 void Inside::Mark(CTDataClient& client) {
-    client.mark_ = kMark;
+    client.mark_ = kClientMark;
 }
 
-// Looks at memory that may belong to anything, which is what sanitizers are there to find.
-__attribute__((no_sanitize("address", "thread", "undefined"))) bool Inside::IsClient(const void* owner) {
-    if (reinterpret_cast<std::uintptr_t>(owner) % alignof(CTDataClient) != 0) return false;
-    if (!IsValidAddress(owner, sizeof(CTDataClient))) return false;
-    const auto& mark = static_cast<const CTDataClient*>(owner)->mark_;
-    static_assert(sizeof mark == sizeof(unsigned));
-    return __atomic_load_n(reinterpret_cast<const unsigned*>(&mark), __ATOMIC_RELAXED) == kMark;
+void Inside::Mark(CTDataServer& server) {
+    server.mark_ = kServerMark;
+}
+
+void Inside::Unmark(CTDataClient& client) {
+    client.mark_ = 0;
+}
+
+void Inside::Unmark(CTDataServer& server) {
+    server.mark_ = 0;
+}
+
+__attribute__((no_sanitize("undefined"))) bool Inside::IsClient(const void* owner) {
+    return Carries<CTDataClient>(owner, kClientMark, static_cast<const CTDataClient*>(owner)->mark_);
 }
 
 }  // namespace tk::session

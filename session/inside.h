@@ -4,6 +4,8 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 #include "session/held_lock.h"
@@ -11,6 +13,19 @@
 #include "util/fault_guard.h"
 
 namespace tk::session {
+
+/// The places of faults that a member survived with a lock held: they are told of once it is left.
+class LateReports {
+public:
+    void Add(const char* place) noexcept {
+        if (count_ < std::size(places_)) places_[count_++] = place;
+    }
+    void Tell(CTDataServer& server);
+
+private:
+    const char* places_[2] = {};
+    std::size_t count_ = 0;
+};
 
 struct Inside {
     /// Runs a member of the server or of a client. Whatever ends the work early becomes the message that names the
@@ -55,9 +70,13 @@ struct Inside {
 
     static Counters& CountersOf(CTDataServer& server) { return server.counters_; }
     static CCriticalSection& LockOf(CTDataServer& server) { return server.lock_; }
+    static void EmptyFreeLists(CTDataServer& server);
 
-    /// A client that lives carries a mark; other memory does not.
+    /// Clients and servers that live carry a mark; other memory does not.
     static void Mark(CTDataClient& client);
+    static void Mark(CTDataServer& server);
+    static void Unmark(CTDataClient& client);
+    static void Unmark(CTDataServer& server);
     static bool IsClient(const void* owner);
 
     // ---- what the two kinds of sessions have apart -------------------------------------------------------------
@@ -71,8 +90,7 @@ struct Inside {
         static FreeList& Free(CTDataServer& server) { return server.freeDatabases_; }
         static LeaseMap& Leases(CTDataServer& server) { return server.databaseLeases_; }
         static KindCounters& CountersOf(CTDataServer& server) { return server.counters_.databases; }
-        static Object* First(CTDataServer& server) { return server.databases_.get(); }
-        static Object* Force(CTDataServer& server, void* owner) { return server.ForceDatabase(owner); }
+        static SessionArray<Object>& All(CTDataServer& server) { return server.databases_; }
         static void TakeBack(CTDataClient& client) { client.EndTrans(); }
     };
 
@@ -85,15 +103,11 @@ struct Inside {
         static FreeList& Free(CTDataServer& server) { return server.freeRecordsets_; }
         static LeaseMap& Leases(CTDataServer& server) { return server.recordsetLeases_; }
         static KindCounters& CountersOf(CTDataServer& server) { return server.counters_.recordsets; }
-        static Object* First(CTDataServer& server) { return server.recordsets_.get(); }
-        static Object* Force(CTDataServer& server, void* owner) { return server.ForceRecordset(owner); }
+        static SessionArray<Object>& All(CTDataServer& server) { return server.recordsets_; }
         static void TakeBack(CTDataClient& client) { client.CloseSQL(); }
     };
 
     static int IsEnabled(CTDataServer& server) { return server.IsEnabled(); }
-    static int Register(CTDataServer& server, CTDataDriver* session, void* owner, DWORD kind) {
-        return server.RegisterRole(session, owner, kind);
-    }
 
     // ---- a client's loans -------------------------------------------------------------------------------------
 
@@ -133,8 +147,9 @@ struct Inside {
 };
 
 /// Counts under the server's lock.
-inline void Count(std::atomic<std::uint64_t>& counter) noexcept {
-    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+template <typename Number>
+void Count(std::atomic<Number>& counter, Number more = 1) noexcept {
+    counter.store(counter.load(std::memory_order_relaxed) + more, std::memory_order_relaxed);
 }
 
 }  // namespace tk::session

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <mutex>
 #include <utility>
 
 #include "tkkernel/session_parts.h"
@@ -12,11 +11,6 @@ constexpr std::size_t kBlock = 10;
 }  // namespace
 
 void LeaseMap::Reserve(std::size_t count) {
-    const std::lock_guard shut(latch_);
-    Grow(count);
-}
-
-void LeaseMap::Grow(std::size_t count) {
     if (count <= allocated_) return;
     const std::size_t more = std::max(kBlock, count - allocated_);
     blocks_.push_back(std::make_unique<Entry[]>(more));
@@ -34,37 +28,35 @@ const LeaseMap::Entry* LeaseMap::Find(CTDataDriver* session) const noexcept {
     return entry;
 }
 
-void LeaseMap::Set(CTDataDriver* session, const Lease& lease) {
-    const std::lock_guard shut(latch_);
+bool LeaseMap::Set(CTDataDriver* session, const Lease& lease) {
     Entry*& chain = buckets_[BucketOf(session)];
     for (Entry* entry = chain; entry != nullptr; entry = entry->next) {
         if (entry->session == session) {
             entry->lease = lease;
-            return;
+            return true;
         }
     }
-    if (unused_ == nullptr) Grow(allocated_ + kBlock);
+    if (unused_ == nullptr) Reserve(allocated_ + kBlock);
     Entry* const entry = std::exchange(unused_, unused_->next);
     *entry = {session, lease, chain};
     chain = entry;
     ++count_;
+    return false;
 }
 
-int LeaseMap::Remove(CTDataDriver* session) {
-    const std::lock_guard shut(latch_);
+bool LeaseMap::Remove(CTDataDriver* session) noexcept {
     for (Entry** link = &buckets_[BucketOf(session)]; *link != nullptr; link = &(*link)->next) {
         Entry* const entry = *link;
         if (entry->session != session) continue;
         *link = entry->next;
         entry->next = std::exchange(unused_, entry);
         --count_;
-        return 1;
+        return true;
     }
-    return 0;
+    return false;
 }
 
-void LeaseMap::RemoveAll() {
-    const std::lock_guard shut(latch_);
+void LeaseMap::RemoveAll() noexcept {
     for (Entry*& chain : buckets_) {
         while (chain != nullptr) {
             Entry* const entry = std::exchange(chain, chain->next);

@@ -19,20 +19,26 @@ void Keep(char (&buffer)[Size], const char* text) {
     std::fill(std::copy(kept.begin(), kept.end(), buffer), buffer + Size, '\0');
 }
 
-/// Destroying a session may fault: the rest of its array is lost then, and nobody refers to it any more.
+/// Ends the sessions of an array, each whatever happens to the others. @return whether all of them ended well
 template <typename Object>
-bool Destroy(std::unique_ptr<Object[]>& objects) {
-    Object* const first = objects.release();
-    return tk::util::RunGuarded([&] { delete[] first; });
+bool Destroy(SessionArray<Object>& sessions) {
+    bool isWhole = true;
+    while (Object* const last = sessions.TakeLast())
+        isWhole &= tk::util::RunGuarded([&] { std::destroy_at(last); });
+    sessions.Free();
+    return isWhole;
 }
 
 }  // namespace
 
-CTDataServer::CTDataServer() = default;
+CTDataServer::CTDataServer() {
+    Inside::Mark(*this);
+}
 
 CTDataServer::~CTDataServer() {
     CloseDatabase();
-    // What is left: sessions that faulted when they were closed, and former ones of a pool whose last opening failed.
+    Inside::Unmark(*this);
+    // What is left: former sessions of a pool whose last opening failed.
     for (Sessions& sessions : former_) {
         Destroy(sessions.databases);
         Destroy(sessions.recordsets);
@@ -41,13 +47,23 @@ CTDataServer::~CTDataServer() {
     Destroy(recordsets_);
 }
 
+/// Nothing is free any more. For who holds the lock.
+void Inside::EmptyFreeLists(CTDataServer& server) {
+    server.freeDatabases_.RemoveAll();
+    server.freeRecordsets_.RemoveAll();
+    server.counters_.databases.twice = 0;
+    server.counters_.recordsets.twice = 0;
+}
+
 int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, const char* szPassword, short nCount) {
     tk::util::OfferFaultsFirst();
     bool isOpening = false;
+    HeldLock held(lock_);
     const auto giveUp = [&] {
         if (!isOpening) return;  // the sessions are those of the pool as it was
-        freeDatabases_.RemoveAll();
-        freeRecordsets_.RemoveAll();
+        held.Enter();
+        Inside::EmptyFreeLists(*this);
+        held.Leave();
         ++opening_;
         Destroy(databases_);
         Destroy(recordsets_);
@@ -59,24 +75,29 @@ int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, con
         // Contract: kept when the opening fails, so that lending says "fully occupied" and not "not open".
         count_ = std::max(nCount, kFewestSessions);
         const auto count = static_cast<std::size_t>(count_.load());
-        if (databases_ != nullptr) {
+        if (databases_.First() != nullptr) {
             former_.reserve(former_.size() + 1);  // nothing fails while they move
             former_.push_back({std::move(databases_), std::move(recordsets_)});
         }
         isOpening = true;
         std::atomic_signal_fence(std::memory_order_seq_cst);  // written before anything can fault
-        databases_ = std::make_unique<CTDatabase[]>(count);
-        recordsets_ = std::make_unique<CTRecordset[]>(count);
-        freeDatabases_.RemoveAll();
-        freeRecordsets_.RemoveAll();
+        databases_.Allocate(count);
+        recordsets_.Allocate(count);
+        for (std::size_t i = 0; i < count; ++i) {
+            databases_.Add();
+            recordsets_.Add();
+        }
+        held.Enter();
+        Inside::EmptyFreeLists(*this);
         // A session that was taken back by force is on its list twice for a while.
         freeDatabases_.Reserve(count + 1);
         freeRecordsets_.Reserve(count + 1);
         databaseLeases_.Reserve(count);
         recordsetLeases_.Reserve(count);
+        held.Leave();
         for (std::size_t i = 0; i < count; ++i) {
-            CTDatabase& database = databases_[i];
-            CTRecordset& recordset = recordsets_[i];
+            CTDatabase& database = databases_.First()[i];
+            CTRecordset& recordset = recordsets_.First()[i];
             if (!database.Open(connection_, user_, password_) || !recordset.OpenDatabase(&database)) {
                 const CString text = database.GetLastErrorString() + recordset.GetLastErrorString();
                 Inside::SetError(*this, text);
@@ -84,42 +105,46 @@ int CTDataServer::OpenDatabase(const char* szConnection, const char* szUser, con
                 giveUp();
                 return 0;
             }
+            held.Enter();
             freeDatabases_.Append(&database);
             freeRecordsets_.Append(&recordset);
+            held.Leave();
         }
         return 1;
     };
     // A fault leaves what a failure leaves.
-    return Inside::RunOr(*this, "OpenDatabase", 0, open, giveUp);
+    return Inside::RunOr(*this, held, "OpenDatabase", 0, open, giveUp);
 }
 
 int CTDataServer::CloseDatabase() {
-    return Inside::Run(*this, "CloseDatabase", 0, [&] {
-        if (databases_ == nullptr && recordsets_ == nullptr) return 1;
+    HeldLock held(lock_);
+    return Inside::Run(*this, held, "CloseDatabase", 0, [&] {
+        if (databases_.First() == nullptr && recordsets_.First() == nullptr) return 1;
         former_.reserve(former_.size() + 1);  // nothing fails once the sessions are closed
-        for (short i = 0; i < count_; ++i) {
-            if (databases_ != nullptr) databases_[i].Close();
-            if (recordsets_ != nullptr) recordsets_[i].CloseDatabase();
+        bool isWhole = true;
+        for (std::size_t i = 0; i < databases_.GetCount(); ++i) {
+            isWhole &= tk::util::RunGuarded([&] { databases_.First()[i].Close(); });
+            isWhole &= tk::util::RunGuarded([&] { recordsets_.First()[i].CloseDatabase(); });
         }
+        held.Enter();
         ++opening_;
         former_.push_back({std::move(databases_), std::move(recordsets_)});
-        freeDatabases_.RemoveAll();
-        freeRecordsets_.RemoveAll();
+        Inside::EmptyFreeLists(*this);
         recordsetLeases_.RemoveAll();
         databaseLeases_.RemoveAll();
         Keep(connection_, "");
         Keep(user_, "");
         Keep(password_, "");
         count_ = 0;
+        held.Leave();
         // Last, when nothing refers to them any more, whatever happens.
-        bool destroyed = true;
         for (Sessions& sessions : former_) {
-            destroyed &= Destroy(sessions.databases);
-            destroyed &= Destroy(sessions.recordsets);
+            isWhole &= Destroy(sessions.databases);
+            isWhole &= Destroy(sessions.recordsets);
         }
         former_.clear();
-        if (!destroyed) Inside::Report(*this, "CloseDatabase");
-        return destroyed ? 1 : 0;
+        if (!isWhole) Inside::Report(*this, "CloseDatabase");
+        return isWhole ? 1 : 0;
     });
 }
 
@@ -167,7 +192,7 @@ CString Ask(CTDataServer& server, const char* place, const Question& question) {
 
 CTDatabase* CTDataServer::GetDatabase() {
     CTDataDriver* const head = freeDatabases_.GetHead();
-    return head != nullptr ? static_cast<CTDatabase*>(head) : databases_.get();
+    return head != nullptr ? static_cast<CTDatabase*>(head) : databases_.First();
 }
 
 CString CTDataServer::GetDbmsName() {

@@ -15,48 +15,96 @@ DWORD AgeOf(DWORD tick, DWORD now) noexcept {
     return now - tick - (now < tick ? 1 : 0);
 }
 
-/// A session from the free list, leased; null when there is none, or when it could not be leased: it stays free then.
+/// Where leases are recorded, in messages.
+constexpr char kRegister[] = "RegisterRole";
+
+/// Takes the session that is next from the free list and records its lease; where that faults, it stays free.
 template <typename Kind>
 typename Kind::Object* TakeFree(CTDataServer& server, void* owner) {
     FreeList& free = Kind::Free(server);
-    CTDataDriver* const session = free.TakeHead();
-    if (session == nullptr) return nullptr;
+    CTDataDriver* const session = free.GetHead();
+    const bool wasLent = Kind::Leases(server).Set(session, {GetTickCount(), owner, Kind::kCode});
+    free.TakeHead();
     KindCounters& counters = Kind::CountersOf(server);
-    if (Kind::Leases(server).Find(session) != nullptr) Count(counters.shared);
-    if (!Inside::Register(server, session, owner, Kind::kCode)) {
-        free.PutBack(session);
-        return nullptr;
-    }
     Count(counters.loans);
+    if (wasLent) {
+        Count(counters.shared);
+        Count(counters.twice, std::int64_t{-1});
+    }
     return static_cast<typename Kind::Object*>(session);
+}
+
+/// Gives a lease that is old enough to a new owner. What faults on the way is told of later.
+template <typename Kind>
+typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, LateReports& late) {
+    CTDataDriver* taken = nullptr;
+    const char* place = Kind::kForce;
+    const auto work = [&] {
+        const DWORD now = GetTickCount();
+        LeaseMap& leases = Kind::Leases(server);
+        // Contract: the first lease in the map's order that is old enough, not the oldest.
+        const auto* const found =
+            leases.FindFirst([&](const LeaseMap::Entry& entry) { return AgeOf(entry.lease.tick, now) >= kLeaseMs; });
+        if (found == nullptr || found->session == nullptr) return;
+        CTDataDriver* const session = found->session;
+        void* const owner = found->lease.owner;
+        if (Inside::IsClient(owner)) Kind::TakeBack(*static_cast<CTDataClient*>(owner));
+        taken = session;
+        place = kRegister;
+        std::atomic_signal_fence(std::memory_order_seq_cst);  // written before anything can fault
+        KindCounters& counters = Kind::CountersOf(server);
+        Count(counters.takeovers);
+        // Contract: the client has put the session on the free list, and now it is leased as well.
+        if (!leases.Set(session, {GetTickCount(), newOwner, Kind::kCode})) {
+            Count(counters.doubled);
+            Count(counters.twice);
+        }
+    };
+    if (!tk::util::RunGuarded(work)) late.Add(place);
+    return static_cast<typename Kind::Object*>(taken);
 }
 
 template <typename Kind>
 typename Kind::Object* Lend(CTDataServer& server, void* owner) {
     using Object = typename Kind::Object;
+    Object* lent = nullptr;
+    const char* place = Kind::kInvoke;
     HeldLock held(Inside::LockOf(server));
-    return Inside::Run(server, held, Kind::kInvoke, static_cast<Object*>(nullptr), [&]() -> Object* {
+    const auto work = [&] {
         if (!Inside::IsEnabled(server)) {
             Inside::CountersOf(server).refusedClosed.fetch_add(1, std::memory_order_relaxed);
-            return nullptr;
+            return;
         }
         held.Enter();
-        if (Kind::Free(server).GetCount() != 0) return TakeFree<Kind>(server, owner);
-        Object* const taken = Kind::Force(server, owner);
+        if (Kind::Free(server).GetCount() != 0) {
+            place = kRegister;
+            std::atomic_signal_fence(std::memory_order_seq_cst);  // written before anything can fault
+            lent = TakeFree<Kind>(server, owner);
+            return;
+        }
+        LateReports late;
+        Object* const taken = TakeOver<Kind>(server, owner, late);
         if (taken == nullptr) Count(Kind::CountersOf(server).refusals);
         held.Leave();
-        if (IsValidAddress(taken, sizeof(Object))) return taken;
+        late.Tell(server);
+        if (IsValidAddress(taken, sizeof(Object))) {
+            lent = taken;
+            return;
+        }
         Inside::SetError(server, kFullyOccupied);
         AddWarnLog(kLendingFailed, kFullyOccupied, 0, nullptr);
-        return nullptr;
-    });
+    };
+    if (tk::util::RunGuarded(work)) return lent;
+    held.Leave();
+    Inside::Report(server, place);
+    return nullptr;
 }
 
 /// Whether what has a lease can be a session: those of the pool need no look at the memory.
 template <typename Kind>
 bool IsSession(CTDataServer& server, typename Kind::Object* session) {
-    const auto* const first = Kind::First(server);
-    if (first != nullptr && session >= first && session < first + server.GetSectionCount()) return true;
+    const auto& all = Kind::All(server);
+    if (session >= all.First() && session < all.First() + all.GetCount()) return true;
     return IsValidAddress(session, sizeof(*session)) != 0;
 }
 
@@ -80,24 +128,16 @@ int TakeIn(CTDataServer& server, typename Kind::Object* session) {
 }
 
 template <typename Kind>
-typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner) {
+typename Kind::Object* Force(CTDataServer& server, void* newOwner) {
     using Object = typename Kind::Object;
-    return Inside::Run(server, Kind::kForce, static_cast<Object*>(nullptr), [&]() -> Object* {
-        const DWORD now = GetTickCount();
-        LeaseMap& leases = Kind::Leases(server);
-        // Contract: the first lease in the map's order that is old enough, not the oldest.
-        const auto* const found =
-            leases.FindFirst([&](const LeaseMap::Entry& entry) { return AgeOf(entry.lease.tick, now) >= kLeaseMs; });
-        if (found == nullptr || found->session == nullptr) return nullptr;
-        CTDataDriver* const session = found->session;
-        void* const owner = found->lease.owner;
-        if (Inside::IsClient(owner)) Kind::TakeBack(*static_cast<CTDataClient*>(owner));
-        // Contract: the client has put the session on the free list, and now it is leased as well.
-        KindCounters& counters = Kind::CountersOf(server);
-        Count(counters.takeovers);
-        if (leases.Find(session) == nullptr) Count(counters.doubled);
-        Inside::Register(server, session, newOwner, Kind::kCode);
-        return static_cast<Object*>(session);
+    HeldLock held(Inside::LockOf(server));
+    return Inside::Run(server, held, Kind::kForce, static_cast<Object*>(nullptr), [&] {
+        LateReports late;
+        held.Enter();
+        Object* const taken = TakeOver<Kind>(server, newOwner, late);
+        held.Leave();
+        late.Tell(server);
+        return taken;
     });
 }
 
@@ -120,18 +160,19 @@ int CTDataServer::RevokeRecordset(CTRecordset* pRecordset) {
 }
 
 CTDatabase* CTDataServer::ForceDatabase(void* pNewOwner) {
-    return TakeOver<Inside::Databases>(*this, pNewOwner);
+    return Force<Inside::Databases>(*this, pNewOwner);
 }
 
 CTRecordset* CTDataServer::ForceRecordset(void* pNewOwner) {
-    return TakeOver<Inside::Recordsets>(*this, pNewOwner);
+    return Force<Inside::Recordsets>(*this, pNewOwner);
 }
 
 int CTDataServer::RegisterRole(CTDataDriver* pObject, void* pOwner, unsigned long nKind) {
-    return Inside::Run(*this, "RegisterRole", 0, [&] {
+    HeldLock held(lock_);
+    return Inside::Run(*this, held, kRegister, 0, [&] {
         const Lease lease = {GetTickCount(), pOwner, static_cast<DWORD>(nKind)};
-        LeaseMap& leases = nKind != 0 ? recordsetLeases_ : databaseLeases_;
-        leases.Set(pObject, lease);
+        held.Enter();
+        (nKind != 0 ? recordsetLeases_ : databaseLeases_).Set(pObject, lease);
         return 1;
     });
 }

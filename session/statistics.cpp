@@ -1,7 +1,7 @@
 #include "tkkernel/session_statistics.h"
 
 #include <algorithm>
-#include <cinttypes>
+#include <string>
 
 #include "session/held_lock.h"
 #include "session/inside.h"
@@ -34,6 +34,7 @@ struct NamedGauge {
 constexpr NamedGauge kGauges[] = {
     {"free", "Places on the free list", &KindStatistics::free},
     {"leased", "Leases held now", &KindStatistics::leased},
+    {"twice", "Places and leases beyond one for each session", &KindStatistics::twice},
 };
 
 struct NamedKind {
@@ -52,6 +53,7 @@ KindStatistics Read(CTDataServer& server, DWORD now) {
     KindStatistics read{};
     read.free = static_cast<std::int64_t>(Kind::Free(server).GetCount());
     read.leased = static_cast<std::int64_t>(Kind::Leases(server).GetCount());
+    read.twice = counters.twice;
     read.loans = counters.loans;
     read.returns = counters.returns;
     read.takeovers = counters.takeovers;
@@ -91,10 +93,11 @@ public:
     }
 
     /// @param more  further labels, each begun with a comma
-    void Add(const char* name, const char* more, std::uint64_t value) {
+    template <typename Number>
+    void Add(const char* name, const char* more, Number value) {
         CString line;
-        line.Format("tkkernel_pool_%s{pool=\"%s\"%s} %" PRIu64 "\n", name, static_cast<LPCTSTR>(pool_), more, value);
-        text_ += line;
+        line.Format("tkkernel_pool_%s{pool=\"%s\"%s} ", name, static_cast<LPCTSTR>(pool_), more);
+        text_ += line + std::to_string(value).c_str() + "\n";
     }
 
     CString Text() const { return text_; }
@@ -130,19 +133,18 @@ ServerStatistics ReadStatistics(CTDataServer& server) {
     read.recordsets = Read<Inside::Recordsets>(server, now);
     read.refusedClosed = Inside::CountersOf(server).refusedClosed;
     read.faults = Inside::CountersOf(server).faults;
+    read.clientFaults = Inside::CountersOf(server).clientFaults;
     return read;
 }
 
 CString ToPrometheusText(const ServerStatistics& statistics, const char* szPool) {
     Exposition exposition(szPool);
     exposition.Describe("sessions", "gauge", "Sessions of the pool");
-    exposition.Add("sessions", "", static_cast<std::uint64_t>(statistics.sessions));
+    exposition.Add("sessions", "", statistics.sessions);
     for (const auto& gauge : kGauges) {
         exposition.Describe(gauge.name, "gauge", gauge.help);
-        for (const auto& kind : kKinds) {
-            exposition.Add(gauge.name, KindLabel(kind),
-                           static_cast<std::uint64_t>((statistics.*(kind.value)).*(gauge.value)));
-        }
+        for (const auto& kind : kKinds)
+            exposition.Add(gauge.name, KindLabel(kind), (statistics.*(kind.value)).*(gauge.value));
     }
     for (const auto& counter : kCounters) {
         const CString name = CString(counter.name) + "_total";
@@ -154,6 +156,8 @@ CString ToPrometheusText(const ServerStatistics& statistics, const char* szPool)
     exposition.Add("refused_closed_total", "", statistics.refusedClosed);
     exposition.Describe("faults_total", "counter", "Faults caught in members of the server");
     exposition.Add("faults_total", "", statistics.faults);
+    exposition.Describe("client_faults_total", "counter", "Faults caught in members of clients");
+    exposition.Add("client_faults_total", "", statistics.clientFaults);
     exposition.Describe("leases_by_age", "gauge", "Leases held now for at most so many seconds");
     for (const auto& kind : kKinds)
         AddAges(exposition, kind, statistics.*(kind.value));

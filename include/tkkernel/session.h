@@ -19,7 +19,8 @@
 // Ownership: what is lent stays the server's. A server outlives its clients; clients outlive their leases.
 // Threads: lend and return from any thread; OpenDatabase and CloseDatabase run alone. A client belongs to one thread,
 // while the server may end its leases from another.
-// Locks: the server's lock first, then that of one list or lease map; never two of those.
+// Locks: the server's lock is the only one that others are entered inside; the client's EndTrans and CloseSQL are
+// called with it held when a lease is taken over.
 // Text: GBK; a null text counts as an empty one.
 #pragma once
 
@@ -56,8 +57,7 @@ public:
     int OpenDatabase(const char* szConnection, const char* szUser, const char* szPassword, short nCount);
 
     /// Closes every session, lent ones as well: what clients hold is gone, and they say so when they are used next.
-    /// @return 1; 0 when closing a session ended in a fault: the pool stays open, with the sessions before that one
-    ///         closed, and may be closed again; 0 as well when destroying one did, and then the pool is closed
+    /// @return 1; 0 when the end of a session was a fault, which is reported once: all of them are closed all the same
     int CloseDatabase();
 
     /// Lends a connection; when none is free, one that somebody has held for 180,000 ms or more. That client's EndTrans
@@ -93,8 +93,9 @@ public:
     CString GetLastErrorString();  ///< Why the last failing member failed, whichever thread it was on.
 
 protected:
-    /// Gives the first connection whose lease is old enough to the new owner. Called with the server's lock held.
-    /// @return null when there is none
+    // These enter the server's lock themselves.
+
+    /// Gives the first connection whose lease is old enough to the new owner. @return null when there is none
     CTDatabase* ForceDatabase(void* pNewOwner);
     CTRecordset* ForceRecordset(void* pNewOwner);  ///< The same for a recordset.
 
@@ -116,19 +117,20 @@ private:
     char user_[128] = {};
     char password_[128] = {};
     std::atomic<short> count_ = 0;
-    std::unique_ptr<CTDatabase[]> databases_;
-    std::unique_ptr<CTRecordset[]> recordsets_;
+    tk::session::SessionArray<CTDatabase> databases_;
+    tk::session::SessionArray<CTRecordset> recordsets_;
     tk::session::LeaseMap databaseLeases_;
     tk::session::LeaseMap recordsetLeases_;
 
     struct Sessions {
-        std::unique_ptr<CTDatabase[]> databases;
-        std::unique_ptr<CTRecordset[]> recordsets;
+        tk::session::SessionArray<CTDatabase> databases;
+        tk::session::SessionArray<CTRecordset> recordsets;
     };
     std::vector<Sessions> former_;       // of a pool that was opened again
     std::atomic<unsigned> opening_ = 0;  // counts the ends of sessions, so that a client knows a loan that is over
     CCriticalSection lastErrorLock_;     // of lastError_ alone; nothing else is entered inside
     tk::session::Counters counters_;
+    std::atomic<unsigned> mark_ = 0;  // tells a server from other memory
 };
 
 /// The borrower's side: one thread's hold on a server, its connection and its recordset.

@@ -5,9 +5,8 @@
 //   Answer(tk::session::ToPrometheusText(statistics, "stock"));
 //
 // Counters start at the server's construction and only grow; opening and closing leave them alone.
-// For each kind, in a pool that was opened once: free + leased = sessions + doubled - shared. The sum is off after a
-// failed open (sessions are counted that are not there), by former sessions that come back after a second opening, and
-// by what was doubled or shared before the pool was closed.
+// For each kind: free + leased = sessions + twice. The sum is off after a failed open (sessions are counted that are
+// not there) and by former sessions that come back after a second opening.
 //
 // Threads: any. Reading enters the server's lock once; counting costs a store under a lock that is held anyway.
 #pragma once
@@ -26,6 +25,7 @@ inline constexpr std::size_t kAgeLimits = sizeof(kAgeLimitsMs) / sizeof(kAgeLimi
 struct KindStatistics {
     std::int64_t free;                   ///< places of the free list
     std::int64_t leased;                 ///< leases of now
+    std::int64_t twice;                  ///< places and leases beyond one for each session: doubled less shared
     std::uint64_t loans;                 ///< from the free list
     std::uint64_t returns;               ///< by their borrowers, at their own will or not
     std::uint64_t takeovers;             ///< leases that went from one owner to the next by force
@@ -41,6 +41,7 @@ struct ServerStatistics {
     KindStatistics recordsets;
     std::uint64_t refusedClosed;  ///< asked for while the pool was not open
     std::uint64_t faults;         ///< caught in members of the server
+    std::uint64_t clientFaults;   ///< caught in members of its clients
 };
 
 TKKERNEL_API ServerStatistics ReadStatistics(CTDataServer& server);

@@ -11,6 +11,7 @@
 #include <set>
 #include <thread>
 
+#include "session/steady_object.h"
 #include "support/registered_class.h"
 #include "tkkernel/session.h"
 #include "tkkernel/session_statistics.h"
@@ -18,39 +19,6 @@
 
 namespace tk::test {
 namespace {
-
-/// An object for every call, from any thread.
-class SteadyObject final : public IDispatch {
-public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        *object = nullptr;
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) return E_NOINTERFACE;
-        *object = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const int left = --references_;
-        if (left == 0) delete this;
-        return static_cast<ULONG>(left);
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
-                                     UINT*) override {
-        constexpr DISPID kProperties = 500;
-        if (id == kProperties && result != nullptr) {
-            V_VT(result) = VT_DISPATCH;
-            V_DISPATCH(result) = nullptr;
-        }
-        return S_OK;
-    }
-
-private:
-    std::atomic<int> references_ = 1;
-};
 
 int Operations() {
     constexpr int kUsual = 4'000;
@@ -61,6 +29,12 @@ int Operations() {
 constexpr int kThreads = 16;
 constexpr int kSessions = 12;
 constexpr int kCheckpoints = 4;
+
+class DerivedServer : public CTDataServer {
+public:
+    using CTDataServer::ForceDatabase;
+    using CTDataServer::RegisterRole;
+};
 
 class PoolThreads : public ::testing::Test {
 protected:
@@ -90,8 +64,8 @@ protected:
     void ExpectNothingLost() {
         const auto statistics = tk::session::ReadStatistics(server_);
         for (const auto& kind : {statistics.databases, statistics.recordsets}) {
-            EXPECT_EQ(kind.free + kind.leased,
-                      kSessions + static_cast<int>(kind.doubled) - static_cast<int>(kind.shared));
+            EXPECT_EQ(kind.free + kind.leased, kSessions + kind.twice);
+            EXPECT_EQ(kind.twice, static_cast<std::int64_t>(kind.doubled) - static_cast<std::int64_t>(kind.shared));
             EXPECT_LE(kind.leased, kSessions);
         }
         EXPECT_EQ(statistics.faults, 0u);
@@ -113,7 +87,7 @@ protected:
     RegisteredClass recordsets_{kRecordsetClass};
     std::atomic<DWORD> tick_ = 0xFFFF'0000;  // wraps on the way
     PlatformCalls calls_;
-    CTDataServer server_;
+    DerivedServer server_;
 };
 
 TEST_F(PoolThreads, LendAndReturnWithoutLoss) {
@@ -218,6 +192,26 @@ TEST_F(PoolThreads, AskForNumbersAndReasonsMeanwhile) {
     done = true;
     reader.join();
     ExpectNothingLost();
+}
+
+TEST_F(PoolThreads, DerivedServersForceAndRegisterMeanwhile) {
+    CTDatabase* const renewed = server_.InvokeDatabase(nullptr);
+    OnAllThreads([&](int thread) {
+        for (int i = 0; i < Operations() / 8; ++i) {
+            if (thread % 4 == 0) {
+                server_.RegisterRole(renewed, nullptr, 0);
+            } else if (thread % 4 == 1) {
+                tick_ += 10'000;
+                server_.ForceDatabase(nullptr);
+            } else if (CTDatabase* const database = server_.InvokeDatabase(nullptr)) {
+                server_.RevokeDatabase(database);
+            }
+        }
+    });
+    server_.RegisterRole(renewed, nullptr, 0);
+    server_.RevokeDatabase(renewed);
+    ExpectNothingLost();
+    ExpectAllFree(&CTDataServer::InvokeDatabase);
 }
 
 TEST_F(PoolThreads, AFaultOnOneThreadLeavesTheLockToTheOthers) {

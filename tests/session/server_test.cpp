@@ -393,6 +393,7 @@ TEST_F(DataServer, CallsTheClientWhoseConnectionItTakes) {
     const auto statistics = tk::session::ReadStatistics(server);
     EXPECT_EQ(statistics.databases.doubled, 1u);
     EXPECT_EQ(statistics.databases.shared, 1u);
+    EXPECT_EQ(statistics.databases.twice, 0);
     EXPECT_EQ(statistics.databases.free + statistics.databases.leased, 4);
     EXPECT_EQ(server.RevokeDatabase(taken), 1);
     EXPECT_EQ(Configuration(server), "4 1 4");
@@ -623,6 +624,34 @@ TEST_F(DataServer, ClientsOfAClosedPoolSayThatTheyHoldNothing) {
     EXPECT_EQ(client.EndTrans(), 1);
     EXPECT_EQ(client.Revoke(), 1);
     EXPECT_EQ(Configuration(server), "4 0 4") << "somebody else's lease is left alone";
+}
+
+TEST_F(DataServer, ClosingForgetsWhatWasLentTwice) {
+    Server server;
+    Open(server, 4);
+    CTDataClient client;
+    client.Invoke(&server);
+    client.BeginTrans();
+    BorrowAll(server, nullptr);
+    tick_ += 180'000;
+    // The three without a client may come first.
+    for (int i = 0; i < 4 && tk::session::ReadStatistics(server).databases.doubled == 0; ++i)
+        server.InvokeDatabase(nullptr);
+    auto databases = tk::session::ReadStatistics(server).databases;
+    EXPECT_EQ(databases.doubled, 1u);
+    EXPECT_EQ(databases.twice, 1);
+    EXPECT_EQ(databases.free + databases.leased, 4 + databases.twice);
+    client.Revoke();
+    server.CloseDatabase();
+    databases = tk::session::ReadStatistics(server).databases;
+    EXPECT_EQ(databases.doubled, 1u) << "a counter only grows";
+    EXPECT_EQ(databases.twice, 0);
+    Open(server, 5);
+    databases = tk::session::ReadStatistics(server).databases;
+    EXPECT_EQ(databases.free + databases.leased, 5 + databases.twice);
+    const std::string text(tk::session::ToPrometheusText(tk::session::ReadStatistics(server), "p"));
+    EXPECT_NE(text.find("tkkernel_pool_twice{pool=\"p\",kind=\"connection\"} 0\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("# TYPE tkkernel_pool_twice gauge\n"), std::string::npos) << text;
 }
 
 // ---- statistics --------------------------------------------------------------------------------------------------

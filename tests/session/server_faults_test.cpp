@@ -1,0 +1,342 @@
+// The server: what a fault in any of its members becomes, and what it leaves.
+#include <functional>
+#include <thread>
+
+#include "session/pool_faults.h"
+#include "session/pool_fixture.h"
+
+namespace tk::test {
+namespace {
+
+class OpenedServer : public CTDataServer {
+public:
+    using CTDataServer::ForceDatabase;
+    using CTDataServer::ForceRecordset;
+    using CTDataServer::RegisterRole;
+};
+
+class ServerFaults : public PoolTest {
+protected:
+    /// How often the automation objects are called from here on, until the next look.
+    void CountCalls() {
+        callCount_ = 0;
+        connection_->BeforeEachCall([this] { ++callCount_; });
+        records_->BeforeEachCall([this] { ++callCount_; });
+    }
+    int TakeCount() {
+        connection_->BeforeEachCall({});
+        records_->BeforeEachCall({});
+        return callCount_;
+    }
+
+    int callCount_ = 0;
+};
+
+/// Another thread gets into the server within a time.
+bool LetsAnotherThreadIn(CTDataServer& server) {
+    std::atomic<bool> isIn = false;
+    std::thread other([&] {
+        Configuration(server);
+        isIn = true;
+    });
+    constexpr ULONGLONG kLimitMs = 10'000;
+    const ULONGLONG end = GetTickCount64() + kLimitMs;
+    while (!isIn && GetTickCount64() < end)
+        std::this_thread::yield();
+    const bool wasIn = isIn;
+    if (wasIn) {
+        other.join();
+    } else {
+        other.detach();
+    }
+    return wasIn;
+}
+
+TEST_F(ServerFaults, OfTheClockKeepTheSession) {
+    for (const auto& fault : kFaults) {
+        SCOPED_TRACE(fault.label);
+        OpenedServer server;
+        Open(server, 4);
+        const auto breakClock = [&] { clockFault_ = fault.happen; };
+        breakClock();
+        EXPECT_EQ(server.RegisterRole(nullptr, nullptr, 1), 0);
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("RegisterRole"))));
+        CTDatabase* const next = server.GetDatabase();
+        breakClock();
+        EXPECT_EQ(server.InvokeDatabase(nullptr), nullptr);
+        EXPECT_EQ(server.GetLastErrorString(), CString(ServerFault("RegisterRole").c_str()));
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("RegisterRole"))));
+        EXPECT_EQ(Configuration(server), "4 4 4");
+        for (int i = 0; i < 4; ++i)
+            EXPECT_EQ(server.InvokeDatabase(nullptr), next + i) << "in the same order";
+        breakClock();
+        EXPECT_EQ(server.ForceDatabase(nullptr), nullptr);
+        breakClock();
+        EXPECT_EQ(server.ForceRecordset(nullptr), nullptr);
+        EXPECT_THAT(TakeLog(),
+                    ElementsAre(ErrorRecord(ServerFault("ForceDatabase")), ErrorRecord(ServerFault("ForceRecordset"))));
+        breakClock();
+        EXPECT_EQ(server.InvokeDatabase(nullptr), nullptr);
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("ForceDatabase")),
+                                           WarningRecord("打开数据库会话失败", kOccupiedText)));
+        EXPECT_EQ(Configuration(server), "4 0 4");
+    }
+}
+
+TEST_F(ServerFaults, OfTheLogAreTheLendersOwn) {
+    for (const auto& fault : kFaults) {
+        SCOPED_TRACE(fault.label);
+        OpenedServer server;
+        Open(server, 4);
+        for (int i = 0; i < 4; ++i) {
+            server.InvokeDatabase(nullptr);
+            server.InvokeRecordset(nullptr);
+        }
+        bool broken = false;
+        calls_.onStep = [&](const std::string& step) {
+            if (step != "open" || std::exchange(broken, true)) return;
+            std::atomic_signal_fence(std::memory_order_seq_cst);
+            fault.happen();
+        };
+        EXPECT_EQ(server.InvokeDatabase(nullptr), nullptr);
+        broken = false;
+        EXPECT_EQ(server.InvokeRecordset(nullptr), nullptr);
+        calls_.onStep = {};
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("InvokeDatabase")),
+                                           ErrorRecord(ServerFault("InvokeRecordset"))));
+        EXPECT_EQ(server.GetLastErrorString(), CString(ServerFault("InvokeRecordset").c_str()));
+        EXPECT_EQ(tk::session::ReadStatistics(server).faults, 2u);
+    }
+}
+
+TEST_F(ServerFaults, OfTheCallersMemoryLeaveTheLock) {
+    static const short kReadOnly = 7;
+    OpenedServer server;
+    Open(server, 4);
+    short sessions = 0;
+    EXPECT_EQ(server.GetConfiguration(sessions, const_cast<short&>(kReadOnly), sessions), 0);
+    EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("GetConfiguration"))));
+    EXPECT_TRUE(LetsAnotherThreadIn(server));
+}
+
+TEST_F(ServerFaults, OfASessionWhileOpening) {
+    const LosesMemory lost;
+    for (const auto& fault : kFaults) {
+        SCOPED_TRACE(fault.label);
+        OpenedServer server;
+        Announce(4);
+        {
+            const OneFault once(*connection_.Get(), *records_.Get(), fault.happen, 3);
+            EXPECT_EQ(server.OpenDatabase("stock", "sa", "", 4), 0);
+        }
+        EXPECT_EQ(server.GetLastErrorString(), CString(ServerFault("OpenDatabase").c_str()));
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("OpenDatabase"))));
+        EXPECT_EQ(server.CloseDatabase(), 1);
+        EXPECT_EQ(Configuration(server), "4 0 0") << "as behind an open that failed";
+        RegisterAgain();
+    }
+}
+
+TEST_F(ServerFaults, OfAnyCallWhileOpeningLeaveWhatAFailedOpenLeaves) {
+    int calls = 0;
+    {
+        OpenedServer whole;
+        CountCalls();
+        Open(whole, 4);
+        calls = TakeCount();
+    }
+    ASSERT_GT(calls, 8);
+    for (int call = 1; call <= calls; ++call) {
+        SCOPED_TRACE(call);
+        RegisterAgain();
+        OpenedServer server;
+        Announce(4);
+        {
+            const OneFault once(
+                *connection_.Get(), *records_.Get(), [] { throw 7; }, call);
+            ASSERT_EQ(server.OpenDatabase("stock", "sa", "", 4), 0);
+        }
+        TakeLog();
+        EXPECT_EQ(Configuration(server), "4 0 0");
+        EXPECT_EQ(server.GetDatabase(), nullptr);
+        EXPECT_EQ(server.InvokeDatabase(nullptr), nullptr);
+        EXPECT_EQ(server.InvokeRecordset(nullptr), nullptr);
+        EXPECT_STREQ(server.GetLastErrorString(), kOccupiedText);
+        EXPECT_EQ(server.RevokeDatabase(nullptr), 1);
+        EXPECT_EQ(Configuration(server), "4 0 0");
+        TakeLog();
+        Open(server, 5);
+        EXPECT_EQ(Configuration(server), "5 5 5") << "and it opens again";
+    }
+}
+
+TEST_F(ServerFaults, OfASessionWhileClosingLeaveTheOthersToBeClosed) {
+    const LosesMemory lost;
+    for (const auto& fault : kFaults) {
+        SCOPED_TRACE(fault.label);
+        OpenedServer server;
+        Open(server, 4);
+        {
+            const OneFault once(*connection_.Get(), *records_.Get(), fault.happen);
+            EXPECT_EQ(server.CloseDatabase(), 0);
+        }
+        EXPECT_EQ(server.GetLastErrorString(), CString(ServerFault("CloseDatabase").c_str()));
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("CloseDatabase"))));
+        EXPECT_EQ(Configuration(server), "0 0 0");
+        EXPECT_EQ(server.GetDatabase(), nullptr);
+        EXPECT_EQ(tk::session::ReadStatistics(server).faults, 1u);
+        EXPECT_EQ(server.CloseDatabase(), 1) << "it is closed";
+        Open(server, 5);
+        EXPECT_EQ(Configuration(server), "5 5 5");
+    }
+}
+
+TEST_F(ServerFaults, OfAnyCallWhileClosingCostOneSessionAtMost) {
+    const LosesMemory lost;
+    int calls = 0;
+    {
+        OpenedServer whole;
+        Open(whole, 4);
+        CountCalls();
+        ASSERT_EQ(whole.CloseDatabase(), 1);
+        calls = TakeCount();
+    }
+    ASSERT_GE(calls, 8) << "each session by the pool, and once more when it ends";
+    for (int call = 1; call <= calls; ++call) {
+        SCOPED_TRACE(call);
+        OpenedServer server;
+        Open(server, 4);
+        {
+            const OneFault once(*connection_.Get(), *records_.Get(), ReadNull, call);
+            EXPECT_EQ(server.CloseDatabase(), 0);
+            EXPECT_TRUE(once.HasHappened());
+        }
+        const Lines sent = journal_.Take();
+        EXPECT_GE(std::count(sent.begin(), sent.end(), "connection.call 5"), 7);
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("CloseDatabase"))));
+        EXPECT_EQ(Configuration(server), "0 0 0");
+    }
+    aliveBefore_ += 4;  // the connection, its properties and the recordset, kept by the sessions that were lost
+}
+
+TEST_F(ServerFaults, OfNestedMembersAreToldOfWithoutTheLock) {
+    OpenedServer server;
+    Open(server, 4);
+    bool letIn = false;
+    calls_.onStep = [&](const std::string& step) {
+        if (step == "open") letIn = LetsAnotherThreadIn(server);
+    };
+    const struct {
+        const char* label;
+        const char* place;
+        std::function<void()> call;
+    } kRows[] = {
+        {"registering", "RegisterRole", [&] { server.RegisterRole(nullptr, nullptr, 0); }},
+        {"forcing a connection", "ForceDatabase", [&] { server.ForceDatabase(nullptr); }},
+        {"forcing a recordset", "ForceRecordset", [&] { server.ForceRecordset(nullptr); }},
+        {"registering a loan", "RegisterRole", [&] { server.InvokeRecordset(nullptr); }},
+        {"forcing for a loan", "ForceDatabase",
+         [&] {
+             for (int i = 0; i < 5; ++i)
+                 server.InvokeDatabase(nullptr);
+         }},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        letIn = false;
+        // The last one has to find nothing free before the clock is looked at.
+        int looks = row.label == std::string("forcing for a loan") ? 5 : 1;
+        calls_.clock = [&] {
+            if (--looks == 0) ReadNull();
+            return tick_;
+        };
+        row.call();
+        EXPECT_TRUE(letIn);
+        const Lines log = TakeLog();
+        ASSERT_FALSE(log.empty());
+        EXPECT_EQ(log[0], ErrorRecord(ServerFault(row.place)));
+    }
+    calls_.onStep = {};
+}
+
+TEST_F(ServerFaults, OfRegisteringATakeoverStillHandOutWhatWasTaken) {
+    OpenedServer server;
+    Open(server, 4);
+    for (int i = 0; i < 4; ++i)
+        server.InvokeDatabase(nullptr);
+    tick_ += 180'000;
+    int looks = 2;  // for the age, and for the new lease
+    calls_.clock = [&] {
+        if (--looks == 0) ReadNull();
+        return tick_;
+    };
+    CTDatabase* const taken = server.InvokeDatabase(nullptr);
+    EXPECT_NE(taken, nullptr);
+    EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("RegisterRole"))));
+    EXPECT_EQ(Configuration(server), "4 0 4");
+    server.RevokeDatabase(taken);
+    EXPECT_EQ(Configuration(server), "4 1 4") << "by its former lease";
+}
+
+TEST_F(ServerFaults, OfAServerThatIsNoneNameTheMember) {
+    const struct {
+        const char* place;
+        std::function<std::string(CTDataServer&)> call;
+        const char* failure;
+        bool needsMemory = false;  // what can be read of a closed server does without the rest
+    } kRows[] = {
+        {"OpenDatabase", [](CTDataServer& s) { return std::to_string(s.OpenDatabase("stock", "", "", 4)); }, "0"},
+        {"CloseDatabase", [](CTDataServer& s) { return std::to_string(s.CloseDatabase()); }, "0", true},
+        {"InvokeDatabase", [](CTDataServer& s) { return s.InvokeDatabase(nullptr) == nullptr ? "null" : ""; }, "null"},
+        {"InvokeRecordset", [](CTDataServer& s) { return s.InvokeRecordset(nullptr) == nullptr ? "null" : ""; },
+         "null"},
+        {"RevokeDatabase", [](CTDataServer& s) { return std::to_string(s.RevokeDatabase(nullptr)); }, "0"},
+        {"RevokeRecordset", [](CTDataServer& s) { return std::to_string(s.RevokeRecordset(nullptr)); }, "0"},
+        {"GetDbmsName", [](CTDataServer& s) { return std::string(s.GetDbmsName()); }, "", true},
+        {"GetSpecialValue", [](CTDataServer& s) { return std::string(s.GetSpecialValue("q", "A")); }, "", true},
+        {"GetRecordValues", [](CTDataServer& s) { return std::string(s.GetRecordValues("q", "|")); }, "", true},
+        {"GetConfiguration",
+         [](CTDataServer& s) {
+             short number = 0;
+             return std::to_string(s.GetConfiguration(number, number, number));
+         },
+         "0"},
+        {"ForceDatabase",
+         [](CTDataServer& s) { return static_cast<OpenedServer&>(s).ForceDatabase(nullptr) == nullptr ? "null" : ""; },
+         "null"},
+        {"ForceRecordset",
+         [](CTDataServer& s) { return static_cast<OpenedServer&>(s).ForceRecordset(nullptr) == nullptr ? "null" : ""; },
+         "null"},
+        {"RegisterRole",
+         [](CTDataServer& s) {
+             return std::to_string(static_cast<OpenedServer&>(s).RegisterRole(nullptr, nullptr, 0));
+         },
+         "0"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.place);
+        EXPECT_EQ(row.call(NowhereServer()), row.failure);
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault(row.place))));
+        if (row.needsMemory) continue;
+        EXPECT_EQ(row.call(ReadOnlyServer()), row.failure);
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault(row.place))));
+    }
+}
+
+TEST_F(ServerFaults, OfEveryCallOfASessionEndInItsDestructor) {
+    const LosesMemory lost;
+    for (const auto& fault : kFaults) {
+        SCOPED_TRACE(fault.label);
+        auto server = std::make_unique<OpenedServer>();
+        Open(*server, 4);
+        const auto happen = fault.happen;
+        connection_->BeforeEachCall([happen] { happen(); });
+        server.reset();
+        connection_->BeforeEachCall({});
+        EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ServerFault("CloseDatabase"))));
+    }
+    aliveBefore_ += 3;  // sessions whose destruction faulted are lost, and what they refer to with them
+}
+
+}  // namespace
+}  // namespace tk::test

@@ -1,4 +1,5 @@
 // Descriptions of columns from a recordset that shows a columns rowset, and the lines of a CREATE TABLE script.
+#include <climits>
 #include <cstring>
 
 #include "catalog/catalog_fixture.h"
@@ -232,7 +233,7 @@ TEST_F(FieldInfo, GoesToTheRowOfANumber) {
 
 TEST_F(FieldInfo, ANumberThatDoesNotExistMovesNothing) {
     Show({{.name = "A"}, {.name = "B"}});
-    for (const long index : {-1L, 2L, 3L, -2147483648L, 2147483647L}) {
+    for (const long index : {-1L, 2L, 3L, long{INT_MIN}, long{INT_MAX}}) {
         SCOPED_TRACE(index);
         journal_.Take();
         EXPECT_EQ(columns_.GetFieldInfo(index, &info_), 0);

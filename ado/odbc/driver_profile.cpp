@@ -131,6 +131,7 @@ constexpr DriverProfile kProfiles[] = {
         .loginTimeoutKeyword = "CONN_TIMEOUT",
         .readOnlyStatement = "SET SESSION TRANSACTION READ ONLY",
         .hasBatches = true,
+        .leavesResults = true,
         .hasManyActiveStatements = true,
         .describesBase = true,
         .hasLocalRows = true,

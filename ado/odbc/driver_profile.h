@@ -79,6 +79,7 @@ struct DriverProfile {
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;           // SQLMoreResults is worth asking
+    bool leavesResults = false;        // closing a handle leaves what follows a result without rows on the connection
     const char* indexQuery = nullptr;  // where SQLStatistics hides conditions and expressions: a SELECT for a table and
                                        // a schema (three times; it may be empty), its columns by indexQueryColumns
     std::span<const std::size_t> indexQueryColumns = {};  // numbered as SQLStatistics does; 20: is the key's

@@ -9,6 +9,7 @@ namespace tk::ado {
 Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
+    if (columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
     if (mayHaveRows) handle->Close();
     binding.reset();
     if (preparedText.empty()) {

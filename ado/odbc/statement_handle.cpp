@@ -102,6 +102,10 @@ void StatementHandle::Unbind() noexcept {
     bound.reset();
 }
 
+void StatementHandle::TakeRest() noexcept {
+    while (SQL_SUCCEEDED(Odbc().MoreResults(Get()))) {}
+}
+
 void StatementHandle::Close() noexcept {
     Odbc().FreeStmt(Get(), SQL_CLOSE);
 }

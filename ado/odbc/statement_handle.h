@@ -69,6 +69,9 @@ public:
     /// Takes the bindings of the columns off.
     void Unbind() noexcept;
 
+    /// Steps over further results, up to one that failed.
+    void TakeRest() noexcept;
+
     /// Closes the cursor, if there is one; bindings stay.
     void Close() noexcept;
 

@@ -146,7 +146,8 @@ private:
                                      columns);
             }
         }
-        statements.insert(statements.begin(), create + ")");
+        // In memory: a file for each table takes longer than all of the listing.
+        statements.insert(statements.begin(), create + (system == System::MariaDb ? ") engine=memory" : ")"));
         return statements;
     }
     static std::vector<std::string> AllTables() {

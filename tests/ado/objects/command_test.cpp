@@ -335,26 +335,26 @@ INSTANTIATE_TEST_SUITE_P(All, CommandTest,
 class SeveralStatementsTest : public SystemTest {};
 
 TEST_P(SeveralStatementsTest, LeaveTheTransactionToBeEnded) {
-    Drop(u"parts");
-    Do(u"create table parts (id integer primary key)");
+    Drop(u"steps");
+    Do(u"create table steps (id integer primary key)");
     static constexpr struct {
         const char* label;
         const char16_t* text;
         const char* rows;
     } kRows[] = {
-        {"without rows", u"insert into parts values (1); insert into parts values (2); insert into parts values (3)",
+        {"without rows", u"insert into steps values (1); insert into steps values (2); insert into steps values (3)",
          "3"},
-        {"rows last", u"insert into parts values (1); select 1", "1"},
-        {"rows first", u"select 1; insert into parts values (1); insert into parts values (2)", "2"},
+        {"rows last", u"insert into steps values (1); select 1", "1"},
+        {"rows first", u"select 1; insert into steps values (1); insert into steps values (2)", "2"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
-        Do(u"delete from parts");
+        Do(u"delete from steps");
         ASSERT_TRUE(connection_.Call(connection::kBeginTrans).Ok());
         Do(row.text);
         const Outcome committed = connection_.Call(connection::kCommitTrans);
         EXPECT_TRUE(committed.Ok()) << committed;
-        EXPECT_EQ(AskFor(u"select count(*) from parts"), row.rows);
+        EXPECT_EQ(AskFor(u"select count(*) from steps"), row.rows);
     }
 }
 

@@ -1,27 +1,10 @@
 #include "ado/cursor/array_text.h"
 
-#include <charconv>
-
+#include "ado/cursor/cell_text.h"
 #include "ado/error.h"
 #include "ado/messages.h"
-#include "ado/rowset/date_value.h"
 
 namespace tk::ado {
-namespace {
-
-CalendarForm FormOf(const Column& column) {
-    if (column.kind == CellKind::Date) return CalendarForm::Date;
-    return column.kind == CellKind::Time ? CalendarForm::Time : CalendarForm::DateTime;
-}
-
-}  // namespace
-
-template <typename Number>
-void ArrayText::AppendNumber(Number number) {
-    char digits[64];
-    text_.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-}
-
 void ArrayText::AppendQuoted(std::string_view text) {
     text_ += '"';
     // In parts: few texts have anything to escape.
@@ -50,28 +33,15 @@ void ArrayText::Append(const Cell& cell, const Column& target) {
         case Cell::Form::Null:
             text_ += "NULL";
             break;
-        case Cell::Form::Integer:
-            AppendNumber(cell.integer);
-            break;
-        case Cell::Form::Boolean:
-            text_ += cell.integer != 0 ? '1' : '0';
-            break;
-        case Cell::Form::Real:
-            AppendNumber(cell.real);
-            break;
-        case Cell::Form::Decimal:
-            text_ += cell.text;
-            break;
         case Cell::Form::Date:
-            AppendQuoted(
-                FormatCalendarTime(FromAutomationDate(cell.real, static_cast<long>(cell.integer)), FormOf(target)));
-            break;
         case Cell::Form::Text:
-            AppendQuoted(cell.text);
+            AppendQuoted(CellText(cell, target, scratch_));
             break;
         case Cell::Form::Bytes:
             AppendBytes(cell.text);
             break;
+        default:
+            text_ += CellText(cell, target, scratch_);
     }
 }
 

@@ -25,10 +25,9 @@ public:
 private:
     void AppendQuoted(std::string_view text);
     void AppendBytes(std::string_view bytes);
-    template <typename Number>
-    void AppendNumber(Number number);
 
     std::string text_ = std::string(1, '{');
+    std::string scratch_;
 };
 
 }  // namespace tk::ado

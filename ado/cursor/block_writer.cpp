@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "ado/cursor/array_text.h"
+#include "ado/cursor/column_block.h"
 #include "ado/cursor/row_transaction.h"
 #include "ado/cursor/text.h"
+#include "ado/odbc/odbc_api.h"
 #include "ado/odbc/quoted_name.h"
 
 namespace tk::ado {
@@ -13,10 +15,9 @@ namespace {
 constexpr LONG kReadCommitted = 0x1000;
 
 /// A list of rows longer than this is refused by one of the servers, and gains nothing at the others.
-constexpr std::size_t kMostRows = 1000;
+constexpr std::size_t kMostListed = 1000;
 
-// A statement ends with the row that makes it this long, or has this many rows.
-constexpr std::size_t kRowsPerArray = 5000;
+/// A statement ends with the row that makes its arrays this long.
 constexpr std::size_t kManyBytes = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kMostArrays = 100;
 
@@ -32,7 +33,10 @@ BlockWriter::BlockWriter(std::shared_ptr<Session> session, const std::string& ta
     columns_ = session_->Execute("SELECT " + list + " FROM " + table + " WHERE 1 = 0", options).Columns();
     head_ = "INSERT INTO " + table + " (" + list + ") ";
     if (session_->Profile().arrayTypeQuery != nullptr) ReadArrayTypes(table, names);
-    rowsPerStatement_ = std::clamp<std::size_t>(session_->Profile().mostParameters / names.size(), 1, kMostRows);
+    rowsPerList_ = std::clamp<std::size_t>(session_->Profile().mostParameters / names.size(), 1, kMostListed);
+    // A text is no value of a single bit.
+    hasParameterArrays_ = session_->Profile().hasParameterArrays &&
+                          std::ranges::none_of(columns_, [](const Column& c) { return c.sqlType == SQL_BIT; });
 }
 
 /// A table with a column that has no arrays of its type, or with more columns than a call of a function takes, gets
@@ -71,52 +75,77 @@ std::string BlockWriter::TextFor(std::size_t rows) const {
 
 void BlockWriter::Write(RowStore& rows, std::span<const std::size_t> list) {
     RowTransaction transaction(*session_, kReadCommitted, timeoutSeconds_, RowTransaction::Inside::IsUndone);
-    arrays_.empty() ? WriteValues(rows, list) : WriteArrays(rows, list);
+    while (!list.empty()) {
+        const std::size_t written = !arrays_.empty()      ? WriteArrays(rows, list)
+                                    : hasParameterArrays_ ? WriteColumns(rows, list)
+                                                          : WriteValues(rows, list);
+        list = list.subspan(written);
+    }
     transaction.Keep();
 }
 
-void BlockWriter::WriteValues(RowStore& rows, std::span<const std::size_t> list) {
-    const ExecuteOptions options{timeoutSeconds_, 0, true};
+std::size_t BlockWriter::WriteValues(RowStore& rows, std::span<const std::size_t> list) {
+    list = list.first(std::min(rowsPerList_, list.size()));
     std::vector<Parameter> parameters;
-    std::string text;
-    std::size_t textRows = 0;
-    while (!list.empty()) {
-        const auto part = list.first(std::min(rowsPerStatement_, list.size()));
-        list = list.subspan(part.size());
-        parameters.clear();
-        for (const std::size_t row : part) {
-            for (std::size_t i = 0; i < columns_.size(); ++i)
-                parameters.push_back({nullptr, rows.At(row, i), &columns_[i]});
-        }
-        if (textRows != part.size()) text = TextFor(textRows = part.size());
-        session_->Execute(text, std::span<const Parameter>(parameters), options);
+    parameters.reserve(list.size() * columns_.size());
+    for (const std::size_t row : list) {
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            parameters.push_back({nullptr, rows.At(row, i), &columns_[i]});
     }
+    if (listRows_ != list.size()) list_ = TextFor(listRows_ = list.size());
+    Send(list_, parameters);
+    return list.size();
 }
 
-void BlockWriter::WriteArrays(RowStore& rows, std::span<const std::size_t> list) {
-    const ExecuteOptions options{timeoutSeconds_, 0, true};
-    const std::string text = head_ + arrays_;
+std::size_t BlockWriter::WriteArrays(RowStore& rows, std::span<const std::size_t> list) {
     std::vector<ArrayText> arrays(columns_.size());
-    std::vector<Parameter> parameters(columns_.size());
-    while (!list.empty()) {
-        const std::size_t most = std::min(list.size(), kRowsPerArray);
-        std::size_t count = 0;
-        std::size_t bytes = 0;
-        while (count < most && bytes < kManyBytes) {
-            bytes = 0;
-            for (std::size_t i = 0; i < columns_.size(); ++i) {
-                arrays[i].Append(rows.At(list[count], i), columns_[i]);
-                bytes += arrays[i].Size();
-            }
-            ++count;
+    const std::size_t most = std::min<std::size_t>(list.size(), session_->Profile().mostRows);
+    std::size_t count = 0;
+    for (std::size_t bytes = 0; count < most && bytes < kManyBytes; ++count) {
+        bytes = 0;
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            arrays[i].Append(rows.At(list[count], i), columns_[i]);
+            bytes += arrays[i].Size();
         }
-        list = list.subspan(count);
-        for (std::size_t i = 0; i < columns_.size(); ++i)
-            parameters[i].cell = {Cell::Form::Text, 0, 0, arrays[i].Finish()};
-        session_->Execute(text, std::span<const Parameter>(parameters), options);
-        for (ArrayText& array : arrays)
-            array.Clear();
     }
+    std::vector<Parameter> parameters(columns_.size());
+    for (std::size_t i = 0; i < columns_.size(); ++i)
+        parameters[i].cell = {Cell::Form::Text, 0, 0, arrays[i].Finish()};
+    Send(head_ + arrays_, parameters);
+    return count;
+}
+
+std::size_t BlockWriter::WriteColumns(RowStore& rows, std::span<const std::size_t> list) {
+    std::vector<ColumnBlock> blocks(columns_.size());
+    const std::size_t most = std::min<std::size_t>(list.size(), session_->Profile().mostRows);
+    std::size_t count = 0;
+    // One long value makes room for as many of all the others.
+    const auto fits = [&](std::size_t row) {
+        std::size_t bytes = 0;
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            bytes += blocks[i].SizeWith(rows.At(row, i));
+        return bytes < kManyBytes;
+    };
+    do {
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            blocks[i].Append(rows.At(list[count], i), columns_[i]);
+        ++count;
+    } while (count < most && fits(list[count]));
+    const bool isMixed = std::ranges::any_of(blocks, &ColumnBlock::IsMixed);
+    if (isMixed || count == 1) return WriteValues(rows, list);
+    std::vector<Parameter> parameters(columns_.size());
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        parameters[i].column = &columns_[i];
+        parameters[i].array = &blocks[i].Finish();
+    }
+    if (oneRow_.empty()) oneRow_ = TextFor(1);
+    Send(oneRow_, parameters);
+    return count;
+}
+
+void BlockWriter::Send(const std::string& text, const std::vector<Parameter>& parameters) {
+    const ExecuteOptions options{timeoutSeconds_, 0, true};
+    session_->Execute(text, std::span<const Parameter>(parameters), options);
 }
 
 }  // namespace tk::ado

@@ -1,7 +1,7 @@
 // ado/cursor/block_writer.h - many rows into a table: several of them a statement, prepared once, values as parameters.
 //
-// The driver's profile says how the values of a statement travel: each as a parameter of its own, or as one array for
-// each column.
+// The driver's profile says how the values of a statement travel: each as a parameter of its own, as one array for each
+// column, or as arrays that the driver makes of the parameters of many executions.
 //
 //   BlockWriter writer(session, "\"item\"", {u"id", u"name"}, 30);
 //   writer.Write(store, rows);
@@ -34,15 +34,24 @@ public:
 private:
     void ReadArrayTypes(const std::string& table, std::span<const std::u16string> names);
     std::string TextFor(std::size_t rows) const;
-    void WriteValues(RowStore& rows, std::span<const std::size_t> list);
-    void WriteArrays(RowStore& rows, std::span<const std::size_t> list);
+
+    // Each writes rows from the front of the list, in one statement, and gives their number.
+    std::size_t WriteValues(RowStore& rows, std::span<const std::size_t> list);
+    std::size_t WriteArrays(RowStore& rows, std::span<const std::size_t> list);
+    std::size_t WriteColumns(RowStore& rows, std::span<const std::size_t> list);
+
+    void Send(const std::string& text, const std::vector<Parameter>& parameters);
 
     std::shared_ptr<Session> session_;
     std::string head_;             // the statement up to its values
     std::string arrays_;           // the rest of it where they are arrays; empty: they are not
+    std::string list_;             // the whole of it with a list of rows
+    std::size_t listRows_ = 0;     // ... and their number
+    std::string oneRow_;           // the whole of it for one row
     std::vector<Column> columns_;  // of the table
     LONG timeoutSeconds_;
-    std::size_t rowsPerStatement_;
+    std::size_t rowsPerList_;
+    bool hasParameterArrays_ = false;
 };
 
 }  // namespace tk::ado

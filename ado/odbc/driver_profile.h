@@ -83,8 +83,10 @@ struct DriverProfile {
     const char* indexQuery = nullptr;  // where SQLStatistics hides conditions and expressions: a SELECT for a table and
                                        // a schema (three times; it may be empty), its columns by indexQueryColumns
     std::span<const std::size_t> indexQueryColumns = {};  // numbered as SQLStatistics does; 20: is the key's
-    bool hasManyActiveStatements = false;                 // several open results on one connection
-    bool describesBase = false;                           // base table names of result columns can be trusted
+    const char* keyQuery = nullptr;  // where SQLPrimaryKeys looks in one schema only: a SELECT with the same parameters
+    std::span<const std::size_t> keyQueryColumns = {};  // numbered as SQLPrimaryKeys does
+    bool hasManyActiveStatements = false;               // several open results on one connection
+    bool describesBase = false;                         // base table names of result columns can be trusted
     bool readsBaseFromText = false;   // ... they are not told at all: the text of a plain SELECT has them
     const char* viewQuery = nullptr;  // where base names are those behind a view: the text of a view (a parameter)
     bool baseColumnIsAlias = false;   // the base column name is the result's alias: check against the table
@@ -98,7 +100,8 @@ struct DriverProfile {
     bool hasUnlimitedAsZero = false;             // a size of 0 is told of texts and binaries without limit
     bool usesHandlesOnce = false;                // a statement handle keeps the columns of its last result
     bool hasSparseColumns = false;               // SQLColumns tells names and types only; "describe table" tells sizes
-    bool listsIndexColumns = false;              // SQLColumns of all tables tells those of indexes as well
+    const char* tableQuery = nullptr;            // where SQLColumns tells those of indexes as well: asks for schema and
+                                                 // name of tables and views of a name (twice; empty: of all)
     bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
     bool hasLocalRows = false;                   // a fetch waits for nobody, and does not bear being cancelled
     bool hasUnsigned = true;                     // integer types without a sign
@@ -106,9 +109,11 @@ struct DriverProfile {
     const char* userQuery = nullptr;             // asks who the user is in the database, where the driver does not say
     bool hasUnsignedTiny = false;                // the smallest integers have no sign, whatever the catalog leaves out
     const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
-    unsigned mostParameters = 0;                 // of an INSERT of several rows; 0: one row a statement
+    unsigned mostParameters = 0;                 // of an INSERT with a list of rows; 0: one row a statement
     const char* arrayTypeQuery = nullptr;        // rows travel as arrays, one a column: tells the columns of a table (a
                                                  // parameter) and what an array of each is called
+    bool hasParameterArrays = false;             // rows travel as parameter arrays, which the driver sends as one
+    unsigned mostRows = 1000;                    // of an INSERT, in whichever way
     bool isReadOnly = false;                     // no statement changes anything: told before the driver stumbles
     bool cutsAtZero = false;                     // a text ends at its first zero character
     const Savepoint* savepoint = nullptr;        // undoes a part of a transaction

@@ -7,11 +7,20 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 #include "ado/rowset/cell.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
+
+/// The values of one '?' for many executions in one call, each in as many bytes.
+struct ParameterArray {
+    std::string bytes;
+    std::size_t width = 0;                // of each value
+    std::vector<std::ptrdiff_t> lengths;  // of each value, in bytes; -1: NULL
+    bool isBinary = false;                // else UTF-8 texts
+};
 
 /// A value for one '?': a VARIANT, or a cell of a row set as it was read (exact to the last digit and nanosecond, which
 /// a VARIANT is not). Borrowed until the Execute call returns.
@@ -26,6 +35,9 @@ struct Parameter {
 
     enum class Direction : unsigned char { Input, InputOutput, Output };
     Direction direction = Direction::Input;
+
+    /// Instead of a value, for an input with a column: then all parameters have one, equally long.
+    const ParameterArray* array = nullptr;
 };
 
 /// The values of a statement's output parameters, as the driver leaves them.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <type_traits>
 
 #include "ado/messages.h"
 #include "ado/rowset/date_value.h"
@@ -59,6 +60,10 @@ SQLSMALLINT SentType(const Column& column, bool hasWideParameters) {
 }  // namespace
 
 ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Parameter> parameters) : handle_(handle) {
+    if (!parameters.empty() && parameters.front().array != nullptr) {
+        BindArrays(parameters);
+        return;
+    }
     SQLUSMALLINT number = 0;
     for (const Parameter& parameter : parameters) {
         Slot& slot = slots_->list.emplace_back();
@@ -71,15 +76,43 @@ ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Para
         const SQLRETURN result = Odbc().BindParameter(handle_.Get(), ++number, slot.direction, slot.cType, slot.sqlType,
                                                       std::max<SQLULEN>(slot.size, 1), slot.digits, slot.bytes.data(),
                                                       static_cast<SQLLEN>(slot.bytes.size()), &slot.indicator);
-        if (SQL_SUCCEEDED(result)) continue;
-        const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle_.Get());
-        Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
-        throw MakeError(records);
+        if (!SQL_SUCCEEDED(result)) ThrowUnbound();
     }
 }
 
+void ParameterBinding::BindArrays(std::span<const Parameter> parameters) {
+    static_assert(std::is_same_v<SQLLEN, std::ptrdiff_t> && SQL_NULL_DATA == -1);
+    states_.assign(parameters.front().array->lengths.size(), SQL_PARAM_SUCCESS);
+    if (!handle_.SetParameterRows(states_.size(), states_.data())) ThrowUnbound();
+    SQLUSMALLINT number = 0;
+    for (const Parameter& parameter : parameters) {
+        // Drivers take both as writable; none writes to an input.
+        const ParameterArray& array = *parameter.array;
+        auto* const bytes = const_cast<char*>(array.bytes.data());
+        auto* const lengths = const_cast<SQLLEN*>(array.lengths.data());
+        const auto width = static_cast<SQLLEN>(array.width);
+        const SQLRETURN result =
+            Odbc().BindParameter(handle_.Get(), ++number, SQL_PARAM_INPUT, array.isBinary ? SQL_C_BINARY : SQL_C_CHAR,
+                                 SentType(*parameter.column, handle_.Profile().hasWideParameters),
+                                 static_cast<SQLULEN>(width), 0, bytes, width, lengths);
+        if (!SQL_SUCCEEDED(result)) ThrowUnbound();
+    }
+}
+
+void ParameterBinding::ThrowUnbound() const {
+    const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle_.Get());
+    Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
+    if (!states_.empty()) handle_.SetParameterRows(1, nullptr);
+    throw MakeError(records);
+}
+
 ParameterBinding::~ParameterBinding() {
-    if (!slots_->list.empty()) Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
+    if (!slots_->list.empty() || !states_.empty()) Odbc().FreeStmt(handle_.Get(), SQL_RESET_PARAMS);
+    if (!states_.empty()) handle_.SetParameterRows(1, nullptr);
+}
+
+bool ParameterBinding::HasFailedExecution() const noexcept {
+    return std::ranges::find(states_, SQLUSMALLINT{SQL_PARAM_ERROR}) != states_.end();
 }
 
 void ParameterBinding::Read(const Parameter& parameter, Slot& slot) const {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "ado/odbc/parameter.h"
 #include "ado/odbc/statement_handle.h"
@@ -22,6 +23,9 @@ public:
 
     /// The output values; they outlive the binding. Null when there is no output parameter.
     std::shared_ptr<ParameterOutputs> Outputs() const noexcept { return hasOutputs_ ? slots_ : nullptr; }
+
+    /// After the execution: whether one of several has failed although the call succeeded.
+    bool HasFailedExecution() const noexcept;
 
 private:
     /// One value and how the driver is told about it.
@@ -45,6 +49,8 @@ private:
         std::size_t PlaceOf(std::size_t output) const;
     };
 
+    void BindArrays(std::span<const Parameter> parameters);
+    [[noreturn]] void ThrowUnbound() const;
     void Read(const Parameter& parameter, Slot& slot) const;
     void ReadOutput(const Parameter& parameter, Slot& slot) const;
     void ReadVariant(const VARIANT& value, const Column* column, Slot& slot) const;
@@ -57,6 +63,7 @@ private:
 
     StatementHandle& handle_;
     std::shared_ptr<Slots> slots_ = std::make_shared<Slots>();
+    std::vector<SQLUSMALLINT> states_;  // of each execution, when there are several
     bool hasOutputs_ = false;
 };
 

@@ -244,8 +244,9 @@ struct Session::Impl {
                 if (!SQL_SUCCEEDED(result)) return CallResult{result, nullptr};
             }
             if (!parameters.empty()) binding = std::make_unique<const ParameterBinding>(handle, parameters);
-            const SQLRETURN result =
+            SQLRETURN result =
                 options.prepared ? Odbc().Execute(handle.Get()) : Odbc().ExecDirect(handle.Get(), text, length);
+            if (SQL_SUCCEEDED(result) && binding && binding->HasFailedExecution()) result = SQL_ERROR;
             return CallResult{result, std::move(binding)};
         };
         const bool canStream = kind.isReading && Physical().Profile().streaming != Streaming::None;

@@ -96,6 +96,11 @@ void StatementHandle::SetRowArraySize(SQLULEN rows) {
     rowArraySize_ = rows;
 }
 
+bool StatementHandle::SetParameterRows(SQLULEN rows, SQLUSMALLINT* states) noexcept {
+    const bool isSet = SetNumber(SQL_ATTR_PARAMSET_SIZE, rows);
+    return SetAttribute(SQL_ATTR_PARAM_STATUS_PTR, states, SQL_IS_POINTER) && isSet;
+}
+
 void StatementHandle::Unbind() noexcept {
     if (bound == nullptr) return;
     Odbc().FreeStmt(Get(), SQL_UNBIND);

@@ -66,6 +66,9 @@ public:
     SQLULEN RowsFetched() const noexcept { return rowsFetched_; }
     SQLUSMALLINT RowStatus(std::size_t row) const noexcept { return rowStatus_[row]; }
 
+    /// Executions of one call, each with its own parameters. @param states  of each, written by the driver; null: 1 row
+    bool SetParameterRows(SQLULEN rows, SQLUSMALLINT* states) noexcept;
+
     /// Takes the bindings of the columns off.
     void Unbind() noexcept;
 

@@ -16,7 +16,10 @@ using Type = SchemaType;
 
 // What stands where in the answers of SQLColumns and SQLGetTypeInfo.
 enum ColumnsColumn : std::size_t {
-    kDataType = 5,
+    kSchema = 2,
+    kTable,
+    kColumnName,
+    kDataType,
     kTypeName = 6,
     kSize = 7,
     kDigits = 9,
@@ -147,18 +150,28 @@ constexpr SchemaColumn kColumnColumns[] = {
 constexpr unsigned char kColumnRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kColumnOrder[] = {0, 1, 2, 6};
 
+/// Whether they may be those of an index, of a type or of a sequence. An index has neither defaults nor columns that
+/// are not null, whatever it is of.
+bool MayBeOfNoTable(const CatalogRows& columns) {
+    constexpr std::string_view kFirstOfSequence = "last_value";
+    if (columns.empty()) return false;
+    const auto isPlain = [](const CatalogRow& column) {
+        return column.Number(kNullable).value_or(1) != 0 && !column.Text(kDefault);
+    };
+    return columns.front().Text(kColumnName) == kFirstOfSequence || std::ranges::all_of(columns, isPlain);
+}
+
 /// Keeps the columns of tables and views.
-void KeepColumnsOfTables(const std::shared_ptr<Session>& session, const CatalogCall& asked, CatalogRows& columns) {
-    CatalogCall call;
-    call.catalog = asked.catalog;
-    call.schema = asked.schema;
-    const CatalogRows tables = CallCatalog(session, call);
+/// @param table  empty: all of them
+void KeepColumnsOfTables(const std::shared_ptr<Session>& session, const std::string& table, CatalogRows& columns) {
+    constexpr std::size_t kColumns[] = {kSchema, kTable};
+    const CatalogRows tables = SelectRows(session, session->Profile().tableQuery, kColumns, {table, table});
     std::set<std::pair<std::string_view, std::string_view>> known;
     const auto nameIn = [](const CatalogRow& row) {
-        return std::pair(row.Text(2).value_or(""), row.Text(3).value_or(""));
+        return std::pair(row.Text(kSchema).value_or(""), row.Text(kTable).value_or(""));
     };
-    for (const CatalogRow& table : tables)
-        known.insert(nameIn(table));
+    for (const CatalogRow& found : tables)
+        known.insert(nameIn(found));
     std::erase_if(columns, [&](const CatalogRow& column) { return !known.contains(nameIn(column)); });
 }
 
@@ -205,8 +218,8 @@ CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restricti
     call.table = restrictions.Text(2);
     call.column = restrictions.Text(3);
     CatalogRows columns = CallForTable(session, call);
-    if (session->Profile().listsIndexColumns) {
-        if (call.table.empty()) KeepColumnsOfTables(session, call, columns);
+    if (session->Profile().tableQuery != nullptr) {
+        if (call.table.empty() || MayBeOfNoTable(columns)) KeepColumnsOfTables(session, call.table, columns);
         if (call.column.empty()) NumberInTables(columns);
     }
     if (session->Profile().hasUnlimitedAsZero) TellUnlimited(columns);

@@ -50,6 +50,10 @@ void OrderByIndex(const std::shared_ptr<Session>& session, CatalogCall call, Cat
 CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
                            const std::string& schema, const std::string& table) {
     if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
+    const DriverProfile& profile = session->Profile();
+    if (profile.keyQuery != nullptr) {
+        return SelectRows(session, profile.keyQuery, profile.keyQueryColumns, {table, schema, schema});
+    }
     CatalogCall call;
     call.function = CatalogCall::Function::PrimaryKeys;
     call.catalog = CatalogOf(*session, catalog);

@@ -122,8 +122,8 @@ TEST_F(PostgresCatalog, ExistenceAndNulls) {
     static const struct {
         const char* name;
         int exists;
-    } kRows[] = {{"订单", 1},        {"Order Lines", 1}, {"视图", 1}, {"other", 1},
-                 {"order lines", 0}, {"no such", 0},     {"o%", 0}};
+    } kRows[] = {{"订单", 1},    {"Order Lines", 1}, {"视图", 1},    {"other", 1},  {"order lines", 0},
+                 {"no such", 0}, {"o%", 0},          {"IX_名称", 0}, {"PK_订单", 0}};
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(database.IsTableExist(row.name), row.exists);

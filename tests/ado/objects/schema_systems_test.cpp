@@ -213,7 +213,9 @@ TEST_P(SchemaSystemsTest, AsksTheDriverOnceForEachRowset) {
     } kRows[] = {
         {kTables, isFile ? "SQLExecDirect" : "SQLTables"},
         {kColumns, isFile ? "SQLExecDirect" : "SQLColumns"},
-        {kPrimaryKeys, isFile ? "SQLExecDirect" : "SQLPrimaryKeys"},
+        {kPrimaryKeys, isFile                               ? "SQLExecDirect"
+                       : GetParam() == SystemKind::Postgres ? "SQLExecute"
+                                                            : "SQLPrimaryKeys"},
         // Where a query does not say which index is the key's, the key does.
         {kIndexes, isFile                               ? "SQLExecDirect"
                    : GetParam() == SystemKind::Postgres ? "SQLExecute"
@@ -223,6 +225,31 @@ TEST_P(SchemaSystemsTest, AsksTheDriverOnceForEachRowset) {
     for (const auto& row : kRows) {
         EXPECT_GT(Open(row.schema, About(row.schema, u"asked")).Get(kRecordCount).Long(), 0);
         EXPECT_EQ(Questions::Take(), row.questions) << row.schema;
+    }
+    Make(u"keyless", u"n integer not null");
+    Questions::Take();
+    EXPECT_EQ(Open(kPrimaryKeys, About(kPrimaryKeys, u"keyless")).Get(kRecordCount).Long(), 0);
+    EXPECT_EQ(Questions::Take(), kRows[2].questions) << "a table without a key";
+}
+
+TEST_P(SchemaSystemsTest, GivesNoColumnsOfWhatIsNoTable) {
+    Make(u"beside", u"id integer not null primary key, n integer");
+    Make(u"open_to_null", u"a integer, b integer");
+    Execute(connection_, u"create index ix_beside on " + Quoted(u"beside") + u" (n)");
+    if (GetParam() == SystemKind::Postgres) {
+        Execute(connection_, u"drop sequence if exists counted; create sequence counted");
+        Execute(connection_, u"drop type if exists pair; create type pair as (a integer, b integer)");
+        Execute(connection_,
+                u"drop materialized view if exists kept; create materialized view kept as select 1 as one");
+        EXPECT_EQ(Open(kColumns, About(kColumns, u"kept")).Get(kRecordCount).Long(), 1);
+        EXPECT_EQ(Open(kColumns, {Value(), Text(u"information_schema"), Text(u"columns"), Text(u"table_name")})
+                      .Get(kRecordCount)
+                      .Long(),
+                  1);
+    }
+    EXPECT_EQ(Open(kColumns, About(kColumns, u"open_to_null")).Get(kRecordCount).Long(), 2);
+    for (const char16_t* const name : {u"ix_beside", u"beside_pkey", u"counted", u"pair"}) {
+        EXPECT_EQ(Open(kColumns, About(kColumns, name)).Get(kRecordCount).Long(), 0) << ToUtf8(name);
     }
 }
 

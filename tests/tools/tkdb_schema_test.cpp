@@ -139,6 +139,23 @@ TEST_F(TkdbSchema, LeavesNothingOfATableThatCannotBeCopied) {
     EXPECT_EQ(RunTkdb("copy " + connection_ + " large " + target_).output, "large: 30000 row(s)\n");
 }
 
+TEST_F(TkdbSchema, KeepsATableThatCannotBeReplaced) {
+    ASSERT_EQ(RunTkdb("exec " + connection_ +
+                      " 'create table pair (a integer, b integer)' "
+                      "'insert into pair values (1, 1), (1, 2)' 'create table other (a integer)' "
+                      "'create index taken on pair (a)'")
+                  .code,
+              0);
+    // The name of the index is another table's there.
+    ASSERT_EQ(RunTkdb("exec " + target_ +
+                      " 'create table pair (a integer)' 'insert into pair values (7)' "
+                      "'create table other (a integer)' 'create index taken on other (a)'")
+                  .code,
+              0);
+    EXPECT_EQ(RunTkdb("copy --replace " + connection_ + " pair " + target_).code, 1);
+    EXPECT_EQ(RunTkdb("query " + target_ + " 'select * from pair' --format csv").output, "a\r\n7\r\n");
+}
+
 TEST_F(TkdbSchema, StopsAtATableThatIsNotThere) {
     const Outcome failed = RunTkdb("copy " + connection_ + " item missing " + target_, "2>&1");
     EXPECT_EQ(failed.code, 1);

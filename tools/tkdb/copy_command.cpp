@@ -33,7 +33,7 @@ long Count(CTDatabase& database, const std::string& table) {
     return count;
 }
 
-/// The table while it is being made: gone again unless it is kept.
+/// The table while it is being made: gone again unless it is kept, and the one that it replaces back.
 class NewTable {
 public:
     NewTable(CTDatabase& target, const std::string& name) : target_(target), name_(name) { target_.BeginTrans(); }
@@ -44,12 +44,16 @@ public:
         try {
             target_.RollbackTrans();
             // Some systems end the transaction when a table is made.
-            if (isMade_ && target_.IsTableExist(name_.c_str()) != 0) target_.DropTable(name_.c_str());
+            if (isMade_ && !isInstead_ && target_.IsTableExist(name_.c_str()) != 0) target_.DropTable(name_.c_str());
         } catch (CException* e) {
             e->Delete();  // the failure that led here is told
         }
     }
 
+    void Replace() {
+        isInstead_ = true;
+        Do(target_, "DROP TABLE " + Quoted(name_));
+    }
     void Make(const std::string& statement) {
         Do(target_, statement);
         isMade_ = true;
@@ -62,6 +66,7 @@ public:
 private:
     CTDatabase& target_;
     std::string name_;
+    bool isInstead_ = false;
     bool isMade_ = false;
     bool isKept_ = false;
 };
@@ -81,23 +86,40 @@ long InsertAll(CTDatabase& source, const std::string& table, CTDatabase& target,
     return rows;
 }
 
+/// Gives a table that is whole its name, in one step with taking the name from the table that it replaces.
+void PutInPlace(CTDatabase& target, const TableScripts& scripts, bool replaces) {
+    const std::string old = NameApart("old", scripts.name);
+    const std::string rename = Quoted(scripts.made) + " TO " + Quoted(scripts.name);
+    if (!replaces) return Do(target, "RENAME TABLE " + rename);
+    Do(target, "DROP TABLE IF EXISTS " + Quoted(old));
+    Do(target, "RENAME TABLE " + Quoted(scripts.name) + " TO " + Quoted(old) + ", " + rename);
+    Do(target, "DROP TABLE " + Quoted(old));
+}
+
 /// @return the rows of the table; negative: there already
 long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target, bool replace) {
     TableScripts scripts;
     const CString reason = MakeScripts(source, table, target, scripts);
     if (!reason.IsEmpty()) throw Stop{reason};
-    if (target.IsTableExist(scripts.name.c_str()) != 0) {
+    const bool replaces = target.IsTableExist(scripts.name.c_str()) != 0;
+    if (replaces) {
         const long there = Count(target, scripts.name);
         if (there == Count(source, table)) return -1;
         if (!replace) throw Stop{fmt::format("there already, with {} other rows: {}", there, scripts.name).c_str()};
-        Do(target, "DROP TABLE " + Quoted(scripts.name));
     }
-    NewTable made(target, scripts.name);
+    const bool isApart = scripts.made != scripts.name;
+    NewTable made(target, scripts.made);
+    if (isApart) {
+        Do(target, "DROP TABLE IF EXISTS " + Quoted(scripts.made));  // what a run left that was killed
+    } else if (replaces) {
+        made.Replace();
+    }
     made.Make(scripts.create);
-    const long rows = InsertAll(source, table, target, scripts.name);
+    const long rows = InsertAll(source, table, target, scripts.made);
     for (const std::string& index : scripts.indexes)
         Do(target, index);
-    if (Count(target, scripts.name) != rows) throw Stop{("rows are missing: " + scripts.name).c_str()};
+    if (Count(target, scripts.made) != rows) throw Stop{("rows are missing: " + scripts.name).c_str()};
+    if (isApart) PutInPlace(target, scripts, replaces);
     made.Keep();
     for (const std::string& index : scripts.leftOut) {
         static_cast<void>(

@@ -1,5 +1,9 @@
 #include "tools/tkdb/database_system.h"
 
+#include <fmt/format.h>
+
+#include <cstdint>
+
 namespace tk::tools {
 
 DatabaseSystem SystemOf(CTDatabase& database) {
@@ -28,6 +32,13 @@ bool HasScripts(CTDatabase& database) {
 CString TagOf(CTDatabase& database) {
     constexpr int kTagLength = 3;
     return database.GetDbmsName().Left(kTagLength);
+}
+
+std::string NameApart(std::string_view purpose, std::string_view table) {
+    std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+    for (const char c : table)
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return fmt::format("tkdb_{}_{:016x}", purpose, hash);
 }
 
 std::string Quoted(std::string_view name) {

@@ -19,6 +19,15 @@ bool HasScripts(CTDatabase& database);
 /// The first three letters of what the database calls itself.
 CString TagOf(CTDatabase& database);
 
+/// Whether making a table ends the transaction, so that it cannot be undone.
+inline bool CommitsTables(DatabaseSystem system) {
+    return system == DatabaseSystem::MariaDb;
+}
+
+/// A name for a table that stands in for another one for a while: always the same, and short enough for every system.
+/// @param purpose  a word
+std::string NameApart(std::string_view purpose, std::string_view table);
+
 /// A name in double quotes.
 std::string Quoted(std::string_view name);
 

@@ -129,7 +129,8 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem
     if (lines.empty()) return ("no such table: " + table).c_str();
     if (!key.empty()) lines += ", PRIMARY KEY (" + List(key) + ")";
     scripts.name = table;
-    scripts.create = "CREATE TABLE " + Quoted(table) + " (" + lines + ")";
+    scripts.made = CommitsTables(to) ? NameApart("copy", table) : table;
+    scripts.create = "CREATE TABLE " + Quoted(scripts.made) + " (" + lines + ")";
     for (const auto& [name, index] : IndexesOf(source, table)) {
         const bool isOfColumns =
             std::ranges::all_of(index.columns, [&](const std::string& column) { return names.contains(column); });
@@ -138,7 +139,7 @@ CString MakeByTypes(CTDatabase& source, const std::string& table, DatabaseSystem
             continue;
         }
         scripts.indexes.push_back(fmt::format("CREATE {}INDEX {} ON {} ({})", index.isUnique ? "UNIQUE " : "",
-                                              Quoted(name), Quoted(table), List(index.columns)));
+                                              Quoted(name), Quoted(scripts.made), List(index.columns)));
     }
     return "";
 }
@@ -153,6 +154,7 @@ CString MakeByScript(CTDatabase& source, const std::string& table, CTDatabase& t
     CString name(table.c_str());
     name.MakeUpper();
     scripts.name = name;
+    scripts.made = scripts.name;
     scripts.create = converted;
     for (int i = 0; i < static_cast<int>(indexes.GetSize()); ++i)
         scripts.indexes.emplace_back(indexes.GetAt(i));

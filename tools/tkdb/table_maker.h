@@ -11,6 +11,7 @@ namespace tk::tools {
 /// GBK, ready to be executed on the target.
 struct TableScripts {
     std::string name;  // of the table in the target
+    std::string made;  // ... until it is whole: another one where making a table cannot be undone
     std::string create;
     std::vector<std::string> indexes;  // to be executed when the rows are there
     std::vector<std::string> leftOut;  // names of indexes that need more than columns: of some rows, of expressions

@@ -155,8 +155,10 @@ void Dispatcher::Grant(Record& record, std::uint32_t index, Hold& hold) noexcept
     const std::uint32_t count = record.count;
     const std::uint32_t process = record.process;
     for (std::uint32_t i = 0; i < count; ++i) {
-        objects[i] = record.blocks[i].object;
-        Unlink(record.blocks[i]);
+        Block& block = record.blocks[i];
+        objects[i] = block.object;
+        Unlink(block);
+        block.resets = ResetsOf(StateAt(block.object).word.load(std::memory_order_relaxed));
     }
     log_->committed.store(1, std::memory_order_release);
     CarryOut(*log_);

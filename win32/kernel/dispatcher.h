@@ -89,6 +89,10 @@ public:
         state.word.store(WithValue(state.word.load(std::memory_order_relaxed), value) | kSlow,
                          std::memory_order_release);
     }
+    /// Takes the signal of a frozen event or timer back.
+    static void Reset(State& state) noexcept {
+        state.word.store(WhenReset(state.word.load(std::memory_order_relaxed)) | kSlow, std::memory_order_release);
+    }
     /// Satisfies those in the queue whom the state of the object satisfies. The object stays frozen.
     void Offer(State& state, Hold& hold) noexcept;
     /// Lets everybody in the queue look again.

@@ -14,12 +14,16 @@ BOOL TimedOut() noexcept {
     return FALSE;
 }
 
-/// Sets the value at once when nobody waits. @return false when somebody may
-bool SetQuickly(State& state, std::uint32_t value) noexcept {
+constexpr Word WhenSet(Word word) noexcept {
+    return WithValue(word, 1);
+}
+
+/// Changes the word at once when nobody waits. @return false when somebody may
+bool ChangeQuickly(State& state, Word (*change)(Word)) noexcept {
     Word word = state.word.load(std::memory_order_relaxed);
     while ((word & kSlow) == 0) {
         // Stored also when nothing changes: what was written before this call is seen by who the event lets through.
-        if (state.word.compare_exchange_weak(word, WithValue(word, value), std::memory_order_acq_rel)) return true;
+        if (state.word.compare_exchange_weak(word, change(word), std::memory_order_acq_rel)) return true;
     }
     return false;
 }
@@ -55,7 +59,7 @@ BOOL SetEvent(HANDLE hEvent) {
     const HandleUse event(hEvent, Kind::kEvent, EVENT_MODIFY_STATE);
     if (!event) return FALSE;
     State& state = event->GetState();
-    if (SetQuickly(state, 1)) return TRUE;
+    if (ChangeQuickly(state, WhenSet)) return TRUE;
     Dispatcher::Hold hold(event->GetDispatcher());
     if (!hold) return TimedOut();
     event->GetDispatcher().Freeze(state);
@@ -69,11 +73,11 @@ BOOL ResetEvent(HANDLE hEvent) {
     const HandleUse event(hEvent, Kind::kEvent, EVENT_MODIFY_STATE);
     if (!event) return FALSE;
     State& state = event->GetState();
-    if (SetQuickly(state, 0)) return TRUE;
+    if (ChangeQuickly(state, WhenReset)) return TRUE;
     const Dispatcher::Hold hold(event->GetDispatcher());
     if (!hold) return TimedOut();
     event->GetDispatcher().Freeze(state);
-    Dispatcher::SetValue(state, 0);
+    Dispatcher::Reset(state);
     event->GetDispatcher().Thaw(state);
     return TRUE;
 }
@@ -87,7 +91,7 @@ BOOL PulseEvent(HANDLE hEvent) {
     event->GetDispatcher().Freeze(state);
     Dispatcher::SetValue(state, 1);
     event->GetDispatcher().Offer(state, hold);
-    Dispatcher::SetValue(state, 0);
+    Dispatcher::Reset(state);
     event->GetDispatcher().Thaw(state);
     return TRUE;
 }

@@ -34,9 +34,9 @@ void NamedObjects::GiveBack(const Record& record) noexcept {
         if (state.kind == Kind::kMutex) continue;  // abandoned with all the others of its process
         if (state.manual != 0) continue;           // the wait had taken nothing
         Freeze(state);
-        const std::uint32_t value = ValueOf(state.word.load(std::memory_order_relaxed));
+        const Word word = state.word.load(std::memory_order_relaxed);
         const std::uint32_t most = state.kind == Kind::kSemaphore ? state.limit : 1;
-        if (value < most) SetValue(state, value + 1);
+        if (ValueOf(word) < most && ResetsOf(word) == record.blocks[i].resets) SetValue(state, ValueOf(word) + 1);
         Thaw(state);
     }
 }

@@ -26,6 +26,9 @@ inline constexpr Word kFlags = kOne - 1;
 inline constexpr Word kSlow = 1;
 /// The last owner of the mutex ended without releasing it.
 inline constexpr Word kAbandoned = 2;
+/// The flags from here on count, around and around, how often an event or a timer was reset: a signal that was given
+/// out before does not come back.
+inline constexpr Word kReset = 0x100;
 
 constexpr std::uint32_t ValueOf(Word word) noexcept {
     return static_cast<std::uint32_t>(word >> 32);
@@ -33,6 +36,13 @@ constexpr std::uint32_t ValueOf(Word word) noexcept {
 constexpr Word WithValue(Word word, std::uint32_t value) noexcept {
     return (word & kFlags) | (Word{value} << 32);
 }
+constexpr Word WhenReset(Word word) noexcept {
+    return (word & (kReset - 1)) | ((word + kReset) & kFlags & ~(kReset - 1));
+}
+constexpr Word ResetsOf(Word word) noexcept {
+    return word & kFlags & ~(kReset - 1);
+}
+static_assert(WhenReset(WithValue(ResetsOf(~Word{0}) | kSlow, 1)) == kSlow);
 
 inline constexpr int kMostBlocks = 64;
 
@@ -51,7 +61,10 @@ struct alignas(64) State {
 
 struct Block {
     Ref object;
-    Ref next;
+    union {
+        Ref next;
+        Word resets;  // of the object, once the wait is granted and out of the queue
+    };
     Ref previous;
     Ref record;
 };

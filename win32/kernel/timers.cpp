@@ -59,7 +59,7 @@ bool Set(Target& timer, Moment due, std::int64_t period) noexcept {
     dispatcher.Freeze(state);
     // Stopped first: at whatever step this process ends, the timer is no mixture.
     state.due.store(Moment::kNever, std::memory_order_release);
-    Dispatcher::SetValue(state, 0);
+    Dispatcher::Reset(state);
     state.period.store(period, std::memory_order_relaxed);
     state.wallClock.store(due.clock == CLOCK_REALTIME ? 1 : 0, std::memory_order_relaxed);
     state.due.store(due.at, std::memory_order_release);

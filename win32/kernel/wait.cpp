@@ -62,24 +62,15 @@ public:
     }
 
     DWORD Run() noexcept {
-        {
-            Locks locks(*this);
-            if (!locks) return Failed();
-            if (const auto result = Look(locks)) return *result;
-            if (!patient_) return WAIT_TIMEOUT;
-            if (!Queue()) {
-                SetLastError(ERROR_NO_SYSTEM_RESOURCES);
-                return WAIT_FAILED;
-            }
+        while (sleeper_ == nullptr) {
+            if (const auto result = LookFirst()) return *result;
         }
         for (;;) {
             Sleep();
             const std::uint32_t status = sleeper_->load(std::memory_order_acquire);
             if (status == kGone) continue;  // for good
             if ((status & kGranted) != 0) return Granted(status);
-            Locks locks(*this);
-            if (!locks) return GiveUp();
-            if (const auto result = LookAgain(locks)) return *result;
+            if (const auto result = LookOnceMore()) return *result;
         }
     }
 
@@ -96,8 +87,40 @@ private:
         std::optional<Dispatcher::Hold> named;
     };
 
-    static DWORD Failed() noexcept {
-        SetLastError(ERROR_TIMEOUT);
+    std::optional<DWORD> LookFirst() noexcept {
+        {
+            Locks locks(*this);
+            if (locks) return LookAndQueue(locks);
+        }
+        if (!patient_ || IsOver()) return WAIT_TIMEOUT;
+        LetOthersGo();
+        return std::nullopt;
+    }
+
+    std::optional<DWORD> LookOnceMore() noexcept {
+        {
+            Locks locks(*this);
+            if (locks) return LookAgain(locks);
+        }
+        if (IsOver()) return GiveUp();
+        LetOthersGo();
+        return std::nullopt;
+    }
+
+    bool IsOver() const noexcept { return end_ != Moment::kNever && Now(CLOCK_MONOTONIC) >= end_; }
+
+    /// The process that has the lock of the named objects is stopped: until it goes on, or is killed, none of them can
+    /// be said to be signalled. The other lock is not to stay with who tries again and again.
+    static void LetOthersGo() noexcept {
+        const timespec pause = {0, 1'000'000};
+        nanosleep(&pause, nullptr);
+    }
+
+    std::optional<DWORD> LookAndQueue(Locks& locks) noexcept {
+        if (const auto result = Look(locks)) return result;
+        if (!patient_) return WAIT_TIMEOUT;
+        if (Queue()) return std::nullopt;
+        SetLastError(ERROR_NO_SYSTEM_RESOURCES);
         return WAIT_FAILED;
     }
 
@@ -227,7 +250,7 @@ private:
                 return result;
             }
         }
-        if (end_ != Moment::kNever && Now(CLOCK_MONOTONIC) >= end_) {
+        if (IsOver()) {
             Leave();
             return WAIT_TIMEOUT;
         }
@@ -249,7 +272,7 @@ private:
                 const Dispatcher::Hold hold(*private_);
                 private_->Dequeue(own_);
             }
-            return Failed();
+            return WAIT_TIMEOUT;
         }
         return Granted(status);
     }

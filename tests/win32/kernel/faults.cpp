@@ -24,7 +24,7 @@ using tk::test::TheFaults;
 extern "C" [[gnu::visibility("default")]] int posix_fallocate(int descriptor, off_t offset, off_t length) {
     Faults& faults = TheFaults();
     if (faults.fullAfter == 0) {
-        if (faults.killWhenFull) raise(SIGKILL);
+        if (faults.signalWhenFull != 0) raise(faults.signalWhenFull);
         return ENOSPC;
     }
     if (faults.fullAfter > 0) --faults.fullAfter;
@@ -36,6 +36,20 @@ extern "C" [[gnu::visibility("default")]] int pthread_mutex_consistent(pthread_m
     static const auto real = reinterpret_cast<int (*)(pthread_mutex_t*)>(dlsym(RTLD_NEXT, "pthread_mutex_consistent"));
     ++Faults::repairs;
     return real(mutex);
+}
+
+extern "C" [[gnu::visibility("default")]] int clock_gettime(clockid_t clock, timespec* time) noexcept {
+    static const auto real = reinterpret_cast<int (*)(clockid_t, timespec*)>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = real(clock, time);
+    const std::int64_t behind = clock == CLOCK_MONOTONIC  ? Faults::clockBehind.load()
+                                : clock == CLOCK_REALTIME ? Faults::wallClockBehind.load()
+                                                          : 0;
+    if (result == 0 && behind != 0) {
+        const std::int64_t moment = time->tv_sec * std::int64_t{1'000'000'000} + time->tv_nsec - behind;
+        time->tv_sec = moment / 1'000'000'000;
+        time->tv_nsec = moment % 1'000'000'000;
+    }
+    return result;
 }
 
 #ifdef __SANITIZE_THREAD__

@@ -1,4 +1,6 @@
 // The tests of kernel objects, and the jobs of their child processes.
+#include <signal.h>
+
 #include <random>
 
 #include "tests/win32/kernel/stepped_call.h"
@@ -66,18 +68,25 @@ int TakePlaces(ChildTalk& talk) {
     return 1;
 }
 
-int DieMaking(ChildTalk&) {
+/// Ends, or stops, while it makes room for more objects.
+int FillUp(int signal) {
     TheFaults().fullAfter = 1;
-    TheFaults().killWhenFull = true;
+    TheFaults().signalWhenFull = signal;
     std::vector<Handle> handles;
     for (int i = 0; i < 1000; ++i)
         handles.push_back(AutoEvent(("Die." + std::to_string(i)).c_str()));
     return 1;
 }
+int DieMaking(ChildTalk&) {
+    return FillUp(SIGKILL);
+}
+int StopMaking(ChildTalk&) {
+    return FillUp(SIGSTOP);
+}
 
 int DieFirst(ChildTalk&) {
     TheFaults().fullAfter = 0;
-    TheFaults().killWhenFull = true;
+    TheFaults().signalWhenFull = SIGKILL;
     const Handle event = AutoEvent("First");
     return 1;
 }
@@ -117,7 +126,7 @@ constexpr ChildJob kJobs[] = {
     {"wait-go", WaitGo},         {"wait-places", WaitPlaces},
     {"take-places", TakePlaces}, {"die-making", DieMaking},
     {"die-first", DieFirst},     {"chaos", Chaos},
-    {"step", StepJob},
+    {"stop-making", StopMaking}, {"step", StepJob},
 };
 
 }  // namespace

@@ -18,6 +18,10 @@ protected:
         EXPECT_EQ(child->Hear(), "ready") << job;
         return child;
     }
+    static void UntilAsleep(const ChildProcess& child) {
+        while (!SleepsInAWait("/proc/" + std::to_string(child.Id())))
+            usleep(1000);
+    }
 };
 
 bool Exists(const char* name) {
@@ -144,6 +148,34 @@ TEST_F(Processes, LoseNoSignalsToWaitersThatAreKilled) {
     dead->Kill();
     ASSERT_TRUE(ReleaseSemaphore(places, 1, nullptr));
     EXPECT_EQ(alive->Wait(), 0) << "the place went to who lives";
+}
+
+TEST_F(Processes, GiveNoSignalBackThatWasResetMeanwhile) {
+    static const struct {
+        const char* label;
+        BOOL (*signal)(HANDLE event);
+        BOOL (*take)(HANDLE event);  // back, as far as it is still there
+        DWORD left;
+    } kRows[] = {
+        {"set", SetEvent, nullptr, WAIT_OBJECT_0},
+        {"set and reset", SetEvent, ResetEvent, WAIT_TIMEOUT},
+        {"pulsed", PulseEvent, nullptr, WAIT_TIMEOUT},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        const Handle go = AutoEvent("Go");
+        const auto stopped = Start("wait-go");
+        UntilAsleep(*stopped);
+        stopped->Stop();  // what it is given it does not get to use
+        ASSERT_TRUE(row.signal(go));
+        ASSERT_EQ(WaitForSingleObject(go, 0), WAIT_TIMEOUT) << "the other one's";
+        if (row.take != nullptr) {
+            ASSERT_TRUE(row.take(go));
+        }
+        stopped->Kill();
+        const auto newcomer = Start("hold-all");  // who looks after the dead
+        EXPECT_EQ(WaitForSingleObject(go, 0), row.left);
+    }
 }
 
 TEST_F(Processes, LoseNoSignalsToWaitersThatDieWithThem) {
@@ -289,15 +321,45 @@ TEST_F(Processes, ForkWhileOthersAreBusy) {
         thread.join();
 }
 
+TEST_F(Processes, ThatAreStoppedWithTheLockCostAWaitNoMoreThanItsTime) {
+    const Handle go = AutoEvent("Go");
+    const Handle own = AutoEvent();
+    const HANDLE mixed[] = {own, go};
+    // Asleep before it happens: they find out when they look again.
+    Waiter patient([&] { return WaitForSingleObject(go, INFINITE); });
+    Waiter shortly([&] { return WaitForMultipleObjects(2, mixed, FALSE, 200); });
+    patient.UntilAsleep();
+    shortly.UntilAsleep();
+    ChildProcess child("stop-making");
+    int status = 0;
+    ASSERT_EQ(waitpid(child.Id(), &status, WUNTRACED), child.Id());
+    ASSERT_TRUE(WIFSTOPPED(status));
+
+    Faults::wallClockBehind = 10'000'000'000;  // the five seconds are over at once
+    EXPECT_EQ(shortly.Result(), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(go, 20), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForMultipleObjects(2, mixed, FALSE, 20), WAIT_TIMEOUT);
+    EXPECT_FALSE(SetEvent(go)) << "somebody waits for it";
+    EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
+    Waiter late([&] { return WaitForSingleObject(go, INFINITE); });
+    usleep(20'000);
+    EXPECT_FALSE(late.IsDone());
+    child.Kill();
+    Faults::wallClockBehind = 0;
+    EXPECT_TRUE(SetEvent(go));
+    EXPECT_TRUE(SetEvent(own)) << "nobody left its lock behind";
+    EXPECT_EQ(patient.Result(), WAIT_OBJECT_0);
+    EXPECT_TRUE(SetEvent(go));
+    EXPECT_EQ(late.Result(), WAIT_OBJECT_0);
+}
+
 TEST_F(Processes, ThatAreStoppedDoNotStopTheOthers) {
     const Handle go = AutoEvent("Go");
     const Handle back = AutoEvent("Back");
     const auto child = Start("answer");
     EXPECT_TRUE(SetEvent(go));
     EXPECT_EQ(WaitForSingleObject(back, 60000), WAIT_OBJECT_0);
-    // Where it holds no lock: a process that is stopped with the lock costs the others five seconds and an error.
-    while (!SleepsInAWait("/proc/" + std::to_string(child->Id())))
-        usleep(1000);
+    UntilAsleep(*child);  // where it holds no lock
     child->Stop();
     for (int i = 0; i < 10; ++i) {
         EXPECT_TRUE(SetEvent(go));

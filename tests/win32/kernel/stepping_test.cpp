@@ -13,6 +13,16 @@ constexpr int kSamples = 10;  // of each call and run; other ones the next time
 
 class Stepping : public KernelObjects {
 protected:
+    // Who sleeps looks every second whether somebody died on the way to wake it: the tests do not wait for whole ones.
+    void SetUp() override {
+        KernelObjects::SetUp();
+        Faults::clockBehind = 950'000'000;
+    }
+    void TearDown() override {
+        Faults::clockBehind = 0;
+        KernelObjects::TearDown();
+    }
+
     /// Runs `before`, kills a process after a part of its call, runs `after`.
     template <typename Before, typename After>
     void Sample(const char* call, Before before, After after) {

@@ -143,10 +143,13 @@ auto OnThread(Body body) {
     return result;
 }
 
-/// Fails system calls made for named objects.
+/// Fails and bends system calls made for kernel objects.
 struct Faults {
-    int fullAfter = -1;  // so many times more memory is had, then none; -1: always
-    bool killWhenFull = false;
+    int fullAfter = -1;      // so many times more memory is had, then none; -1: always
+    int signalWhenFull = 0;  // what the process does to itself then, with the lock in its hands
+    // A clock reads so many nanoseconds less than the system's: sleeps of whole seconds end that much earlier.
+    static inline std::atomic<std::int64_t> clockBehind{0};
+    static inline std::atomic<std::int64_t> wallClockBehind{0};
     static inline std::atomic<int> repairs{0};  // how often the lock of a process that ended was taken over
 };
 Faults& TheFaults();

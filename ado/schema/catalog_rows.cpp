@@ -1,5 +1,6 @@
 #include "ado/schema/catalog_rows.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -26,10 +27,15 @@ CatalogCall Escaped(Session& session, CatalogCall call) {
     return call;
 }
 
-CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::vector<std::size_t> places) {
+/// @param columns  the catalog function's column that each one is; empty: the same
+CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::span<const std::size_t> columns) {
     auto answer = std::make_shared<CatalogAnswer>();
     answer->rows = std::move(fetched);
-    answer->places = std::move(places);
+    const std::size_t most = std::min(answer->rows->Columns().size(), kMostCatalogColumns - 1);
+    for (std::size_t place = 1; place <= most; ++place) {
+        const std::size_t column = columns.empty() ? place : columns[place - 1];
+        answer->places[column] = static_cast<unsigned char>(place);
+    }
     const std::size_t count = answer->rows->CountRows();
     CatalogRows rows;
     rows.reserve(count);
@@ -40,15 +46,8 @@ CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::vector<std::size_t> p
 
 }  // namespace
 
-std::size_t CatalogAnswer::PlaceOf(std::size_t column) const noexcept {
-    if (places.empty()) return column;
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        if (places[i] == column) return i + 1;
-    }
-    return places.size() + 1;
-}
-
 const SchemaValue* CatalogRow::FindFound(std::size_t column) const noexcept {
+    if (!isFound_[column]) return nullptr;
     for (const Found& found : found_) {
         if (found.column == column) return &found.value;
     }
@@ -59,8 +58,8 @@ std::optional<std::string_view> CatalogRow::Text(std::size_t column) const {
     if (const SchemaValue* found = FindFound(column)) {
         return found->IsText() ? std::optional(found->AsText()) : std::nullopt;
     }
-    const std::size_t place = answer_->PlaceOf(column);
-    if (place > answer_->rows->Columns().size()) return std::nullopt;
+    const std::size_t place = answer_->places[column];
+    if (place == 0) return std::nullopt;
     const Cell cell = answer_->rows->At(row_, place - 1);
     if (cell.form == Cell::Form::Null) return std::nullopt;
     if (cell.text.data() != nullptr) return cell.text;
@@ -72,8 +71,8 @@ std::optional<long long> CatalogRow::Number(std::size_t column) const {
     if (const SchemaValue* found = FindFound(column)) {
         return found->IsNull() || found->IsText() ? std::nullopt : std::optional(found->AsNumber());
     }
-    const std::size_t place = answer_->PlaceOf(column);
-    if (place > answer_->rows->Columns().size()) return std::nullopt;
+    const std::size_t place = answer_->places[column];
+    if (place == 0) return std::nullopt;
     const Cell cell = answer_->rows->At(row_, place - 1);
     switch (cell.form) {
         case Cell::Form::Integer:
@@ -96,6 +95,7 @@ std::optional<long long> CatalogRow::Number(std::size_t column) const {
 
 void CatalogRow::Set(std::size_t column, SchemaValue value) {
     if (found_.empty()) found_.reserve(kUsuallyFound);
+    isFound_.set(column);
     found_.push_back({column, value});
 }
 
@@ -157,7 +157,7 @@ CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view
                        std::initializer_list<std::size_t> columns) {
     Statement statement = session->Execute(sql, ExecuteOptions{});
     if (!statement.HasRows()) return {};
-    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), columns);
+    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), std::span(columns.begin(), columns.end()));
 }
 
 CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
@@ -169,7 +169,7 @@ CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view
     options.prepared = true;
     Statement statement = session->Execute(sql, std::span<const Parameter>(sent), options);
     if (!statement.HasRows()) return {};
-    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {columns.begin(), columns.end()});
+    return ReadRows(RowSet::Fetch(std::move(statement), session, {}), columns);
 }
 
 }  // namespace tk::ado

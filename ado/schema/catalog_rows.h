@@ -1,6 +1,8 @@
 // ado/schema/catalog_rows.h - what a catalog function answered, kept whole: rows of values by ODBC's column numbers.
 #pragma once
 
+#include <array>
+#include <bitset>
 #include <deque>
 #include <initializer_list>
 #include <memory>
@@ -15,14 +17,18 @@
 
 namespace tk::ado {
 
+struct SqlTypeRule;
+
+/// Columns of catalog functions, and what is found out beside them, have smaller numbers.
+inline constexpr std::size_t kMostCatalogColumns = 32;
+
 /// An answer as it was fetched, and texts that were made of it.
 struct CatalogAnswer {
     std::shared_ptr<RowSet> rows;
-    std::vector<std::size_t> places;  // the catalog function's column that each one is; empty: the same
-    std::deque<std::string> made;     // never move
+    std::deque<std::string> made;  // never move
 
-    /// Which column of the answer holds that of the catalog function; behind the last one: none.
-    std::size_t PlaceOf(std::size_t column) const noexcept;
+    /// Which column of the answer holds that of the catalog function, from 1; 0: none.
+    std::array<unsigned char, kMostCatalogColumns> places = {};
 };
 
 /// One row of the answer, read in place.
@@ -39,6 +45,9 @@ public:
     void Set(std::size_t column, SchemaValue value);
     void SetMadeText(std::size_t column, std::string text);
 
+    /// Kept for whoever asks for it again and again; null: nobody has.
+    mutable const SqlTypeRule* typeRule = nullptr;
+
 private:
     struct Found {
         std::size_t column;
@@ -48,6 +57,7 @@ private:
 
     std::shared_ptr<CatalogAnswer> answer_;
     std::size_t row_;
+    std::bitset<kMostCatalogColumns> isFound_;
     std::vector<Found> found_;
 };
 

@@ -31,10 +31,12 @@ enum ColumnsColumn : std::size_t {
 };
 
 const SqlTypeRule& RuleOf(const CatalogRow& row) {
+    if (row.typeRule != nullptr) return *row.typeRule;
     const auto sqlType = static_cast<int>(row.Number(kDataType).value_or(0));
     const bool isUnsigned =
         IsIntegerType(sqlType) && row.Text(kTypeName).value_or("").find("UNSIGNED") != std::string_view::npos;
-    return FindSqlType(sqlType, isUnsigned);
+    row.typeRule = &FindSqlType(sqlType, isUnsigned);
+    return *row.typeRule;
 }
 
 bool IsText(const SqlTypeRule& rule) {

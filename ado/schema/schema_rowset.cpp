@@ -82,6 +82,7 @@ int Order(const SchemaValue& first, const SchemaValue& second) {
 
 bool IsAllowed(const CatalogRow& row, const SchemaTable& table, const Restrictions& restrictions) {
     for (std::size_t i = 0; i < restrictions.Count(); ++i) {
+        if (!restrictions.IsGiven(i)) continue;
         if (restrictions.Allows(i, ValueOf(row, table.columns[table.restrictions[i]]))) continue;
         const SchemaValue other = table.otherwise != nullptr ? table.otherwise(row, i) : SchemaValue();
         if (!other.IsText() || !restrictions.Allows(i, other)) return false;

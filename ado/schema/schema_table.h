@@ -44,6 +44,9 @@ public:
     /// Whether a value passes: texts exactly, NULL only where NULL is asked for.
     bool Allows(std::size_t number, const SchemaValue& value) const;
 
+    /// Whether it restricts at all.
+    bool IsGiven(std::size_t number) const noexcept { return wanted_[number].form != Wanted::Form::Anything; }
+
     std::size_t Count() const noexcept { return wanted_.size(); }
 
 private:

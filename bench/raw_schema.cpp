@@ -23,7 +23,9 @@ public:
         SQLAllocHandle(SQL_HANDLE_STMT, connection_, &statement_);
         SQLCHAR name[128] = {};
         SQLGetInfo(connection_, SQL_DBMS_NAME, name, sizeof name, nullptr);
-        isFile_ = std::string(reinterpret_cast<char*>(name)).find("SQLite") != std::string::npos;
+        const std::string system(reinterpret_cast<char*>(name));
+        isFile_ = system.find("SQLite") != std::string::npos;
+        hasCatalogs_ = system.find("MariaDB") != std::string::npos;
     }
     ~Raw() override {
         SQLFreeHandle(SQL_HANDLE_STMT, statement_);
@@ -56,6 +58,7 @@ public:
         Columns(nullptr, [&](const Row& row) { columns += isFile_ || tables.contains(row.text[2]); });
         return columns;
     }
+    bool HasCatalogs() const override { return hasCatalogs_; }
     bool IsFile() const override { return isFile_; }
 
 private:
@@ -102,7 +105,7 @@ private:
         } else {
             Bind(row, {1, 2, 3, 4}, {});
             SQLCHAR types[] = "'TABLE'";
-            Check(SQLTables(statement_, nullptr, 0, Bytes(schema_), SQL_NTS, nullptr, 0, types, SQL_NTS));
+            Check(SQLTables(statement_, Catalog(), SQL_NTS, Schema(), SQL_NTS, nullptr, 0, types, SQL_NTS));
         }
         ForEach(row, use);
     }
@@ -123,8 +126,8 @@ private:
         } else {
             Bind(row, {1, 2, 3, 4, 6, 13}, {5, 7, 9, 11, 17});
             std::string name = table != nullptr ? *table : "";
-            Check(SQLColumns(statement_, nullptr, 0, Bytes(schema_), SQL_NTS, table != nullptr ? Bytes(name) : nullptr,
-                             SQL_NTS, nullptr, 0));
+            Check(SQLColumns(statement_, Catalog(), SQL_NTS, Schema(), SQL_NTS,
+                             table != nullptr ? Bytes(name) : nullptr, SQL_NTS, nullptr, 0));
         }
         ForEach(row, use);
     }
@@ -132,6 +135,10 @@ private:
     SQLHENV environment_ = nullptr;
     SQLHDBC connection_ = nullptr;
     SQLHSTMT statement_ = nullptr;
+    SQLCHAR* Catalog() { return hasCatalogs_ ? Bytes(schema_) : nullptr; }
+    SQLCHAR* Schema() { return hasCatalogs_ ? nullptr : Bytes(schema_); }
+
+    bool hasCatalogs_ = false;
     bool isFile_ = false;
     std::string schema_;
 };

@@ -14,6 +14,9 @@ public:
 
     virtual void Execute(const std::string& sql) = 0;
 
+    /// True where databases stand for schemata.
+    virtual bool HasCatalogs() const = 0;
+
     /// True for a database in a file, whose driver tells columns wrong: queries stand in for its catalog functions.
     virtual bool IsFile() const = 0;
 

@@ -2,10 +2,10 @@
 //
 //   schema_bench [Google Benchmark options]
 //
-// 500 tables with 20 columns and 4 indexes each. TKBENCH_POSTGRES holds an ODBC connection string; without it, only
-// SQLite runs. "each" asks for the columns of table after table, as programs list them; "whole" asks once for all.
-// "raw" makes the calls that the members are fed from: SQLTables and SQLColumns, or on SQLite, whose driver tells
-// columns wrong, the queries that stand in for them. Every answer is counted before it is timed.
+// 500 tables with 20 columns and 4 indexes each. TKBENCH_POSTGRES and TKBENCH_MARIADB hold ODBC connection strings;
+// without them, only SQLite runs. "each" asks for the columns of table after table, as programs list them; "whole" asks
+// once for all. "raw" makes the calls that the members are fed from: SQLTables and SQLColumns, or on SQLite, whose
+// driver tells columns wrong, the queries that stand in for them. Every answer is counted before it is timed.
 #include <benchmark/benchmark.h>
 #include <tkkernel/tkkernel.h>
 #include <unistd.h>
@@ -81,12 +81,17 @@ private:
 void Make(RawSchema& raw) {
     if (raw.IsFile()) {
         raw.Execute("PRAGMA synchronous = 0");
+    } else if (raw.HasCatalogs()) {
+        raw.Execute("DROP DATABASE IF EXISTS tk_bench");
+        raw.Execute("CREATE DATABASE tk_bench");
+        raw.Execute("USE tk_bench");
+        raw.Execute("SET default_storage_engine = aria");
     } else {
         raw.Execute("DROP SCHEMA IF EXISTS tk_bench CASCADE");
         raw.Execute("CREATE SCHEMA tk_bench");
         raw.Execute("SET search_path TO tk_bench");
     }
-    static constexpr const char* kTypes[] = {"integer", "varchar(40)", "numeric(12,2)", "timestamp", "text"};
+    static constexpr const char* kTypes[] = {"integer", "varchar(40)", "numeric(12,2)", "timestamp", "varchar(400)"};
     for (int i = 0; i < kTables; ++i) {
         std::string columns = "id integer not null primary key";
         for (int column = 1; column < kColumns; ++column) {
@@ -122,7 +127,9 @@ struct Target {
     Target(const std::string& name, const std::string& connection)
         : raw(tk::bench::MakeRawSchema(connection, kSchema)), library(connection) {
         Make(*raw);
-        if (!raw->IsFile()) {
+        if (raw->HasCatalogs()) {
+            library.Execute("USE tk_bench");
+        } else if (!raw->IsFile()) {
             library.UseSchema();
             library.Execute("SET search_path TO tk_bench");
         }
@@ -147,10 +154,14 @@ int main(int argc, char** argv) {
         std::unique_ptr<Target> postgres;
         if (const char* connection = std::getenv("TKBENCH_POSTGRES"))
             postgres = std::make_unique<Target>("postgres", connection);
+        std::unique_ptr<Target> mariadb;
+        if (const char* connection = std::getenv("TKBENCH_MARIADB"))
+            mariadb = std::make_unique<Target>("mariadb", connection);
         benchmark::Initialize(&argc, argv);
         benchmark::RunSpecifiedBenchmarks();
         benchmark::ClearRegisteredBenchmarks();
         if (postgres) postgres->raw->Execute("DROP SCHEMA tk_bench CASCADE");
+        if (mariadb) mariadb->raw->Execute("DROP DATABASE tk_bench");
     } catch (const std::exception& e) {
         std::fprintf(stderr, "%s\n", e.what());
         code = 1;

@@ -1,6 +1,10 @@
 // tkdb load on a database in a file, and the histogram it measures with.
+#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
@@ -92,6 +96,44 @@ TEST_F(Tkdb, LoadSaysWhyRequestsFail) {
     EXPECT_EQ(RunTkdb("load 'Driver=SQLite3;Database=/no/such/folder/x.db' 'select 1' --requests 1").code, 1);
     EXPECT_EQ(RunTkdb("load " + connection_).code, 2) << "no statement";
     EXPECT_EQ(RunTkdb("load 'Driver=SQLite3;Database=/" + std::string(130, 'x') + "' 'select 1'").code, 2);
+    const Outcome refused = RunTkdb("load 'DSN=x;Password=" + std::string(128, 'x') + "' 'select 1'", "2>&1");
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_EQ(refused.output, "tkdb: a pool takes a password of up to 127 bytes, not 128\n");
+}
+
+TEST_F(Tkdb, LoadEndsWhenItIsInterruptedWhateverARequestTakes) {
+    RunningTkdb running("load " + connection_ +
+                        " 'create table t (n integer)' 'with recursive c(n) as (select 1 union all select n + 1 from c "
+                        "limit 1000000000000) select count(*) from c' --threads 1 --seconds 600");
+    const std::string file = std::string(folder_) + "/t.db";
+    ASSERT_TRUE(running.WaitUntil([&] { return std::ifstream(file).peek() != std::ifstream::traits_type::eof(); }));
+    constexpr int kUntilTheNextMs = 300;
+    poll(nullptr, 0, kUntilTheNextMs);
+    running.Signal(SIGINT);
+    const Outcome outcome = running.Finish();
+    EXPECT_EQ(outcome.code, 130);
+    EXPECT_THAT(outcome.output, HasSubstr("requests     1 in "));
+    EXPECT_THAT(outcome.output, HasSubstr("tkdb: 1 request(s) did not end\n"));
+}
+
+TEST_F(Tkdb, LoadEndsWhenItIsInterruptedWhileNobodyAnswers) {
+    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof(address);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(listener, 5), 0);
+    ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    RunningTkdb running("load 'Driver={PostgreSQL Unicode};Server=127.0.0.1;Port=" +
+                        std::to_string(ntohs(address.sin_port)) + ";Database=x;UID=x;PWD=x' 'select 1'");
+    pollfd called = {listener, POLLIN, 0};
+    ASSERT_TRUE(running.WaitUntil([&] { return poll(&called, 1, 0) == 1; }));
+    running.Signal(SIGINT);
+    const Outcome outcome = running.Finish();
+    close(listener);
+    EXPECT_EQ(outcome.code, 130);
+    EXPECT_EQ(outcome.output, "tkdb: interrupted while the database system did not answer\n");
 }
 
 }  // namespace

@@ -2,16 +2,20 @@
 
 #include <fmt/format.h>
 #include <tkkernel/session_statistics.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <mutex>
+#include <optional>
 #include <system_error>
 #include <thread>
 
 #include "tools/tkdb/command_support.h"
 #include "tools/tkdb/interruption.h"
 #include "tools/tkdb/latency_histogram.h"
+#include "tools/tkdb/pool_connection.h"
 #include "tools/tkdb/replacing_file.h"
 #include "tools/tkdb/terminal_text.h"
 
@@ -20,50 +24,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kLongestConnection = 127;  // of a pool, in bytes
-
-/// How a pool is told what a connection string says: it makes "DSN=" and a text of its own, and sends the user and the
-/// password behind it, which would take the place of those inside.
-struct PoolConnection {
-    std::string text;
-    std::string user;
-    std::string password;
-
-    explicit PoolConnection(const std::string& connection) {
-        if (connection.find('=') == std::string::npos) {
-            text = connection;
-            return;
-        }
-        int braces = 0;
-        std::string item;
-        for (const char character : connection + ";") {
-            braces += character == '{' ? 1 : character == '}' ? -1 : 0;
-            if (character != ';' || braces > 0) {
-                item += character;
-                continue;
-            }
-            Take(item);
-            item.clear();
-        }
-    }
-
-private:
-    void Take(const std::string& item) {
-        const std::size_t equals = item.find('=');
-        if (equals == std::string::npos) return;
-        CString name(item.c_str(), static_cast<int>(equals));
-        name.MakeUpper();
-        if (name == "UID") {
-            user = item.substr(equals + 1);
-        } else if (name == "PWD") {
-            password = item.substr(equals + 1);
-        } else if (name == "DSN") {
-            text = item.substr(equals + 1) + text;
-        } else {
-            text += ";" + item;
-        }
-    }
-};
+// How long what is under way may take once the user wants the end.
+constexpr auto kPatience = std::chrono::seconds(3);
+constexpr auto kLook = std::chrono::milliseconds(20);
 
 /// A statement with rows begins with one of these.
 bool HasRows(const std::string& statement) {
@@ -94,12 +57,42 @@ struct Work {
     }
 };
 
-/// What one thread has found.
-struct Found {
-    LatencyHistogram latencies;
-    long failures = 0;
-    CString reason;  // of the first failure
-    Clock::time_point end;
+/// What one thread has found so far.
+class Found {
+public:
+    void Add(Clock::time_point begin, Clock::time_point end) {
+        const std::lock_guard guard(lock_);
+        latencies_.Add(
+            static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(end - begin).count()));
+        end_ = end;
+    }
+    /// @param reason  asked for the first time only
+    template <typename Reason>
+    void AddFailure(const Reason& reason) {
+        const std::lock_guard guard(lock_);
+        if (failures_++ == 0) reason_ = reason();
+        end_ = Clock::now();
+    }
+    /// Any thread, meanwhile. Takes in what another one has found.
+    void Add(Found& other) {
+        const std::lock_guard guard(other.lock_);
+        latencies_.Add(other.latencies_);
+        if (failures_ == 0) reason_ = other.reason_;
+        failures_ += other.failures_;
+        end_ = std::max(end_, other.end_);
+    }
+
+    const LatencyHistogram& Latencies() const { return latencies_; }
+    long Failures() const { return failures_; }
+    CString Reason() const { return reason_; }  // of the first failure
+    Clock::time_point End() const { return end_; }
+
+private:
+    std::mutex lock_;
+    LatencyHistogram latencies_;
+    long failures_ = 0;
+    CString reason_;
+    Clock::time_point end_;  // of the last request
 };
 
 bool ReadAll(CTDataClient& client, const std::string& sql) {
@@ -130,20 +123,66 @@ void RunThread(CTDataServer& server, Work& work, Found& found, std::size_t next)
             const Statement& statement = work.statements[next++ % work.statements.size()];
             const auto begin = Clock::now();
             const bool isDone = statement.hasRows ? ReadAll(client, statement.text) : Change(client, statement.text);
-            const auto took = Clock::now() - begin;
             if (isDone) {
-                found.latencies.Add(
-                    static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(took).count()));
+                found.Add(begin, Clock::now());
                 continue;
             }
-            if (found.failures++ == 0) found.reason = client.GetLastErrorString();
+            found.AddFailure([&] { return client.GetLastErrorString(); });
             // Who asks again at once keeps those from the processor who have what it asks for.
             constexpr auto kBeforeTheNext = std::chrono::milliseconds(1);
             std::this_thread::sleep_for(kBeforeTheNext);
         }
     }
-    found.end = Clock::now();
     CoUninitialize();
+}
+
+/// Waits until it has happened; patiently, unless the user wants the end. @return whether it has happened
+template <typename Happened>
+bool WaitFor(const Happened& happened) {
+    std::optional<Clock::time_point> end;
+    while (!happened()) {
+        if (Interruption::Wanted() && !end) end = Clock::now() + kPatience;
+        if (end && Clock::now() > *end) return false;
+        std::this_thread::sleep_for(kLook);
+    }
+    return true;
+}
+
+/// Ends the program although threads of it are waiting for a server that does not answer.
+[[noreturn]] void Leave() {
+    std::fflush(nullptr);
+    _exit(kInterrupted);
+}
+
+/// On a thread of its own, since a server that does not answer keeps it.
+int OpenPool(CTDataServer& server, const PoolConnection& connection, int sessions) {
+    std::atomic<bool> isDone = false;
+    int isOpen = 0;
+    std::thread opening([&] {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        isOpen = server.OpenDatabase(connection.text.c_str(), connection.user.c_str(), connection.password.c_str(),
+                                     static_cast<short>(sessions));
+        CoUninitialize();
+        isDone = true;
+    });
+    if (!WaitFor([&] { return isDone.load(); })) {
+        fmt::print(stderr, "tkdb: interrupted while the database system did not answer\n");
+        Leave();
+    }
+    opening.join();
+    return isOpen;
+}
+
+void PrintRequests(const Found& all, Clock::time_point begin) {
+    const LatencyHistogram& latencies = all.Latencies();
+    const std::chrono::duration<double> took = std::max(all.End(), begin) - begin;
+    const auto total = static_cast<double>(latencies.Total());
+    fmt::print("requests     {} in {:.2f} s, {:.0f} a second, {} failed\n", latencies.Total(), took.count(),
+               took.count() > 0 ? total / took.count() : 0, all.Failures());
+    fmt::print("latency      median {}, 90 % {}, 99 % {}, 99.9 % {}, longest {}\n",
+               TimeText(latencies.PercentileNs(0.5)), TimeText(latencies.PercentileNs(0.9)),
+               TimeText(latencies.PercentileNs(0.99)), TimeText(latencies.PercentileNs(0.999)),
+               TimeText(latencies.LongestNs()));
 }
 
 void PrintKind(const char* name, const tk::session::KindStatistics& kind) {
@@ -166,17 +205,15 @@ bool WritePlot(const std::string& path, const LatencyHistogram& latencies) {
 }  // namespace
 
 int RunLoad(const std::string& connection, const LoadOptions& options) {
-    const PoolConnection pool(TerminalToGbk(connection));
-    if (pool.text.size() > kLongestConnection) {
-        fmt::print(stderr, "tkdb: a pool takes connection strings up to {} bytes\n", kLongestConnection);
+    std::string reason;
+    const auto pool = ForPool(TerminalToGbk(connection), reason);
+    if (!pool) {
+        fmt::print(stderr, "tkdb: {}\n", reason);
         return kWrongUsage;
     }
     const Interruption interruption;
     CTDataServer server;
-    if (!server.OpenDatabase(pool.text.c_str(), pool.user.c_str(), pool.password.c_str(),
-                             static_cast<short>(options.sessions))) {
-        return Refuse(server.GetLastErrorString());
-    }
+    if (!OpenPool(server, *pool, options.sessions)) return Refuse(server.GetLastErrorString());
     Work work;
     for (const auto& statement : options.statements) {
         const std::string sql = TerminalToGbk(statement);
@@ -203,10 +240,17 @@ int RunLoad(const std::string& connection, const LoadOptions& options) {
             work.stops = true;
         }
     }
-    while (running > 0) {
+    const bool isOver = WaitFor([&] {
         if (Interruption::Wanted()) work.stops = true;
-        constexpr auto kLook = std::chrono::milliseconds(20);
-        std::this_thread::sleep_for(kLook);
+        return running == 0;
+    });
+    Found all;
+    for (Found& each : found)
+        all.Add(each);
+    if (!isOver) {
+        PrintRequests(all, begin);
+        fmt::print(stderr, "tkdb: {} request(s) did not end\n", running.load());
+        Leave();
     }
     for (auto& thread : threads)
         thread.join();
@@ -214,33 +258,21 @@ int RunLoad(const std::string& connection, const LoadOptions& options) {
         fmt::print(stderr, "tkdb: the system starts no more than {} threads\n", threads.size());
         return kDatabaseRefused;
     }
-    const std::chrono::duration<double> took = std::ranges::max(found, {}, &Found::end).end - begin;
-
-    Found all;
-    for (const Found& each : found) {
-        all.latencies.Add(each.latencies);
-        if (all.failures == 0) all.reason = each.reason;
-        all.failures += each.failures;
-    }
     const auto statistics = tk::session::ReadStatistics(server);
     if (options.metrics) {
         fmt::print("{}", static_cast<const char*>(tk::session::ToPrometheusText(statistics, "tkdb")));
     } else {
-        fmt::print("requests     {} in {:.2f} s, {:.0f} a second, {} failed\n", all.latencies.Total(), took.count(),
-                   static_cast<double>(all.latencies.Total()) / took.count(), all.failures);
-        fmt::print("latency      median {}, 90 % {}, 99 % {}, 99.9 % {}, longest {}\n",
-                   TimeText(all.latencies.PercentileNs(0.5)), TimeText(all.latencies.PercentileNs(0.9)),
-                   TimeText(all.latencies.PercentileNs(0.99)), TimeText(all.latencies.PercentileNs(0.999)),
-                   TimeText(all.latencies.LongestNs()));
-        fmt::print("pool         {} sessions, {} faults\n", statistics.sessions, statistics.faults);
+        PrintRequests(all, begin);
+        fmt::print("pool         {} sessions, {} faults\n", statistics.sessions,
+                   statistics.faults + statistics.clientFaults);
         PrintKind("connections", statistics.databases);
         PrintKind("recordsets", statistics.recordsets);
     }
-    if (!options.plot.empty() && !WritePlot(options.plot, all.latencies)) {
+    if (!options.plot.empty() && !WritePlot(options.plot, all.Latencies())) {
         fmt::print(stderr, "tkdb: cannot write {}\n", options.plot);
         return kNotWritten;
     }
-    if (all.failures > 0) return Refuse(all.reason);
+    if (all.Failures() > 0) return Refuse(all.Reason());
     return work.stops ? kInterrupted : kSuccess;
 }
 

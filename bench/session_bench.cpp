@@ -17,6 +17,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "util/fault_guard.h"
 
@@ -52,7 +53,12 @@ soci::connection_pool& SociPool() {
 Poco::Data::SessionPool& PocoPool() {
     static Poco::Data::SessionPool& pool = *[] {
         Poco::Data::SQLite::Connector::registerConnector();
-        return new Poco::Data::SessionPool("SQLite", file, 1, kSessions);
+        auto* const made = new Poco::Data::SessionPool("SQLite", file, kSessions, kSessions);
+        // It opens a session when none is idle, and keeps the least number open.
+        std::vector<Poco::Data::Session> all;
+        for (int i = 0; i < kSessions; ++i)
+            all.push_back(made->get());
+        return made;
     }();
     return pool;
 }

@@ -1,8 +1,9 @@
-// pool_faults.h - what can happen inside a lent session, and servers that are none.
+// pool_faults.h - what can happen inside a lent session, and a server that is none.
 #pragma once
 
 #include <atomic>
 #include <stdexcept>
+#include <utility>
 
 #include "support/scripted_object.h"
 #include "tkkernel/session.h"
@@ -51,10 +52,12 @@ inline CTDataServer& NowhereServer() {
     return *reinterpret_cast<CTDataServer*>(16);
 }
 
-/// A server in memory that can be read and not written: closed, to all appearances.
-inline CTDataServer& ReadOnlyServer() {
-    alignas(CTDataServer) static const unsigned char memory[sizeof(CTDataServer)] = {};
-    return *reinterpret_cast<CTDataServer*>(const_cast<unsigned char*>(memory));
+/// Calls a member of what may be no object, which the sanitizer is there to find.
+template <typename Result, typename... Parameters, typename... Arguments>
+__attribute__((no_sanitize("undefined"))) Result CallAnyway(CTDataServer& server,
+                                                            Result (CTDataServer::*member)(Parameters...),
+                                                            Arguments&&... arguments) {
+    return (server.*member)(std::forward<Arguments>(arguments)...);
 }
 
 }  // namespace tk::test

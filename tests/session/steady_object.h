@@ -1,6 +1,8 @@
 // steady_object.h - an automation object that answers from any thread, and allocates nothing.
 #pragma once
 
+#include <windows.h>
+
 #include <oleauto.h>
 
 #include <atomic>

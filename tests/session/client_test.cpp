@@ -222,10 +222,60 @@ TEST_F(DataClient, AFileThatCannotBeSavedStillCountsAsSaved) {
 
 TEST_F(DataClient, AnEmptyScriptGivesTheReasonOfTheConnection) {
     Borrow();
+    CTDatabase* const lent = server_.GetDatabase() - 1;  // the one before the next
     connection_->On(Get(18)) = Script();
     EXPECT_STREQ(client_.GetTableScript("T"), "");
+    EXPECT_EQ(Error(), ErrorOf(*lent));
+    EXPECT_NE(Error(), "");
+    client_.SetLastErrorString("x");
     EXPECT_STREQ(client_.GetViewScript("V"), "");
+    EXPECT_EQ(Error(), ErrorOf(*lent));
     EXPECT_EQ(Configuration(server_), "4 3 3");
+}
+
+TEST_F(DataClient, GivesTheReasonOfTheRecordsetThatKnowsNoSuchField) {
+    Borrow();
+    records_->On(Get(0)).Returns(Object(MakeFields({{"A", Text("x")}}).Get()));
+    _tagFIELDINFO info;
+    EXPECT_EQ(client_.GetFieldInfor("B", &info), 0);
+    EXPECT_EQ(Error(), ErrorOf(*client_.GetRecordset()));
+    EXPECT_NE(Error(), "");
+    EXPECT_EQ(Configuration(server_), "4 3 3");
+}
+
+TEST_F(DataClient, ARecordThatCannotBeReadIsAnEmptyText) {
+    Borrow();
+    records_->On(Get(1006)).Returns(Flag(true));
+    EXPECT_STREQ(client_.GetRecordString("|"), "") << "behind the last record";
+    EXPECT_EQ(Configuration(server_), "4 3 3");
+}
+
+TEST_F(DataClient, OpeningATableOrAProcedureThatIsNotThereHoldsNothing) {
+    records_->On(Call(1022)).Fails("没有这个对象");
+    for (const auto& member : OpeningMembers()) {
+        SCOPED_TRACE(member.place);
+        client_.SetLastErrorString("");
+        EXPECT_EQ(member.call(client_), "0");
+        EXPECT_TRUE(Error().starts_with("没有这个对象\r\n")) << Error();
+        EXPECT_EQ(client_.GetRecordset(), nullptr);
+        EXPECT_EQ(Configuration(server_), "4 4 4");
+    }
+    records_->On(Call(1022)) = Script();
+    EXPECT_THAT(TakeLog(), IsEmpty());
+}
+
+TEST_F(DataClient, AsksTheServerWithoutALoan) {
+    EXPECT_STREQ(client_.GetDbmsName(), "Oracle");
+    EXPECT_EQ(Error(), "");
+    connection_->On(Get(18)) = Script();
+    client_.SetLastErrorString("x");
+    // The server's answer is its connection's reason then; its own text is empty, and so nothing is set.
+    EXPECT_EQ(std::string(client_.GetSpecialValue("q", "A")), ErrorOf(*server_.GetDatabase()));
+    EXPECT_EQ(Error(), "x");
+    server_.CloseDatabase();
+    EXPECT_EQ(server_.InvokeDatabase(nullptr), nullptr);
+    EXPECT_STREQ(client_.GetRecordValues("q", "|"), "");
+    EXPECT_EQ(Error(), kNotOpenText) << "the server's text";
 }
 
 TEST_F(DataClient, ShowsItsBanner) {

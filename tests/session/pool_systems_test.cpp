@@ -171,6 +171,29 @@ TEST_F(PoolSystems, ServeMoreThreadsThanSessionsOnAFile) {
     EXPECT_EQ(server.CloseDatabase(), 1);
 }
 
+TEST_F(PoolSystems, AnswerWhatTheirClientsAsk) {
+    const TemporaryFolder folder;
+    CTDataServer server;
+    Open(server, "Driver=SQLite3;Database=" + folder.Path() + "/p.db;DBMS Name=Oracle", "", "");
+    CTDataClient client;
+    client.Invoke(&server);
+    EXPECT_STREQ(client.GetDbmsName(), "Oracle");
+    EXPECT_STREQ(client.GetSpecialValue("select id, n from item", "id|n"), "1|0");
+    EXPECT_STREQ(client.GetRecordValues("select id, n from item", "|"), "1|0\r\n");
+    ASSERT_EQ(client.BeginTrans(), 1);
+    EXPECT_STREQ(CString(client.GetTableScript("item").Left(12)), "CREATE TABLE");
+    ASSERT_EQ(client.OpenTable("item", 10, 1), 1) << client.GetLastErrorString();
+    EXPECT_STREQ(client.GetAllFieldNames("+"), "id+n");
+    CTRecordset columns(server.GetDatabase()->GetFieldSet("item", nullptr));
+    ASSERT_EQ(client.GetRecordset()->OpenField(columns.GetDispatch()), 1)
+        << client.GetRecordset()->GetLastErrorString();
+    _tagFIELDINFO info{};
+    EXPECT_EQ(client.GetFieldInfor("n", &info), 1) << client.GetLastErrorString();
+    EXPECT_EQ(client.GetFieldInfor("m", &info), 0);
+    EXPECT_EQ(client.Revoke(), 1);
+    ExpectWhole(server);
+}
+
 TEST_F(PoolSystems, RecoverWhenPostgresStoppedAndStartedAgain) {
     PostgresServer postgres;
     OutliveItsEnd(postgres, [&] { postgres.Stop(); });

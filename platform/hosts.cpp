@@ -12,36 +12,29 @@ namespace {
 
 constexpr std::size_t kHostNameRoom = 79;
 
-/// Whether a text is four decimal numbers with points between them.
-bool IsDottedAddress(const std::string& text) {
-    int parts = 1;
+/// Reads four decimal numbers with points between them: leading zeros do not make them octal.
+/// @return false for anything else
+bool ReadAddress(const std::string& text, in_addr& address) {
+    unsigned char numbers[4] = {};
+    int part = 0;
     int digits = 0;
-    for (const char character : text) {
+    unsigned number = 0;
+    for (const char character : text + '.') {
         if (character == '.') {
-            if (digits == 0) return false;
-            ++parts;
+            if (digits == 0 || part == 4 || number > 255) return false;
+            numbers[part++] = static_cast<unsigned char>(number);
             digits = 0;
+            number = 0;
         } else if (character >= '0' && character <= '9' && digits < 3) {
+            number = number * 10 + static_cast<unsigned>(character - '0');
             ++digits;
         } else {
             return false;
         }
     }
-    return parts == 4 && digits != 0;
-}
-
-/// @return false for numbers that no address has
-bool ReadAddress(const std::string& text, in_addr& address) {
-    if (!IsDottedAddress(text)) return false;
-    // The one address whose number is the failure of the reading.
-    if (text == "255.255.255.255") {
-        std::memset(&address, 0xFF, sizeof(address));
-        return true;
-    }
-    const unsigned long number = inet_addr(text.c_str());
-    if (static_cast<std::uint32_t>(number) == 0xFFFFFFFFu) return false;
-    address.s_addr = static_cast<decltype(address.s_addr)>(number);
-    return true;
+    static_assert(sizeof(address) == sizeof(numbers));
+    std::memcpy(&address, numbers, sizeof(address));
+    return part == 4;
 }
 
 CString AddressesOf(const char* host) {

@@ -122,6 +122,49 @@ TEST_F(Drawing, ScalesAfterMappingToThePage) {
     EXPECT_LT(point.y, 0) << "the page's y goes upwards";
 }
 
+TEST_F(Drawing, ScalesRectanglesAndSizesLikePoints) {
+    for (const int mode : {MM_LOMETRIC, MM_TWIPS}) {
+        SCOPED_TRACE(mode);
+        context_.SetMapMode(mode);
+        const RECT page = {100, -200, 1842, 1952};
+        const RECT device = {64, 512, 640, 100};
+        const HDC bare = context_.GetSafeHdc();
+
+        RECT scaled = page;
+        Win98toNT(&scaled, mode);
+        POINT corners[] = {{scaled.left, scaled.top}, {scaled.right, scaled.bottom}};
+        ASSERT_TRUE(::LPtoDP(bare, corners, 2));
+        RECT rect = page;
+        LPtoDP(&context_, &rect);
+        ExpectRect(rect, {corners[0].x, corners[0].y, corners[1].x, corners[1].y});
+
+        POINT mapped[] = {{device.left, device.top}, {device.right, device.bottom}};
+        ASSERT_TRUE(::DPtoLP(bare, mapped, 2));
+        RECT expected = {mapped[0].x, mapped[0].y, mapped[1].x, mapped[1].y};
+        NTtoWin98(&expected, mode);
+        rect = device;
+        DPtoLP(&context_, &rect);
+        ExpectRect(rect, {expected.left, expected.top, expected.right, expected.bottom});
+
+        SIZE size = {1842, 1952};
+        SIZE onDevice = size;
+        Win98toNT(&onDevice, mode);
+        context_.LPtoDP(&onDevice);
+        LPtoDP(&context_, &size);
+        EXPECT_EQ(size.cx, onDevice.cx);
+        EXPECT_EQ(size.cy, onDevice.cy);
+        EXPECT_GT(size.cy, 0) << "a size has no sign";
+
+        SIZE onPage = {640, 512};
+        context_.DPtoLP(&onPage);
+        NTtoWin98(&onPage, mode);
+        size = {640, 512};
+        DPtoLP(&context_, &size);
+        EXPECT_EQ(size.cx, onPage.cx);
+        EXPECT_EQ(size.cy, onPage.cy);
+    }
+}
+
 TEST_F(Drawing, OfNothingChangesNothing) {
     POINT point = {1, 2};
     LPtoDP(nullptr, &point);

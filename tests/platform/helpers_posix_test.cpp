@@ -194,7 +194,7 @@ TEST_F(Helpers, AMenuSendsTheChosenCommandToItsOwner) {
             std::fclose(file);
         }
         EXPECT_THAT(asked, testing::HasSubstr("[Open]")) << "the usual one";
-        EXPECT_THAT(asked, testing::HasSubstr("1 Open 2 * More > Deep\n"));
+        EXPECT_THAT(asked, testing::HasSubstr(" -- 1 Open 2 * More > Deep\n")) << "a label may begin with a dash";
 
         command = 0;
         Install("zenity", "exit 1");

@@ -47,6 +47,11 @@ TEST_F(Hosts, HaveNamesByAddress) {
     EXPECT_STRNE(GetHostName("127.0.0.1"), "");
 }
 
+TEST_F(Hosts, ReadTheNumbersOfAnAddressAsDecimalOnes) {
+    EXPECT_STREQ(GetHostName("127.000.000.001"), GetHostName("127.0.0.1"));
+    EXPECT_STREQ(GetHostName("127.0.0.009"), GetHostName("127.0.0.9")) << "no digit of an octal number";
+}
+
 TEST_F(Hosts, HaveTheOwnNameForEverythingThatIsNoAddress) {
     const CString own = GetComputerNameA();
     for (const char* text :

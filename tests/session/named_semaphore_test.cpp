@@ -33,6 +33,22 @@ TEST(NamedSemaphore, IsAGateThatStaysOpen) {
     EXPECT_TRUE(two.CloseSemaphore());
 }
 
+TEST(NamedSemaphore, CountsAsFarAsAPositiveNumberOf32Bits) {
+    const std::string name = OwnName("most");
+    CTSemaphore gate;
+    ASSERT_TRUE(gate.OpenSemaphoreA(name.c_str()));
+    HANDLE same = OpenSemaphoreA(SEMAPHORE_ALL_ACCESS, FALSE, name.c_str());
+    ASSERT_NE(same, nullptr);
+    LONG before = -1;
+    EXPECT_TRUE(ReleaseSemaphore(same, 0x7FFFFFFF, &before));
+    EXPECT_EQ(before, 0);
+    EXPECT_FALSE(gate.SetSemaphore());
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_TOO_MANY_POSTS));
+    EXPECT_TRUE(gate.WaitSemaphore(0)) << "takes one and puts it back";
+    EXPECT_TRUE(CloseHandle(same));
+    EXPECT_TRUE(gate.CloseSemaphore());
+}
+
 TEST(NamedSemaphore, FailsWithoutAHandleAndKeepsSilent) {
     CTSemaphore semaphore;
     EXPECT_FALSE(semaphore.SetSemaphore());

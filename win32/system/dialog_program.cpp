@@ -98,8 +98,8 @@ std::optional<std::string> ReadFromTerminal() {
 
 std::optional<std::size_t> AskChoice(const std::string& title, const std::vector<std::string>& choices) {
     if (choices.empty()) return std::nullopt;
-    std::vector<std::string> arguments = {"--list",          "--title=" + title, "--hide-header",   "--column=number",
-                                          "--column=choice", "--hide-column=1",  "--print-column=1"};
+    std::vector<std::string> arguments = {"--list",          "--title=" + title, "--hide-header",    "--column=number",
+                                          "--column=choice", "--hide-column=1",  "--print-column=1", "--"};
     for (std::size_t i = 0; i < choices.size(); ++i) {
         arguments.push_back(std::to_string(i + 1));
         arguments.push_back(choices[i]);

@@ -25,16 +25,21 @@ Menus& TheMenus() {
     return menus;
 }
 
-/// An item, by its position or by its command in the menu or one below it; null when there is none.
-MenuItem* FindItem(HMENU handle, UINT item, UINT flags, int depth = 0) {
+std::shared_ptr<const MenuItem> ItemOf(const std::shared_ptr<Menu>& menu, const MenuItem& item) {
+    return {menu, &item};
+}
+
+/// An item, by its position or by its command in the menu or one below it; null when there is none. It holds its menu,
+/// which another thread may destroy.
+std::shared_ptr<const MenuItem> FindItem(HMENU handle, UINT item, UINT flags, int depth = 0) {
     const auto menu = FindMenu(handle);
     if (menu == nullptr || depth > kDeepest) return nullptr;
-    if ((flags & MF_BYPOSITION) != 0) return item < menu->items.size() ? &menu->items[item] : nullptr;
-    for (MenuItem& candidate : menu->items) {
+    if ((flags & MF_BYPOSITION) != 0) return item < menu->items.size() ? ItemOf(menu, menu->items[item]) : nullptr;
+    for (const MenuItem& candidate : menu->items) {
         if (candidate.subMenu != nullptr) {
-            if (MenuItem* found = FindItem(candidate.subMenu, item, flags, depth + 1)) return found;
+            if (auto found = FindItem(candidate.subMenu, item, flags, depth + 1)) return found;
         } else if (candidate.command == item && (candidate.flags & MF_SEPARATOR) == 0) {
-            return &candidate;
+            return ItemOf(menu, candidate);
         }
     }
     return nullptr;
@@ -140,19 +145,19 @@ int GetMenuItemCount(HMENU hMenu) {
 }
 
 UINT GetMenuItemID(HMENU hMenu, int nPos) {
-    const MenuItem* item = FindItem(hMenu, static_cast<UINT>(nPos), MF_BYPOSITION);
+    const auto item = FindItem(hMenu, static_cast<UINT>(nPos), MF_BYPOSITION);
     return item != nullptr && item->subMenu == nullptr ? item->command : kNone;
 }
 
 UINT GetMenuState(HMENU hMenu, UINT uId, UINT uFlags) {
-    const MenuItem* item = FindItem(hMenu, uId, uFlags);
+    const auto item = FindItem(hMenu, uId, uFlags);
     if (item == nullptr) return kNone;
     if (item->subMenu == nullptr) return item->flags;
     return (item->flags & 0xFF) | static_cast<UINT>(GetMenuItemCount(item->subMenu)) << 8;
 }
 
 int GetMenuStringA(HMENU hMenu, UINT uIDItem, LPSTR lpString, int cchMax, UINT flags) {
-    const MenuItem* item = FindItem(hMenu, uIDItem, flags);
+    const auto item = FindItem(hMenu, uIDItem, flags);
     if (item == nullptr) return 0;
     if (lpString == nullptr || cchMax <= 0) return static_cast<int>(item->text.size());
     const std::size_t length = tk::text::WholeGbkPrefix(item->text, static_cast<std::size_t>(cchMax) - 1);
@@ -162,7 +167,7 @@ int GetMenuStringA(HMENU hMenu, UINT uIDItem, LPSTR lpString, int cchMax, UINT f
 }
 
 HMENU GetSubMenu(HMENU hMenu, int nPos) {
-    const MenuItem* item = FindItem(hMenu, static_cast<UINT>(nPos), MF_BYPOSITION);
+    const auto item = FindItem(hMenu, static_cast<UINT>(nPos), MF_BYPOSITION);
     return item != nullptr ? item->subMenu : nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include "warehouse.h"
 
 static const char TITLE[] = "仓库入库管理";
+const DWORD MOST_WORKERS = 100;
 
 struct CDesk {
     CString m_strSource;
@@ -72,8 +73,15 @@ static int Cancel(CDesk& desk, LPCTSTR szNumber) {
     return 0;
 }
 
+/// @return the number that was typed, dwMost when it is larger, dwDefault when it is none
+static DWORD NumberOf(LPCTSTR szText, DWORD dwDefault, DWORD dwMost) {
+    if (!IsDigit(szText)) return dwDefault;
+    const unsigned long nNumber = strtoul(szText, NULL, 10);
+    return nNumber < dwMost ? static_cast<DWORD>(nNumber) : dwMost;
+}
+
 static int Count(CDesk& desk, LPCTSTR szWorkers) {
-    const int nWorkers = IsDigit(szWorkers) ? atoi(szWorkers) : 3;
+    const int nWorkers = static_cast<int>(NumberOf(szWorkers, 3, MOST_WORKERS));
     CString strReport;
     if (!TakeStock(desk.m_strSource, nWorkers, desk.m_warehouse, strReport)) return Report("盘点失败", strReport);
     Print("%s", (LPCTSTR)strReport);
@@ -82,7 +90,7 @@ static int Count(CDesk& desk, LPCTSTR szWorkers) {
 
 static int Watch(CDesk& desk, LPCTSTR szSeconds) {
     CString strError;
-    const DWORD dwSeconds = IsDigit(szSeconds) ? static_cast<DWORD>(atoi(szSeconds)) : 60;
+    const DWORD dwSeconds = NumberOf(szSeconds, 60, MOST_SECONDS);
     if (WatchReceipts(desk.m_warehouse, dwSeconds, strError)) return 0;
     return Report("等待结束", strError);
 }

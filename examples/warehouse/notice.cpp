@@ -8,9 +8,9 @@ static int PrintNewReceipts(CWarehouse& warehouse, CStringArray& arKnown) {
     int nPrinted = 0;
     for (int i = 0; i < arNumbers.GetSize(); i++) {
         if (StringInArray(arKnown, arNumbers[i])) continue;
-        arKnown.Add(arNumbers[i]);
         CReceipt receipt;
-        if (!warehouse.GetReceipt(arNumbers[i], receipt)) continue;
+        if (!warehouse.GetReceipt(arNumbers[i], receipt)) continue;  // until the next notice
+        arKnown.Add(arNumbers[i]);
         Print("新的入库单:\n%s", (LPCTSTR)GetVoucher(receipt, &warehouse));
         nPrinted++;
     }
@@ -18,6 +18,8 @@ static int PrintNewReceipts(CWarehouse& warehouse, CStringArray& arKnown) {
 }
 
 BOOL WatchReceipts(CWarehouse& warehouse, DWORD dwSeconds, CString& strError) {
+    const DWORD dwStart = GetTickCount();
+    const DWORD dwTime = dwSeconds * 1000;
     CTEvent eventPosted;
     if (!eventPosted.OpenEventA(EVENT_POSTED)) {
         strError = eventPosted.GetLastErrorString();
@@ -30,8 +32,11 @@ BOOL WatchReceipts(CWarehouse& warehouse, DWORD dwSeconds, CString& strError) {
         return FALSE;
     }
     Print("等待入库通知\n");
-    while (eventPosted.WaitForEvent(dwSeconds * 1000)) {
+    // A notice may bring nothing new, such as a receipt that is in the list already: it does not lengthen the time.
+    for (DWORD dwSpent = 0; eventPosted.WaitForEvent(dwTime - dwSpent);) {
         if (PrintNewReceipts(warehouse, arKnown) > 0) return TRUE;
+        dwSpent = GetTickCount() - dwStart;  // right across the wrap of the counter
+        if (dwSpent >= dwTime) break;
     }
     strError.Format("%u 秒内没有新的入库单", static_cast<unsigned>(dwSeconds));
     return FALSE;

@@ -5,6 +5,8 @@
 
 #include "warehouse.h"
 
+const int POOL_TEXT_LENGTH = 127;  // bytes that the pool keeps of each of its texts
+
 struct CStocktaking {
     CTDataServer m_server;
     CArray<CArticle, const CArticle&> m_arArticles;
@@ -81,7 +83,20 @@ BOOL TakeStock(LPCTSTR szSource, int nWorkers, CWarehouse& warehouse, CString& s
     }
     job.m_arCounted.SetSize(job.m_arArticles.GetSize());
     // The pool's first text is a data source name; a whole connection string stands behind a semicolon.
-    if (!job.m_server.OpenDatabase(CString(";") + szSource, "", "", static_cast<short>(nWorkers + 1))) {
+    const CString strConnection = CString(";") + szSource;
+    // It would be cut, and the rest name another database.
+    if (strConnection.GetLength() > POOL_TEXT_LENGTH) {
+        strReport.Format("连接串太长,会话池最多 %d 字节", POOL_TEXT_LENGTH - 1);
+        return FALSE;
+    }
+    // The user and the password that the pool is given come last, and win.
+    CMapStringToString mapParts;
+    StringToMap(mapParts, szSource);
+    CString strUser;
+    CString strPassword;
+    mapParts.Lookup("UID", strUser);
+    mapParts.Lookup("PWD", strPassword);
+    if (!job.m_server.OpenDatabase(strConnection, strUser, strPassword, static_cast<short>(nWorkers + 1))) {
         strReport = job.m_server.GetLastErrorString();
         return FALSE;
     }

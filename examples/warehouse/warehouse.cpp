@@ -1,6 +1,7 @@
 // warehouse.cpp - articles and receipts in the database.
 #include "warehouse.h"
 
+// Types that every database knows. A moment is no such type: it is kept as the text "2004-01-31 08:30:00".
 static const struct {
     const char* szName;
     const char* szColumns;
@@ -10,7 +11,7 @@ static const struct {
      "QUANTITY double precision"},
     {"RECEIPT",
      "RECEIPT_NO varchar(20) not null primary key, SUPPLIER varchar(60), KEEPER varchar(20), "
-     "POSTED datetime"},
+     "POSTED varchar(19)"},
     {"RECEIPT_LINE",
      "RECEIPT_NO varchar(20) not null, LINE_NO integer not null, CODE varchar(20), "
      "QUANTITY double precision, PRICE double precision, primary key (RECEIPT_NO, LINE_NO)"},
@@ -39,7 +40,10 @@ BOOL CWarehouse::Open(LPCTSTR szSource) {
 
 BOOL CWarehouse::CreateTables() {
     for (const auto& table : TABLES) {
-        if (m_database.IsTableExist(table.szName)) continue;
+        // PostgreSQL keeps names that stand without quotes in small letters.
+        CString strSmall(table.szName);
+        strSmall.MakeLower();
+        if (m_database.IsTableExist(table.szName) || m_database.IsTableExist(strSmall)) continue;
         if (!m_database.ExecuteEx("create table %s (%s)", table.szName, table.szColumns))
             return Fail(m_database.GetLastErrorString());
     }
@@ -173,7 +177,7 @@ BOOL CWarehouse::GetReceipt(LPCTSTR szNumber, CReceipt& receipt) {
     receipt.m_strNumber = records.GetStringValue("RECEIPT_NO");
     receipt.m_strSupplier = records.GetStringValue("SUPPLIER");
     receipt.m_strKeeper = records.GetStringValue("KEEPER");
-    receipt.m_datePosted = records.GetDateValue("POSTED");
+    receipt.m_datePosted.ParseDateTime(records.GetStringValue("POSTED"));
 
     if (!records.OpenSQL("select * from RECEIPT_LINE where RECEIPT_NO = " + Quoted(szNumber) + " order by LINE_NO", 1))
         return Fail(records.GetLastErrorString());

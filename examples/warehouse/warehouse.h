@@ -94,7 +94,10 @@ BOOL TakeStock(LPCTSTR szSource, int nWorkers, CWarehouse& warehouse, CString& s
 
 // ---- notice.cpp
 
+const DWORD MOST_SECONDS = 24 * 60 * 60;
+
 /// Waits until somebody posts receipts, and prints their vouchers.
+/// @param dwSeconds  at most MOST_SECONDS
 /// @return FALSE when the time ran out, or with the reason
 BOOL WatchReceipts(CWarehouse& warehouse, DWORD dwSeconds, CString& strError);
 

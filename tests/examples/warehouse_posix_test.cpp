@@ -3,11 +3,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <iterator>
+#include <thread>
+
+#include <tkkernel/sync.h>
 
 #include "tests/examples/warehouse_run.h"
 #include "tests/support/environment.h"
+#include "tests/support/postgres_server.h"
 #include "tests/support/temporary_folder.h"
 
 using namespace tk::test;
@@ -147,6 +152,27 @@ TEST_F(WarehouseOnADatabase, GivesUpWaitingWhenTheTimeIsOver) {
     EXPECT_EQ(outcome.output, "等待入库通知\n等待结束:0 秒内没有新的入库单\n");
 }
 
+TEST_F(WarehouseOnADatabase, WaitsNoLongerForNoticesThatBringNothing) {
+    ProgramRun watch(Warehouse("watch 1"));
+    ASSERT_EQ(watch.Line(), "等待入库通知\n");
+    std::atomic<bool> isOver{false};
+    std::atomic<bool> gaveUp{false};
+    std::thread notices([&] {
+        CTEvent posted;
+        posted.OpenEventA("Warehouse.Posted");
+        for (int i = 0; !isOver.load() && i < 3000; ++i) {
+            posted.SetEvent();
+            usleep(10'000);
+        }
+        gaveUp = !isOver.load();
+    });
+    EXPECT_EQ(watch.Rest(), "等待结束:1 秒内没有新的入库单\n");
+    isOver = true;
+    notices.join();
+    EXPECT_FALSE(gaveUp.load());
+    EXPECT_EQ(watch.Wait(), 1);
+}
+
 TEST_F(WarehouseOnADatabase, TakesStockWithManyWorkers) {
     ASSERT_EQ(RunWarehouse("receive " + Data("receipt1.txt")).code, 0);
     ASSERT_EQ(RunWarehouse("receive " + Data("receipt2.txt")).code, 0);
@@ -159,6 +185,16 @@ TEST_F(WarehouseOnADatabase, TakesStockWithManyWorkers) {
               "QH10      青花瓷杯                      40          40  相符\n"
               "TG03      铁观音                         0           0  相符\n"
               "ZS11      紫砂壶                         3           3  相符\n");
+}
+
+TEST_F(WarehouseOnADatabase, DoesNotCountInADatabaseWhoseNameThePoolWouldCut) {
+    const std::string begin = "Driver=SQLite3;Database=" + folder_.File("");
+    const Variable longest("WAREHOUSE_SOURCE", (begin + std::string(126 - begin.size(), 'x')).c_str());
+    EXPECT_EQ(RunWarehouse("count").code, 0);
+    const Variable longer("WAREHOUSE_SOURCE", (begin + std::string(127 - begin.size(), 'x')).c_str());
+    const Outcome outcome = RunWarehouse("count");
+    EXPECT_EQ(outcome.code, 1);
+    EXPECT_EQ(outcome.output, "盘点失败:连接串太长,会话池最多 126 字节\n");
 }
 
 TEST_F(WarehouseOnADatabase, CancelsAReceiptWhenTheUserSaysYes) {
@@ -194,6 +230,21 @@ TEST_F(WarehouseOnADatabase, SaysWhyTheDatabaseCannotBeOpened) {
     EXPECT_EQ(outcome.output.find("打不开数据库 Provider=Nobody;Data Source=x:"), 0u) << outcome.output;
     EXPECT_NE(outcome.output.find("\n打开数据库失败\n"), std::string::npos) << outcome.output;
     EXPECT_NE(FileText(folder_.File("events.jsonl")).find("\"type\":\"error\""), std::string::npos);
+}
+
+TEST(WarehouseOnPostgres, PostsAReceiptAndTakesStock) {
+    const PostgresServer server;
+    const Variable source("WAREHOUSE_SOURCE", server.ConnectionString().c_str());
+    ASSERT_EQ(RunWarehouse("articles " + Data("articles.txt")).output, "读入货品 5 种\n");
+    EXPECT_EQ(RunWarehouse("receive " + Data("receipt1.txt")).output, "已入库:RK-0001\n");
+
+    const std::string voucher = RunWarehouse("voucher RK-0001").output;
+    EXPECT_NE(voucher.find("日期:2"), std::string::npos) << voucher;
+    EXPECT_NE(voucher.find("大写:贰仟叁佰柒拾元整\n"), std::string::npos) << voucher;
+    EXPECT_EQ(RunWarehouse("stock LJ").output, "LJ01      龙井茶                        20 斤\n共1种\n");
+    const std::string counted = RunWarehouse("count 2").output;
+    EXPECT_NE(counted.find("LJ01      龙井茶                        20          20  相符\n"), std::string::npos)
+        << counted;
 }
 
 }  // namespace

@@ -24,8 +24,8 @@ Word WhenTaken(const State& state, Word word, std::uint32_t owner) noexcept {
     return word;
 }
 
-Dispatcher::Hold::Hold(Dispatcher& dispatcher) noexcept : dispatcher_(dispatcher) {
-    const Locked locked = dispatcher.Lock();
+Dispatcher::Hold::Hold(Dispatcher& dispatcher, std::int64_t end) noexcept : dispatcher_(dispatcher) {
+    const Locked locked = dispatcher.Lock(end);
     held_ = locked != Locked::kNo;
     if (locked == Locked::kRecovered) dispatcher.Recover(*this);
 }
@@ -247,7 +247,7 @@ public:
     }
 
 private:
-    Locked Lock() noexcept override {
+    Locked Lock(std::int64_t /*end*/) noexcept override {
         pthread_mutex_lock(&lock_);
         return Locked::kYes;
     }

@@ -8,7 +8,8 @@
 //   dispatcher.Thaw(state);
 //
 // There are two: one for the unnamed objects of the process, one for the named ones, whose memory other processes map
-// as well. Who needs both locks takes the private one first.
+// as well. Who needs both locks takes the named one first: its holder may be a process that is stopped, and the private
+// one is not to be kept from the other threads meanwhile.
 //
 // Another process may be killed at any instruction. So that nothing is lost or given twice, a grant is written to a log
 // before it is carried out (all its values are absolute, and the words are frozen, so carrying it out again is
@@ -51,7 +52,9 @@ public:
     /// Holds the lock; threads to be woken are woken after it is given back.
     class Hold {
     public:
-        explicit Hold(Dispatcher& dispatcher) noexcept;
+        /// @param end  when the caller's time is over, by the steady clock. The lock is tried for a quarter of a second
+        ///             at the least, and five seconds at the most.
+        explicit Hold(Dispatcher& dispatcher, std::int64_t end = Moment::kNever) noexcept;
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
         ~Hold();
@@ -119,7 +122,7 @@ public:
 
 protected:
     enum class Locked { kNo, kYes, kRecovered };
-    virtual Locked Lock() noexcept = 0;
+    virtual Locked Lock(std::int64_t end) noexcept = 0;
     virtual void Unlock() noexcept = 0;
     /// The process that had the lock ended with it; links and lists are right again, the rest is done here.
     virtual void Recover(Hold& /*hold*/) noexcept {}

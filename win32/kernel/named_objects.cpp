@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 
+#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -91,13 +92,17 @@ std::uint32_t HashOf(std::u16string_view name) noexcept {
 
 }  // namespace
 
-NamedObjects::Locked NamedObjects::Lock() noexcept {
+NamedObjects::Locked NamedObjects::Lock(std::int64_t end) noexcept {
+    // Held for microseconds, unless its process is stopped or does not get a processor. The shorter time is for who has
+    // no time: to give up at once would say of a signalled object that it is not.
+    constexpr std::int64_t kShortest = 250'000'000;
+    constexpr std::int64_t kLongest = 5'000'000'000;
     pthread_mutex_t* lock = &Header().lock;
     int result = pthread_mutex_trylock(lock);
     if (result == EBUSY) {
-        timespec until{};
-        clock_gettime(CLOCK_REALTIME, &until);
-        until.tv_sec += 5;  // held for microseconds, unless its process is stopped
+        const std::int64_t patience = std::clamp(end - Now(CLOCK_MONOTONIC), kShortest, kLongest);
+        const std::int64_t last = Now(CLOCK_REALTIME) + patience;
+        const timespec until = {last / 1'000'000'000, last % 1'000'000'000};
         result = pthread_mutex_timedlock(lock, &until);
     }
     if (result == 0) return Locked::kYes;

@@ -70,7 +70,7 @@ private:
     void Detach() noexcept;
     void Unmap() noexcept;
 
-    Locked Lock() noexcept override;
+    Locked Lock(std::int64_t end) noexcept override;
     void Unlock() noexcept override;
     void Recover(Hold& hold) noexcept override;
     void Missed(std::uint32_t process) noexcept override;

@@ -14,7 +14,7 @@ bool NamedObjects::OwnerLives(std::uint32_t owner) const noexcept {
 
 void NamedObjects::Missed(std::uint32_t process) noexcept {
     if (process == Process() || Lives(file_.Get(), process - 1)) return;
-    Hold hold(*this);
+    Hold hold(*this, Now(CLOCK_MONOTONIC));  // not worth a wait: others sweep as well
     if (hold) SweepDead(hold);
 }
 

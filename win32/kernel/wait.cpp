@@ -77,14 +77,15 @@ public:
 private:
     struct Locks {
         explicit Locks(SlowWait& wait) noexcept {
-            if (wait.private_ != nullptr) own.emplace(*wait.private_);
-            if (wait.named_ != nullptr) named.emplace(*wait.named_);
+            if (wait.named_ != nullptr) named.emplace(*wait.named_, wait.end_);
+            if (wait.private_ != nullptr && *this) own.emplace(*wait.private_);
         }
         explicit operator bool() const noexcept { return !named || *named; }
         Dispatcher::Hold& Of(const Target& target) noexcept { return target.GetNamed() != nullptr ? *named : *own; }
 
-        std::optional<Dispatcher::Hold> own;
+        // Given back in the opposite order: behind the end of the named lock it may be taken once more, for a sweep.
         std::optional<Dispatcher::Hold> named;
+        std::optional<Dispatcher::Hold> own;
     };
 
     std::optional<DWORD> LookFirst() noexcept {
@@ -93,7 +94,7 @@ private:
             if (locks) return LookAndQueue(locks);
         }
         if (!patient_ || IsOver()) return WAIT_TIMEOUT;
-        LetOthersGo();
+        Pause();
         return std::nullopt;
     }
 
@@ -103,15 +104,15 @@ private:
             if (locks) return LookAgain(locks);
         }
         if (IsOver()) return GiveUp();
-        LetOthersGo();
+        Pause();
         return std::nullopt;
     }
 
     bool IsOver() const noexcept { return end_ != Moment::kNever && Now(CLOCK_MONOTONIC) >= end_; }
 
     /// The process that has the lock of the named objects is stopped: until it goes on, or is killed, none of them can
-    /// be said to be signalled. The other lock is not to stay with who tries again and again.
-    static void LetOthersGo() noexcept {
+    /// be said to be signalled. Where it fails at once, the lock is not to be tried as fast as the processor can.
+    static void Pause() noexcept {
         const timespec pause = {0, 1'000'000};
         nanosleep(&pause, nullptr);
     }

@@ -335,10 +335,27 @@ TEST_F(Processes, ThatAreStoppedWithTheLockCostAWaitNoMoreThanItsTime) {
     ASSERT_EQ(waitpid(child.Id(), &status, WUNTRACED), child.Id());
     ASSERT_TRUE(WIFSTOPPED(status));
 
-    Faults::wallClockBehind = 10'000'000'000;  // the five seconds are over at once
     EXPECT_EQ(shortly.Result(), WAIT_TIMEOUT);
-    EXPECT_EQ(WaitForSingleObject(go, 20), WAIT_TIMEOUT);
-    EXPECT_EQ(WaitForMultipleObjects(2, mixed, FALSE, 20), WAIT_TIMEOUT);
+    for (const DWORD milliseconds : {0, 50}) {
+        ULONGLONG begin = GetTickCount64();
+        EXPECT_EQ(WaitForSingleObject(go, milliseconds), WAIT_TIMEOUT);
+        EXPECT_LT(GetTickCount64() - begin, 2500u) << milliseconds;
+        begin = GetTickCount64();
+        EXPECT_EQ(WaitForMultipleObjects(2, mixed, FALSE, milliseconds), WAIT_TIMEOUT);
+        EXPECT_LT(GetTickCount64() - begin, 2500u) << milliseconds;
+    }
+    // Who waits for both kinds does not hinder those who want the unnamed ones.
+    const Handle second = AutoEvent();
+    const HANDLE both[] = {second, go};
+    Waiter stuck([&] { return WaitForMultipleObjects(2, both, FALSE, INFINITE); });
+    usleep(50'000);
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(WaitForSingleObject(own, 1), WAIT_TIMEOUT);
+    EXPECT_LT(GetTickCount64() - start, 2500u);
+    EXPECT_TRUE(SetEvent(second));
+    EXPECT_FALSE(stuck.IsDone());
+
+    Faults::wallClockBehind = 10'000'000'000;  // the five seconds are over at once
     EXPECT_FALSE(SetEvent(go)) << "somebody waits for it";
     EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
     Waiter late([&] { return WaitForSingleObject(go, INFINITE); });
@@ -349,6 +366,7 @@ TEST_F(Processes, ThatAreStoppedWithTheLockCostAWaitNoMoreThanItsTime) {
     EXPECT_TRUE(SetEvent(go));
     EXPECT_TRUE(SetEvent(own)) << "nobody left its lock behind";
     EXPECT_EQ(patient.Result(), WAIT_OBJECT_0);
+    EXPECT_EQ(stuck.Result(), WAIT_OBJECT_0);
     EXPECT_TRUE(SetEvent(go));
     EXPECT_EQ(late.Result(), WAIT_OBJECT_0);
 }

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <setjmp.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -332,6 +333,49 @@ TEST(FaultSignals, HandlersThatComeInFrontAgainAndAgainAreAskedOnce) {
         isOutside = true;
         ReadNull();
     });
+}
+
+sigjmp_buf recovery;
+volatile int recovered;
+
+/// Reads null deep down in the stack, and comes back by the earlier handler's jump.
+template <int Depth>
+[[gnu::noinline]] void ReadNullBelow() {
+    volatile char room[Depth * 512 + 16];
+    room[0] = 0;
+    ReadNull();
+    sink = room[0];
+}
+
+void RecoverEachTime(unsigned flags, bool onSignalStack) {
+    Install(
+        SIGSEGV,
+        [](int, siginfo_t*, void*) {
+            recovered = recovered + 1;
+            siglongjmp(recovery, 1);
+        },
+        flags);
+    OfferFaultsFirst();
+    if (RunGuarded([] { ReadNull(); })) _exit(1);
+    if (!onSignalStack) {
+        stack_t none{};
+        none.ss_flags = SS_DISABLE;
+        if (sigaltstack(&none, nullptr) != 0) _exit(4);
+    }
+    static constexpr void (*kFaults[])() = {ReadNullBelow<1>, ReadNullBelow<1>, ReadNullBelow<4>, ReadNullBelow<2>};
+    for (const auto fault : kFaults) {
+        if (sigsetjmp(recovery, 1) == 0) {
+            fault();
+            _exit(2);
+        }
+    }
+    _exit(recovered == 4 ? kReporterExit : 3);
+}
+
+TEST(FaultSignals, AnEarlierHandlerThatJumpsOutIsAskedEachTime) {
+    ExpectReported([] { RecoverEachTime(0, true); });
+    ExpectReported([] { RecoverEachTime(SA_NODEFER, true); });
+    ExpectReported([] { RecoverEachTime(0, false); });
 }
 
 TEST(FaultSignals, AHandlerThatWasTakenAwayIsNotAsked) {

@@ -45,9 +45,16 @@ FaultSignal& Find(int number) noexcept {
     return *std::ranges::find(faultSignals, number, &FaultSignal::number);
 }
 
-// The turn of the handler that this thread is in right now, for each signal: it may hand the signal back to us, having
-// found us there when it was installed, and then those before it are asked.
-constinit thread_local unsigned asking[] __attribute__((tls_model("initial-exec"))) = {kNobody, kNobody, kNobody};
+/// The turn of a handler that was called, from where, and for a signal that interrupted what.
+struct Asked {
+    unsigned turn = kNobody;
+    std::uintptr_t frame = 0;
+    std::uintptr_t interrupted = 0;  // its stack pointer
+};
+
+// The handler that this thread is in right now, for each signal: it may hand the signal back to us, having found us
+// there when it was installed, and then those before it are asked.
+constinit thread_local Asked asking[3] __attribute__((tls_model("initial-exec")));
 static_assert(std::size(asking) == std::size(faultSignals));
 
 std::uintptr_t StackPointer(const ucontext_t& context) noexcept {
@@ -137,19 +144,23 @@ void CallPrevious(const struct sigaction& previous, int number, siginfo_t* info,
 
 void HandOn(int number, siginfo_t* info, void* context) noexcept {
     FaultSignal& signal = Find(number);
-    unsigned& turn = asking[&signal - faultSignals];
+    Asked& asked = asking[&signal - faultSignals];
+    const auto frame = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    const std::uintptr_t interrupted = StackPointer(*static_cast<const ucontext_t*>(context));
+    // What hands back calls us from further down, for the same interruption. Otherwise the handler was left by a jump.
+    if (frame >= asked.frame || interrupted != asked.interrupted) asked = Asked{};
     const Previous* latest = nullptr;
     unsigned latestTurn = 0;
     for (const Previous* each = signal.known.load(std::memory_order_acquire); each != nullptr; each = each->next) {
         const unsigned itsTurn = each->turn.load(std::memory_order_relaxed);
-        if (itsTurn >= turn || (latest != nullptr && itsTurn < latestTurn)) continue;
+        if (itsTurn >= asked.turn || (latest != nullptr && itsTurn < latestTurn)) continue;
         latest = each;
         latestTurn = itsTurn;
     }
     if (latest == nullptr) return Default(number, *info);
-    const unsigned before = std::exchange(turn, latestTurn);
+    const Asked before = std::exchange(asked, Asked{latestTurn, frame, interrupted});
     CallPrevious(latest->action, number, info, context);
-    turn = before;
+    asked = before;
 }
 
 void OnFault(int number, siginfo_t* info, void* interrupted) {

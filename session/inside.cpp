@@ -41,9 +41,9 @@ void Inside::Report(CTDataServer& server, const char* place) {
 
 void Inside::Report(CTDataClient& client, const char* place) {
     SetAndLog(client, kClientName, place);
-    // The server may be what faulted, or be gone.
-    CTDataServer* const server = client.server_;
+    // The client or its server may be what faulted, or be gone.
     util::RunGuarded([&]() __attribute__((no_sanitize("undefined"))) {
+        CTDataServer* const server = client.server_;
         if (!Carries<CTDataServer>(server, kServerMark, server->mark_)) return;
         server->counters_.clientFaults.fetch_add(1, std::memory_order_relaxed);
     });

@@ -34,7 +34,7 @@ BlockWriter::BlockWriter(std::shared_ptr<Session> session, const std::string& ta
     head_ = "INSERT INTO " + table + " (" + list + ") ";
     if (session_->Profile().arrayTypeQuery != nullptr) ReadArrayTypes(table, names);
     rowsPerList_ = std::clamp<std::size_t>(session_->Profile().mostParameters / names.size(), 1, kMostListed);
-    // A text is no value of a single bit.
+    // A single bit is told by a type of its own.
     hasParameterArrays_ = session_->Profile().hasParameterArrays &&
                           std::ranges::none_of(columns_, [](const Column& c) { return c.sqlType == SQL_BIT; });
 }
@@ -132,7 +132,7 @@ std::size_t BlockWriter::WriteColumns(RowStore& rows, std::span<const std::size_
         ++count;
     } while (count < most && fits(list[count]));
     const bool isMixed = std::ranges::any_of(blocks, &ColumnBlock::IsMixed);
-    if (isMixed || count == 1) return WriteValues(rows, list);
+    if (isMixed || count == 1) return WriteValues(rows, list.first(count));
     std::vector<Parameter> parameters(columns_.size());
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         parameters[i].column = &columns_[i];

@@ -16,17 +16,17 @@ public:
     /// Bytes that all the values would take with one more, each as long as the longest; at most.
     std::size_t SizeWith(const Cell& cell) const noexcept;
 
-    /// Bytes and texts are not sent as one.
-    bool IsMixed() const noexcept { return hasTexts_ && array_.isBinary; }
+    /// Numbers, texts and bytes are not sent as one: the database takes a number otherwise than its text.
+    bool IsMixed() const noexcept { return isMixed_; }
 
     /// Once, behind the last value. @return valid as long as the block
     const ParameterArray& Finish();
 
 private:
     ParameterArray array_;  // its bytes are laid out in the end
-    std::string texts_;     // as they came
+    std::string values_;    // as they came
     std::string scratch_;
-    bool hasTexts_ = false;
+    bool isMixed_ = false;
 };
 
 }  // namespace tk::ado

@@ -27,6 +27,8 @@ Executed RunOn(const std::shared_ptr<Session>& session, const Execution& executi
         executed.rows = RowSet::Fetch(std::move(statement), session, FetchOptions{execution.asynchronousFetch, limit});
     } else if (!execution.noRecords) {
         executed.statement = std::make_unique<Statement>(std::move(statement));
+    } else {
+        statement.TakeRest();
     }
     if (execution.takeOutputs) execution.takeOutputs(executed.rows.get(), outputs.get());
     if (execution.noRecords) executed.rows.reset();

@@ -19,7 +19,8 @@ struct ParameterArray {
     std::string bytes;
     std::size_t width = 0;                // of each value
     std::vector<std::ptrdiff_t> lengths;  // of each value, in bytes; -1: NULL
-    bool isBinary = false;                // else UTF-8 texts
+    // Integer and Real: eight bytes each. Bytes as they are, everything else as UTF-8 texts.
+    Cell::Form form = Cell::Form::Text;
 };
 
 /// A value for one '?': a VARIANT, or a cell of a row set as it was read (exact to the last digit and nanosecond, which

@@ -57,6 +57,19 @@ SQLSMALLINT SentType(const Column& column, bool hasWideParameters) {
     return sqlType == SQL_LONGVARCHAR ? SQLSMALLINT{SQL_WLONGVARCHAR} : sqlType;
 }
 
+SQLSMALLINT CTypeOf(Cell::Form form) noexcept {
+    switch (form) {
+        case Cell::Form::Integer:
+            return SQL_C_SBIGINT;
+        case Cell::Form::Real:
+            return SQL_C_DOUBLE;
+        case Cell::Form::Bytes:
+            return SQL_C_BINARY;
+        default:
+            return SQL_C_CHAR;
+    }
+}
+
 }  // namespace
 
 ParameterBinding::ParameterBinding(StatementHandle& handle, std::span<const Parameter> parameters) : handle_(handle) {
@@ -91,10 +104,9 @@ void ParameterBinding::BindArrays(std::span<const Parameter> parameters) {
         auto* const bytes = const_cast<char*>(array.bytes.data());
         auto* const lengths = const_cast<SQLLEN*>(array.lengths.data());
         const auto width = static_cast<SQLLEN>(array.width);
-        const SQLRETURN result =
-            Odbc().BindParameter(handle_.Get(), ++number, SQL_PARAM_INPUT, array.isBinary ? SQL_C_BINARY : SQL_C_CHAR,
-                                 SentType(*parameter.column, handle_.Profile().hasWideParameters),
-                                 static_cast<SQLULEN>(width), 0, bytes, width, lengths);
+        const SQLRETURN result = Odbc().BindParameter(handle_.Get(), ++number, SQL_PARAM_INPUT, CTypeOf(array.form),
+                                                      SentType(*parameter.column, handle_.Profile().hasWideParameters),
+                                                      static_cast<SQLULEN>(width), 0, bytes, width, lengths);
         if (!SQL_SUCCEEDED(result)) ThrowUnbound();
     }
 }

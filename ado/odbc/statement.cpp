@@ -9,7 +9,7 @@ namespace tk::ado {
 Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
-    if (columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
+    if (mayHaveMore && columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
     if (mayHaveRows) handle->Close();
     binding.reset();
     if (preparedText.empty()) {
@@ -43,6 +43,7 @@ void Statement::Impl::Restart() {
 }
 
 void Statement::Impl::Fail(SQLRETURN result) {
+    mayHaveMore = false;
     std::vector<DiagnosticRecord> records;
     if (result != SQL_INVALID_HANDLE) records = ReadDiagnostics(SQL_HANDLE_STMT, handle->Get());
     bool isLost = false;
@@ -96,11 +97,16 @@ bool Statement::Impl::NextResult() {
     WatchdogGuard guard(isWatched ? timeoutSeconds : 0, *handle);
     const SQLRETURN result = Odbc().MoreResults(handle->Get());
     guard.Finish();
-    if (result == SQL_NO_DATA) return false;
+    if (result == SQL_NO_DATA) return mayHaveMore = false;
     if (!SQL_SUCCEEDED(result)) Fail(result);
     isFirstResult = false;
     ReadResultShape();
     return true;
+}
+
+void Statement::TakeRest() {
+    if (!impl_->handle->Profile().leavesResults) return;
+    while (impl_->columnCount == 0 && impl_->NextResult()) {}
 }
 
 void Statement::Cancel() noexcept {

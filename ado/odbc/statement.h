@@ -66,6 +66,10 @@ public:
     /// Moves on to the next result; false when there is none.
     bool MoreResults();
 
+    /// Steps over what follows a result without rows, where a driver would leave that on the connection.
+    /// @throws AdoError, what the next of them failed with
+    void TakeRest();
+
     /// From any thread; the running call ends with "cancelled".
     void Cancel() noexcept;
 

@@ -28,6 +28,7 @@ struct Statement::Impl {
     int columnCount = 0;
     bool isFirstResult = true;
     bool mayHaveRows = true;  // nothing to close on the handle otherwise
+    bool mayHaveMore = true;  // results behind this one, of which none has failed
     bool isOnSideConnection = false;
     std::shared_ptr<const ResultShape> shape;  // null: not described yet
     std::vector<ErrorRecord> warnings;

@@ -52,5 +52,16 @@ TEST_F(DataClient, AFaultInTheClientsOwnPartOfAQuestionNamesOnePlace) {
     lost.Invoke(nullptr);
 }
 
+#ifndef __SANITIZE_ADDRESS__  // with it comes a sanitizer that looks into such an object before it faults
+TEST_F(DataClient, AMemberOfAClientThatIsGoneTellsOfAFault) {
+    void* const memory = mmap(nullptr, sizeof(CTDataClient), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    auto& gone = *static_cast<CTDataClient*>(memory);
+    EXPECT_FALSE(gone.ExecuteSQL("delete from item"));
+    EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ClientFault("ExecuteSQL")), ErrorRecord(ClientFault("EndTrans"))));
+    munmap(memory, sizeof(CTDataClient));
+}
+#endif
+
 }  // namespace
 }  // namespace tk::test

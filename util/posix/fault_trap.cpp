@@ -62,7 +62,8 @@ void GoBack(ExceptionState& exceptions) {
 
 }  // namespace
 
-bool RunTrapped(void (*work)(void*), void* argument) {
+// Never inside another function, whose frame the jump would take for its own.
+[[gnu::noinline]] bool RunTrapped(void (*work)(void*), void* argument) {
     if (TrapThread::Current().exceptions == nullptr) [[unlikely]]
         PrepareThread(TrapThread::Current());
     Trap trap(TrapThread::Current());

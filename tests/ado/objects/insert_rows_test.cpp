@@ -121,6 +121,22 @@ TEST_P(InsertRowsTest, RefusesWhatItCannotInsert) {
     EXPECT_EQ(Insert(again, Omitted()).Error(), 3704u);
 }
 
+using InsertRowsMariaDbTest = InsertRowsTest;
+
+/// A year, bits and a choice mean something else by the text of a number.
+TEST_P(InsertRowsMariaDbTest, SendsNumbersAsNumbers) {
+    Execute(source_, u"drop table if exists odd");
+    Execute(source_, u"create table odd (id integer primary key, y integer, b integer, e integer, r double)");
+    Execute(source_, u"insert into odd values (1, 0, 5, 1, 0.1), (2, 99, 53, 2, 2.5), (3, null, null, null, null)");
+    Drop(u"odd");
+    Do(u"create table odd (id integer primary key, y year, b bit(8), e enum('2', '1'), r double)");
+    const Outcome inserted = Insert(OpenRows(source_, u"select * from odd order by id", 1), Omitted(), u"odd");
+    ASSERT_TRUE(inserted.Ok()) << inserted;
+    EXPECT_EQ(AskFor(u"select group_concat(concat_ws(' ', id, y, b + 0, e, r) order by id separator ', ') from odd"),
+              "1 0000 5 2 0.1, 2 1999 53 1 2.5, 3");
+}
+
+INSTANTIATE_TEST_SUITE_P(Server, InsertRowsMariaDbTest, ::testing::Values(SystemKind::MariaDb), SystemName);
 INSTANTIATE_TEST_SUITE_P(All, InsertRowsTest,
                          ::testing::Values(SystemKind::Sqlite, SystemKind::Postgres, SystemKind::MariaDb), SystemName);
 

@@ -80,7 +80,7 @@ std::string LongName(StatementHandle& handle, int number) {
 
 /// Asks the driver about one column. The record is used again for the next one.
 void Ask(StatementHandle& handle, int number, ToldColumn& told) {
-    char name[128] = {};  // a driver may fill all of it for a name of two letters
+    char name[512] = {};
     SQLSMALLINT nameLength = 0;
     SQLSMALLINT sqlType = 0;
     SQLULEN size = 0;

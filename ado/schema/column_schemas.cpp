@@ -152,15 +152,16 @@ constexpr SchemaColumn kColumnColumns[] = {
 constexpr unsigned char kColumnRestrictions[] = {0, 1, 2, 3};
 constexpr unsigned char kColumnOrder[] = {0, 1, 2, 6};
 
-/// Whether they may be those of an index, of a type or of a sequence. An index has neither defaults nor columns that
-/// are not null, whatever it is of.
+/// Whether they may be those of an index, of a type or of a sequence, or the ones of them that were asked for. An index
+/// has neither defaults nor columns that are not null, whatever it is of.
 bool MayBeOfNoTable(const CatalogRows& columns) {
-    constexpr std::string_view kFirstOfSequence = "last_value";
+    constexpr std::string_view kOfSequence[] = {"last_value", "log_cnt", "is_called"};
     if (columns.empty()) return false;
     const auto isPlain = [](const CatalogRow& column) {
         return column.Number(kNullable).value_or(1) != 0 && !column.Text(kDefault);
     };
-    return columns.front().Text(kColumnName) == kFirstOfSequence || std::ranges::all_of(columns, isPlain);
+    return std::ranges::find(kOfSequence, columns.front().Text(kColumnName)) != std::end(kOfSequence) ||
+           std::ranges::all_of(columns, isPlain);
 }
 
 /// Keeps the columns of tables and views.

@@ -143,5 +143,97 @@ TEST_F(TkdbCopy, BeginsAgainOnMariaDbAfterItWasKilled) {
     EXPECT_EQ(RunTkdb("tables '" + target + "' --format csv").output, "table\r\nitem\r\n");
 }
 
+class TkdbCopyToMariaDb : public TkdbCopy {
+protected:
+    void SetUp() override {
+        TkdbCopy::SetUp();
+        ASSERT_EQ(other_.Open(target_.c_str()), 1);
+    }
+    void Do(const char* statement) { ASSERT_EQ(other_.ExecuteSQL(statement), 1) << statement; }
+    std::string Tables() {
+        return First(other_,
+                     "select group_concat(table_name order by table_name) from information_schema.tables "
+                     "where table_schema = database()");
+    }
+
+    MariaDbServer server_;
+    std::string target_ = server_.ConnectionString();
+    std::string copy_ = "copy '" + source_ + "' item '" + target_ + "'";
+    CTDatabase other_;
+};
+
+TEST_F(TkdbCopyToMariaDb, LeavesATableAloneThatOthersReferTo) {
+    Do("create table item (id bigint primary key, above bigint references item (id))");
+    Do("insert into item values (1, 1), (2, 1)");
+    Do("create table child (item bigint, foreign key (item) references item (id))");
+    Do("insert into child values (2)");
+    const Outcome refused = RunTkdb(copy_ + " --replace", "2>&1");
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.output, "tkdb: item: cannot be replaced, as test.child refers to it\n");
+    EXPECT_EQ(Tables(), "child,item");
+    EXPECT_EQ(First(other_, "select count(*) from item"), "2");
+    EXPECT_NE(other_.ExecuteSQL("insert into child values (2)"), 0);
+    // A reference from a table to itself goes with it.
+    Do("drop table child");
+    EXPECT_EQ(RunTkdb(copy_ + " --replace", "2>&1").output, "item: 60000 row(s)\n");
+    EXPECT_EQ(Tables(), "item");
+}
+
+TEST_F(TkdbCopyToMariaDb, PutsATableBackThatCannotBeDropped) {
+    // The child is in a database that the user of the copy does not see.
+    Do("create table item (id bigint primary key)");
+    Do("insert into item values (1), (2)");
+    Do("create database hidden");
+    Do("create table hidden.child (item bigint, foreign key (item) references test.item (id))");
+    Do("create user guest identified by 'pw'");
+    Do("grant all on test.* to guest");
+    std::string target = target_;
+    target.replace(target.find("tester"), 6, "guest");
+    const Outcome refused = RunTkdb("copy --replace '" + source_ + "' item '" + target + "'", "2>&1");
+    EXPECT_EQ(refused.code, 1) << refused.output;
+    EXPECT_EQ(Tables(), "item");
+    EXPECT_EQ(First(other_, "select count(*) from item"), "2");
+    EXPECT_EQ(First(other_,
+                    "select group_concat(referenced_table_name) from information_schema.key_column_usage "
+                    "where table_schema = 'hidden' and table_name = 'child'"),
+              "item");
+}
+
+TEST_F(TkdbCopyToMariaDb, ReplacesNothingByScriptsThatCannotBeUndone) {
+    Do("set global sql_mode = 'ANSI_QUOTES'");
+    Do("create table ITEM (ID bigint primary key)");
+    Do("insert into ITEM values (1), (2)");
+    const Outcome refused =
+        RunTkdb("copy --replace '" + source_ + ";DBMS Name=Oracle' item '" + target_ + ";DBMS Name=Oracle'", "2>&1");
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_EQ(refused.output, "tkdb: item: cannot be replaced, as dropping a table cannot be undone there\n");
+    EXPECT_EQ(Tables(), "ITEM");
+    EXPECT_EQ(First(other_, "select count(*) from ITEM"), "2");
+}
+
+TEST_F(TkdbCopyToMariaDb, DropsWhatARunLeftThatWasKilledAtItsEnd) {
+    ASSERT_EQ(RunTkdb(copy_).code, 0);
+    Do("create table tkdb_old_2841a0c596d6f426 (id bigint)");
+    EXPECT_EQ(RunTkdb(copy_).output, "item: there already\n");
+    EXPECT_EQ(Tables(), "item");
+}
+
+TEST_F(TkdbCopyToMariaDb, RefusesATableThatAnotherRunIsCopying) {
+    const pid_t first = Start(target_);
+    EXPECT_TRUE(Comes([&] { return Tables() != "nothing" && !Tables().empty(); }));
+    kill(first, SIGSTOP);
+    const std::string made = Tables();
+    const Outcome second = RunTkdb(copy_, "2>&1");
+    EXPECT_EQ(second.code, 1);
+    EXPECT_EQ(second.output, "tkdb: item: another run is copying it\n");
+    EXPECT_EQ(Tables(), made);
+    kill(first, SIGCONT);
+    int status = 0;
+    waitpid(first, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(RunTkdb(copy_, "2>&1").output, "item: there already\n");
+    EXPECT_EQ(Tables(), "item");
+}
+
 }  // namespace
 }  // namespace tk::tools::test

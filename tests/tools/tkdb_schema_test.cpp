@@ -175,6 +175,10 @@ TEST_F(TkdbSchema, CopiesBetweenTwoDialectsByTheScriptOfTheTable) {
     EXPECT_EQ(RunTkdb("tables " + target + " --format csv").output, "table\r\nITEM\r\n");
     EXPECT_THAT(RunTkdb("query " + target + " 'select sql from sqlite_master' --format csv").output,
                 HasSubstr("CREATE INDEX"));
+    // What stands behind the name undoes the making of tables.
+    ASSERT_EQ(RunTkdb("exec " + target_ + " 'delete from ITEM where ID = 1'").code, 0);
+    EXPECT_EQ(RunTkdb("copy --replace " + as(connection_, "Oracle") + " item " + target, "2>&1").output,
+              "item: 2 row(s)\n");
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "tools/tkdb/command_support.h"
 #include "tools/tkdb/database_system.h"
 #include "tools/tkdb/interruption.h"
@@ -24,6 +26,13 @@ struct Stop {
 
 void Do(CTDatabase& database, const std::string& statement) {
     if (database.ExecuteSQL(statement.c_str()) == 0) throw Stop{database.GetLastErrorString()};
+}
+
+/// On the connection of the database itself, where a recordset that opens by a text makes one of its own.
+void Ask(CTDatabase& database, const std::string& query, CTRecordset& answer) {
+    const COleDispatchDriver rowset(database.GetRecordset(query.c_str()));
+    if (rowset.m_lpDispatch == nullptr) throw Stop{database.GetLastErrorString()};
+    if (answer.OpenDispatch(rowset.m_lpDispatch) == 0) throw Stop{answer.GetLastErrorString()};
 }
 
 long Count(CTDatabase& database, const std::string& table) {
@@ -86,14 +95,79 @@ long InsertAll(CTDatabase& source, const std::string& table, CTDatabase& target,
     return rows;
 }
 
+/// The right to the names that stand in for a table while it is copied, where making one cannot be undone: nobody else
+/// has it at the same time, so that what is found under them was left by a run that ended.
+class Turn {
+public:
+    Turn(CTDatabase& target, const TableScripts& scripts)
+        : target_(target), lock_(fmt::format("CONCAT(MD5(DATABASE()), ' {}')", scripts.made)) {
+        // The server may take a moment to see that a run was killed.
+        constexpr int kSeconds = 5;
+        CTRecordset answer(&target);
+        Ask(target, fmt::format("SELECT GET_LOCK({}, {})", lock_, kSeconds), answer);
+        if (answer.GetEof() || answer.GetStringValue(0L) != "1") throw Stop{"another run is copying it"};
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() {
+        try {
+            target_.ExecuteSQL(("DO RELEASE_LOCK(" + lock_ + ")").c_str());
+        } catch (CException* e) {
+            e->Delete();  // it ends with the connection
+        }
+    }
+
+private:
+    CTDatabase& target_;
+    std::string lock_;
+};
+
+/// Stops at a table that another one refers to: the reference would go with the old table to its other name, and keep
+/// it from being dropped.
+void RequireNoReferences(CTDatabase& target, const std::string& name) {
+    CTRecordset rows(&target);
+    Ask(target,
+        "SELECT REFERENCED_TABLE_NAME, CONCAT(TABLE_SCHEMA, '.', TABLE_NAME),"
+        " TABLE_SCHEMA = DATABASE() AND TABLE_NAME = REFERENCED_TABLE_NAME"
+        " FROM information_schema.KEY_COLUMN_USAGE WHERE REFERENCED_TABLE_SCHEMA = DATABASE()",
+        rows);
+    for (; !rows.GetEof(); rows.MoveNext()) {
+        const bool isItself = rows.GetStringValue(2L) == "1";
+        if (isItself || rows.GetStringValue(0L) != name.c_str()) continue;
+        throw Stop{"cannot be replaced, as " + rows.GetStringValue(1L) + " refers to it"};
+    }
+}
+
+std::string OldName(const TableScripts& scripts) {
+    return Quoted(NameApart("old", scripts.name));
+}
+
+/// What a run that was killed at its end has left of the table that it had replaced.
+void DropOld(CTDatabase& target, const TableScripts& scripts) {
+    Do(target, "DROP TABLE IF EXISTS " + OldName(scripts));
+}
+
 /// Gives a table that is whole its name, in one step with taking the name from the table that it replaces.
 void PutInPlace(CTDatabase& target, const TableScripts& scripts, bool replaces) {
-    const std::string old = NameApart("old", scripts.name);
-    const std::string rename = Quoted(scripts.made) + " TO " + Quoted(scripts.name);
-    if (!replaces) return Do(target, "RENAME TABLE " + rename);
-    Do(target, "DROP TABLE IF EXISTS " + Quoted(old));
-    Do(target, "RENAME TABLE " + Quoted(scripts.name) + " TO " + Quoted(old) + ", " + rename);
-    Do(target, "DROP TABLE " + Quoted(old));
+    const std::string old = OldName(scripts);
+    const std::string name = Quoted(scripts.name);
+    const std::string made = Quoted(scripts.made);
+    if (!replaces) return Do(target, "RENAME TABLE " + made + " TO " + name);
+    DropOld(target, scripts);
+    Do(target, "RENAME TABLE " + name + " TO " + old + ", " + made + " TO " + name);
+    try {
+        Do(target, "DROP TABLE " + old);
+    } catch (const Stop&) {
+        // A table refers to it that is not shown to everybody.
+        Do(target, "RENAME TABLE " + name + " TO " + made + ", " + old + " TO " + name);
+        throw;
+    }
+}
+
+/// Stops where a table that could not be replaced would be gone.
+void RequireReplaceable(CTDatabase& target, const TableScripts& scripts, bool isApart) {
+    if (isApart) return RequireNoReferences(target, scripts.name);
+    if (!UndoesTables(target)) throw Stop{"cannot be replaced, as dropping a table cannot be undone there"};
 }
 
 /// @return the rows of the table; negative: there already
@@ -101,13 +175,19 @@ long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target,
     TableScripts scripts;
     const CString reason = MakeScripts(source, table, target, scripts);
     if (!reason.IsEmpty()) throw Stop{reason};
+    const bool isApart = scripts.made != scripts.name;
+    std::optional<Turn> turn;
+    if (isApart) turn.emplace(target, scripts);
     const bool replaces = target.IsTableExist(scripts.name.c_str()) != 0;
     if (replaces) {
         const long there = Count(target, scripts.name);
-        if (there == Count(source, table)) return -1;
+        if (there == Count(source, table)) {
+            if (isApart) DropOld(target, scripts);
+            return -1;
+        }
         if (!replace) throw Stop{fmt::format("there already, with {} other rows: {}", there, scripts.name).c_str()};
+        RequireReplaceable(target, scripts, isApart);
     }
-    const bool isApart = scripts.made != scripts.name;
     NewTable made(target, scripts.made);
     if (isApart) {
         Do(target, "DROP TABLE IF EXISTS " + Quoted(scripts.made));  // what a run left that was killed

@@ -11,7 +11,8 @@ namespace tk::tools {
 /// was stopped is taken up again by the same command.
 /// @param source, target  connection strings
 /// @param tables   names in the source
-/// @param replace  a table that is there with other rows is dropped first, instead of being an error
+/// @param replace  a table that is there with other rows gives way to the copy, instead of being an error; not where it
+///                 could be lost, nor where others refer to it and would be left behind
 /// @return an exit code; what went wrong has been printed
 int CopyTables(const std::string& source, const std::vector<std::string>& tables, const std::string& target,
                bool replace);

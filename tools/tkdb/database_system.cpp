@@ -34,6 +34,11 @@ CString TagOf(CTDatabase& database) {
     return database.GetDbmsName().Left(kTagLength);
 }
 
+bool UndoesTables(CTDatabase& database) {
+    constexpr char kLikeRows[] = "8";
+    return database.GetPropertyValue("Transaction DDL") == kLikeRows;
+}
+
 std::string NameApart(std::string_view purpose, std::string_view table) {
     std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
     for (const char c : table)

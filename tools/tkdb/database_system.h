@@ -24,6 +24,9 @@ inline bool CommitsTables(DatabaseSystem system) {
     return system == DatabaseSystem::MariaDb;
 }
 
+/// Whether a transaction that is rolled back brings a dropped table back, by what the driver says.
+bool UndoesTables(CTDatabase& database);
+
 /// A name for a table that stands in for another one for a while: always the same, and short enough for every system.
 /// @param purpose  a word
 std::string NameApart(std::string_view purpose, std::string_view table);

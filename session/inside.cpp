@@ -49,12 +49,6 @@ void Inside::Report(CTDataClient& client, const char* place) {
     });
 }
 
-void LateReports::Tell(CTDataServer& server) {
-    for (std::size_t i = 0; i < count_; ++i)
-        Inside::Report(server, places_[i]);
-    count_ = 0;
-}
-
 void Inside::SetError(CTDataServer& server, const CString& text) {
     const Entered entered(server.lastErrorLock_);
     server.lastError_ = text;

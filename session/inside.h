@@ -4,8 +4,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstddef>
-#include <iterator>
 #include <utility>
 
 #include "session/held_lock.h"
@@ -13,19 +11,6 @@
 #include "util/fault_guard.h"
 
 namespace tk::session {
-
-/// The places of faults that a member survived with a lock held: they are told of once it is left.
-class LateReports {
-public:
-    void Add(const char* place) noexcept {
-        if (count_ < std::size(places_)) places_[count_++] = place;
-    }
-    void Tell(CTDataServer& server);
-
-private:
-    const char* places_[2] = {};
-    std::size_t count_ = 0;
-};
 
 struct Inside {
     /// Runs a member of the server or of a client. Whatever ends the work early becomes the message that names the

@@ -34,9 +34,10 @@ typename Kind::Object* TakeFree(CTDataServer& server, void* owner) {
     return static_cast<typename Kind::Object*>(session);
 }
 
-/// Gives a lease that is old enough to a new owner. What faults on the way is told of later.
+/// Gives a lease that is old enough to a new owner.
+/// @param fault  gets the place of what faulted on the way, to be told of once the lock is left
 template <typename Kind>
-typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, LateReports& late) {
+typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, const char*& fault) {
     CTDataDriver* taken = nullptr;
     const char* place = Kind::kForce;
     const auto work = [&] {
@@ -60,7 +61,7 @@ typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, LateReport
             Count(counters.twice);
         }
     };
-    if (!tk::util::RunGuarded(work)) late.Add(place);
+    if (!tk::util::RunGuarded(work)) fault = place;
     return static_cast<typename Kind::Object*>(taken);
 }
 
@@ -82,11 +83,11 @@ typename Kind::Object* Lend(CTDataServer& server, void* owner) {
             lent = TakeFree<Kind>(server, owner);
             return;
         }
-        LateReports late;
-        Object* const taken = TakeOver<Kind>(server, owner, late);
+        const char* fault = nullptr;
+        Object* const taken = TakeOver<Kind>(server, owner, fault);
         if (taken == nullptr) Count(Kind::CountersOf(server).refusals);
         held.Leave();
-        late.Tell(server);
+        if (fault != nullptr) Inside::Report(server, fault);
         if (IsValidAddress(taken, sizeof(Object))) {
             lent = taken;
             return;
@@ -132,11 +133,11 @@ typename Kind::Object* Force(CTDataServer& server, void* newOwner) {
     using Object = typename Kind::Object;
     HeldLock held(Inside::LockOf(server));
     return Inside::Run(server, held, Kind::kForce, static_cast<Object*>(nullptr), [&] {
-        LateReports late;
+        const char* fault = nullptr;
         held.Enter();
-        Object* const taken = TakeOver<Kind>(server, newOwner, late);
+        Object* const taken = TakeOver<Kind>(server, newOwner, fault);
         held.Leave();
-        late.Tell(server);
+        if (fault != nullptr) Inside::Report(server, fault);
         return taken;
     });
 }

@@ -61,16 +61,18 @@ void BlockWriter::ReadArrayTypes(const std::string& table, std::span<const std::
     arrays_ = "SELECT * FROM unnest(" + arrays + ")";
 }
 
-std::string BlockWriter::TextFor(std::size_t rows) const {
+const std::string& BlockWriter::TextFor(std::size_t rows) {
+    if (listRows_ == rows) return list_;
+    listRows_ = rows;
     std::string marks = "(?";
     for (std::size_t i = 1; i < columns_.size(); ++i)
         marks += ", ?";
     marks += ")";
-    std::string text = head_ + "VALUES ";
-    text.reserve(head_.size() + rows * (marks.size() + 2));
+    list_ = head_ + "VALUES ";
+    list_.reserve(list_.size() + rows * (marks.size() + 2));
     for (std::size_t i = 0; i < rows; ++i)
-        text.append(i == 0 ? "" : ", ").append(marks);
-    return text;
+        list_.append(i == 0 ? "" : ", ").append(marks);
+    return list_;
 }
 
 void BlockWriter::Write(RowStore& rows, std::span<const std::size_t> list) {
@@ -92,8 +94,7 @@ std::size_t BlockWriter::WriteValues(RowStore& rows, std::span<const std::size_t
         for (std::size_t i = 0; i < columns_.size(); ++i)
             parameters.push_back({nullptr, rows.At(row, i), &columns_[i]});
     }
-    if (listRows_ != list.size()) list_ = TextFor(listRows_ = list.size());
-    Send(list_, parameters);
+    Send(TextFor(list.size()), parameters);
     return list.size();
 }
 
@@ -138,8 +139,7 @@ std::size_t BlockWriter::WriteColumns(RowStore& rows, std::span<const std::size_
         parameters[i].column = &columns_[i];
         parameters[i].array = &blocks[i].Finish();
     }
-    if (oneRow_.empty()) oneRow_ = TextFor(1);
-    Send(oneRow_, parameters);
+    Send(TextFor(1), parameters);
     return count;
 }
 

@@ -33,7 +33,7 @@ public:
 
 private:
     void ReadArrayTypes(const std::string& table, std::span<const std::u16string> names);
-    std::string TextFor(std::size_t rows) const;
+    const std::string& TextFor(std::size_t rows);
 
     // Each writes rows from the front of the list, in one statement, and gives their number.
     std::size_t WriteValues(RowStore& rows, std::span<const std::size_t> list);
@@ -47,7 +47,6 @@ private:
     std::string arrays_;           // the rest of it where they are arrays; empty: they are not
     std::string list_;             // the whole of it with a list of rows
     std::size_t listRows_ = 0;     // ... and their number
-    std::string oneRow_;           // the whole of it for one row
     std::vector<Column> columns_;  // of the table
     LONG timeoutSeconds_;
     std::size_t rowsPerList_;

@@ -7,11 +7,6 @@
 namespace tk::ado {
 namespace {
 
-CalendarForm FormOf(const Column& column) {
-    if (column.kind == CellKind::Date) return CalendarForm::Date;
-    return column.kind == CellKind::Time ? CalendarForm::Time : CalendarForm::DateTime;
-}
-
 template <typename Number>
 std::string_view Digits(Number number, std::string& scratch) {
     char digits[64];
@@ -30,7 +25,7 @@ std::string_view CellText(const Cell& cell, const Column& target, std::string& s
             return Digits(cell.real, scratch);
         case Cell::Form::Date:
             return scratch = FormatCalendarTime(FromAutomationDate(cell.real, static_cast<long>(cell.integer)),
-                                                FormOf(target));
+                                                CalendarFormOf(target.kind));
         case Cell::Form::Decimal:
         case Cell::Form::Text:
         case Cell::Form::Bytes:

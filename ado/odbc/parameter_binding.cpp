@@ -41,12 +41,6 @@ std::string ArrayBytes(SAFEARRAY* array) {
     return bytes;
 }
 
-CalendarForm FormOf(const Column* column) {
-    if (column != nullptr && column->kind == CellKind::Date) return CalendarForm::Date;
-    if (column != nullptr && column->kind == CellKind::Time) return CalendarForm::Time;
-    return CalendarForm::DateTime;
-}
-
 /// The type that a parameter is sent as for its column or declaration: national texts as such, where that matters.
 SQLSMALLINT SentType(const Column& column, bool hasWideParameters) {
     const auto sqlType = static_cast<SQLSMALLINT>(column.sqlType);
@@ -312,7 +306,10 @@ void ParameterBinding::SetDecimal(std::string digits, Slot& slot) const {
 
 void ParameterBinding::SetDate(DATE date, long nanoseconds, const Column* column, Slot& slot) const {
     const CalendarTime time = FromAutomationDate(date, nanoseconds);
-    if (!handle_.Profile().hasTypedParameters) return SetText(FormatCalendarTime(time, FormOf(column)), slot);
+    if (!handle_.Profile().hasTypedParameters) {
+        const CalendarForm form = column != nullptr ? CalendarFormOf(column->kind) : CalendarForm::DateTime;
+        return SetText(FormatCalendarTime(time, form), slot);
+    }
     SQL_TIMESTAMP_STRUCT fields = {};
     fields.year = static_cast<SQLSMALLINT>(time.year);
     fields.month = static_cast<SQLUSMALLINT>(time.month);

@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "ado/rowset/column.h"
+
 namespace tk::ado {
 
 /// A moment as databases keep it.
@@ -35,6 +37,12 @@ CalendarTime FromAutomationDate(DATE date, long nanoseconds = -1) noexcept;
 std::optional<CalendarTime> ParseCalendarTime(std::string_view text) noexcept;
 
 enum class CalendarForm : unsigned char { Date, Time, DateTime };
+
+/// The part of a moment that a column of the kind takes.
+constexpr CalendarForm CalendarFormOf(CellKind kind) noexcept {
+    if (kind == CellKind::Date) return CalendarForm::Date;
+    return kind == CellKind::Time ? CalendarForm::Time : CalendarForm::DateTime;
+}
 
 /// `2003-07-04`, `13:05:09`, `2003-07-04 13:05:09`; a fraction follows without trailing zeros when there is one.
 std::string FormatCalendarTime(const CalendarTime& time, CalendarForm form);

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 #include "win32/registry/registry_key.h"
+#include "win32/system/plain_file.h"
 
 namespace tk::registry {
 namespace {
@@ -28,8 +28,7 @@ bool IsDataSource(const std::string& section) {
 /// The sections of an odbc.ini with their drivers, each name once. A file that is none has none.
 std::vector<Value> ReadDataSources(const std::string& path) {
     std::vector<Value> sources;
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) return sources;  // others may keep who opens them waiting
+    if (!system::IsPlainFile(path)) return sources;
     std::ifstream file(path, std::ios::binary);
     bool inSource = false;
     for (std::string line; std::getline(file, line);) {

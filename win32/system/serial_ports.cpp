@@ -6,10 +6,11 @@
 #include <charconv>
 #include <climits>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <vector>
+
+#include "win32/system/plain_file.h"
 
 namespace tk::system {
 namespace {
@@ -48,8 +49,7 @@ std::vector<std::string> MapPaths() {
 /// What the first map that is there says about a port; nothing when it says nothing.
 std::optional<std::string> MappedDevice(int number) {
     for (const std::string& path : MapPaths()) {
-        std::error_code ignored;
-        if (!std::filesystem::is_regular_file(path, ignored)) continue;  // others may keep who opens them waiting
+        if (!IsPlainFile(path)) continue;
         std::ifstream file(path);
         if (!file) continue;
         for (std::string line; std::getline(file, line);) {

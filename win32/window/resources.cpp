@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "tkwin32/menus.h"
 #include "tkwin32/text.h"
 #include "win32/system/file_names.h"
+#include "win32/system/plain_file.h"
 #include "win32/window/resource_script.h"
 #include "winbase.h"
 
@@ -30,8 +30,7 @@ struct ScriptFile {
 };
 
 std::string ContentOf(const std::string& path) {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(path, ignored)) return {};  // others may keep who opens them waiting
+    if (!system::IsPlainFile(path)) return {};
     std::ifstream file(path, std::ios::binary);
     std::string content;
     for (char piece[4096]; file.read(piece, sizeof piece), file.gcount() > 0;) {

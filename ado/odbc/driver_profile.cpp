@@ -53,9 +53,8 @@ constexpr DefaultKeyword kPostgresDefaults[] = {
 
 constexpr const char* kMariaWords[] = {"maodbc", "mariadb", "myodbc", "mysql"};
 constexpr DefaultKeyword kMariaDefaults[] = {
-    // 2: an UPDATE counts the rows it found, changed or not, else an unchanged row looks like a lost one;
-    // 67108864: several statements in one text.
-    {"OPTION", "67108866", false},
+    // An UPDATE counts the rows it found, changed or not, else an unchanged row looks like a lost one.
+    {"OPTION", "2", false},
 };
 
 constexpr const char* kTdsWords[] = {"tdsodbc", "freetds"};
@@ -158,6 +157,7 @@ constexpr DriverProfile kProfiles[] = {
         .loginTimeoutKeyword = "CONN_TIMEOUT",
         .readOnlyStatement = "SET SESSION TRANSACTION READ ONLY",
         .hasBatches = true,
+        .needsSingleStatements = true,
         .leavesResults = true,
         .hasManyActiveStatements = true,
         .describesBase = true,

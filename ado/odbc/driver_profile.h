@@ -78,8 +78,9 @@ struct DriverProfile {
     int lockedNative = 0;                     // ... and what it says when they are over
     const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
-    bool hasBatches = false;           // SQLMoreResults is worth asking
-    bool leavesResults = false;        // closing a handle leaves what follows a result without rows on the connection
+    bool hasBatches = false;             // SQLMoreResults is worth asking
+    bool needsSingleStatements = false;  // a text of several keeps the connection locked, or ends the process
+    bool leavesResults = false;          // closing a handle leaves what follows a result without rows on the connection
     const char* indexQuery = nullptr;  // where SQLStatistics hides conditions and expressions: a SELECT for a table and
                                        // a schema (three times; it may be empty), its columns by indexQueryColumns
     std::span<const std::size_t> indexQueryColumns = {};  // numbered as SQLStatistics does; 20: is the key's

@@ -18,6 +18,7 @@
 #include "ado/odbc/settings_watcher.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/odbc/statement_kind.h"
+#include "ado/odbc/statement_list.h"
 #include "ado/odbc/watchdog.h"
 #include "ado/rowset/describe.h"
 
@@ -226,6 +227,46 @@ struct Session::Impl {
     }
 
     Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+        if (Physical().Profile().needsSingleStatements) {
+            const std::vector<ListedStatement> list = ListStatements(sql);
+            if (!list.empty()) return ExecuteList(list, parameters, options);
+        }
+        return ExecuteOne(sql, parameters, options);
+    }
+
+    /// One after the other, until one fails. The first one's failure is thrown at once; that of another one is the
+    /// result in its place.
+    Statement ExecuteList(std::span<const ListedStatement> list, std::span<const Parameter> parameters,
+                          ExecuteOptions options) {
+        std::optional<Statement> first;
+        auto following = std::make_unique<FollowingResults>();
+        for (const ListedStatement& each : list) {
+            const bool isLast = &each == &list.back();
+            const std::size_t own = isLast ? parameters.size() : std::min(each.markers, parameters.size());
+            options.prepared = each.isProgram;
+            try {
+                Statement statement = ExecuteOne(each.text, parameters.first(own), options);
+                parameters = parameters.subspan(own);
+                if (each.isProgram) {
+                    statement.Internals().mayHaveMore = false;
+                    statement.Internals().preparedText.clear();  // nobody defines it twice
+                }
+                if (first) {
+                    following->statements.push_back(std::move(statement));
+                } else {
+                    first = std::move(statement);
+                }
+            } catch (const AdoError&) {
+                if (!first) throw;
+                following->failure = std::current_exception();
+                break;
+            }
+        }
+        first->Internals().following = std::move(following);
+        return std::move(*first);
+    }
+
+    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);

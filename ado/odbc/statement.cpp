@@ -89,10 +89,25 @@ const std::vector<Column>& Statement::Columns() {
 
 bool Statement::MoreResults() {
     if (!impl_->handle->Profile().hasBatches) return false;
-    return impl_->NextResult() && PassOutputRow(*impl_);
+    return NextResult() && PassOutputRow(*impl_);
+}
+
+bool Statement::NextResult() {
+    if (impl_->NextResult()) return true;
+    std::unique_ptr<FollowingResults> following = std::move(impl_->following);
+    if (following == nullptr) return false;
+    if (following->statements.empty()) {
+        if (following->failure) std::rethrow_exception(following->failure);
+        return false;
+    }
+    impl_ = std::move(following->statements.front().impl_);
+    following->statements.pop_front();
+    impl_->following = std::move(following);
+    return true;
 }
 
 bool Statement::Impl::NextResult() {
+    if (!mayHaveMore) return false;
     const bool isWatched = handle->Profile().timeLimit == TimeLimit::Watchdog;
     WatchdogGuard guard(isWatched ? timeoutSeconds : 0, *handle);
     const SQLRETURN result = Odbc().MoreResults(handle->Get());
@@ -106,7 +121,7 @@ bool Statement::Impl::NextResult() {
 
 void Statement::TakeRest() {
     if (!impl_->handle->Profile().leavesResults) return;
-    while (impl_->columnCount == 0 && impl_->NextResult()) {}
+    while (impl_->columnCount == 0 && NextResult()) {}
 }
 
 void Statement::Cancel() noexcept {

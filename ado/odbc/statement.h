@@ -79,6 +79,8 @@ public:
     Impl& Internals() noexcept { return *impl_; }
 
 private:
+    bool NextResult();
+
     std::unique_ptr<Impl> impl_;
 };
 

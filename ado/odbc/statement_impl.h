@@ -1,6 +1,8 @@
 // ado/odbc/statement_impl.h - what is behind a Statement; for the session and the row set.
 #pragma once
 
+#include <deque>
+#include <exception>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +15,12 @@
 #include "ado/rowset/result_shape.h"
 
 namespace tk::ado {
+
+/// What comes behind a statement that was one of several in a text.
+struct FollowingResults {
+    std::deque<Statement> statements;  // executed
+    std::exception_ptr failure;        // what the one behind them met
+};
 
 struct Statement::Impl {
     std::shared_ptr<Lease> lease;
@@ -32,13 +40,14 @@ struct Statement::Impl {
     bool isOnSideConnection = false;
     std::shared_ptr<const ResultShape> shape;  // null: not described yet
     std::vector<ErrorRecord> warnings;
+    std::unique_ptr<FollowingResults> following;  // null: the driver knows of all results
 
     ~Impl();
 
     /// Reads column and row counts after an execution or a step to the next result.
     void ReadResultShape();
 
-    /// Steps to the next result; false when there is none.
+    /// Steps to the driver's next result; false when there is none.
     bool NextResult();
 
     /// Executes the text again, parameters as they were; nothing has been fetched yet. Not for catalog calls.

@@ -331,35 +331,5 @@ TEST_P(CommandTest, EndsAfterItsOwnTime) {
 INSTANTIATE_TEST_SUITE_P(All, CommandTest,
                          ::testing::Values(SystemKind::Sqlite, SystemKind::Postgres, SystemKind::MariaDb), SystemName);
 
-/// Texts of several statements, where the system takes them.
-class SeveralStatementsTest : public SystemTest {};
-
-TEST_P(SeveralStatementsTest, LeaveTheTransactionToBeEnded) {
-    Drop(u"steps");
-    Do(u"create table steps (id integer primary key)");
-    static constexpr struct {
-        const char* label;
-        const char16_t* text;
-        const char* rows;
-    } kRows[] = {
-        {"without rows", u"insert into steps values (1); insert into steps values (2); insert into steps values (3)",
-         "3"},
-        {"rows last", u"insert into steps values (1); select 1", "1"},
-        {"rows first", u"select 1; insert into steps values (1); insert into steps values (2)", "2"},
-    };
-    for (const auto& row : kRows) {
-        SCOPED_TRACE(row.label);
-        Do(u"delete from steps");
-        ASSERT_TRUE(connection_.Call(connection::kBeginTrans).Ok());
-        Do(row.text);
-        const Outcome committed = connection_.Call(connection::kCommitTrans);
-        EXPECT_TRUE(committed.Ok()) << committed;
-        EXPECT_EQ(AskFor(u"select count(*) from steps"), row.rows);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Servers, SeveralStatementsTest, ::testing::Values(SystemKind::Postgres, SystemKind::MariaDb),
-                         SystemName);
-
 }  // namespace
 }  // namespace tk::ado::test

@@ -157,7 +157,7 @@ TEST_F(ProviderMap, TurnsConnectionStringsIntoThoseOfDrivers) {
          "MaxVarcharSize=4000;ByteaAsLongVarBinary=1;CommLog=0;Debug=0;"},
         {"MariaDB", "Provider=MySQLProv;Data Source=db1;Initial Catalog=s",
          "Driver={MariaDB Unicode};Server=db1;Port=3306;Database=s;"
-         "INITSTMT={SET sql_mode=CONCAT(@@sql_mode,',ANSI_QUOTES')};OPTION=67108866;"},
+         "INITSTMT={SET sql_mode=CONCAT(@@sql_mode,',ANSI_QUOTES')};OPTION=2;"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.label);
@@ -215,7 +215,7 @@ TEST_F(ProviderMap, FindsTheNameInsideTheExtendedProperties) {
 TEST_F(ProviderMap, GivesTheLoginTimeToDriversThatIgnoreTheAttribute) {
     auto resolved = Resolve(ConnectionString::Parse("Driver=MariaDB Unicode;Server=h"), "", "");
     AddLoginTimeout(resolved.odbc, 15);
-    EXPECT_EQ(resolved.odbc.ToOdbc(), "Driver={MariaDB Unicode};Server=h;OPTION=67108866;CONN_TIMEOUT=15;");
+    EXPECT_EQ(resolved.odbc.ToOdbc(), "Driver={MariaDB Unicode};Server=h;OPTION=2;CONN_TIMEOUT=15;");
     resolved = Resolve(ConnectionString::Parse("Driver=MariaDB Unicode;CONN_TIMEOUT=3"), "", "");
     AddLoginTimeout(resolved.odbc, 15);
     EXPECT_EQ(resolved.odbc.Get({"CONN_TIMEOUT"}), "3");

@@ -1,0 +1,187 @@
+#include "ado/odbc/statement_list.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "ado/odbc/ascii.h"
+
+namespace tk::ado {
+namespace {
+
+// Before these, CREATE and ALTER are about something else than a program.
+constexpr std::string_view kOtherObjects[] = {"database", "index", "role", "schema", "sequence",
+                                              "server",   "table", "user", "view"};
+constexpr std::string_view kProgramObjects[] = {"event", "function", "package", "procedure", "trigger"};
+constexpr std::string_view kBodies[] = {"begin", "if", "loop", "repeat", "while"};
+constexpr std::string_view kBlockWords[] = {"call", "case", "declare", "for", "if", "loop", "repeat", "while"};
+
+template <std::size_t count>
+bool IsOneOf(std::string_view word, const std::string_view (&words)[count]) noexcept {
+    return std::ranges::any_of(words, [word](std::string_view each) { return EqualsNoCase(each, word); });
+}
+
+bool IsWordLetter(char letter) noexcept {
+    const auto byte = static_cast<unsigned char>(letter);
+    return byte >= 0x80 || std::isalnum(byte) != 0 || letter == '_' || letter == '$';
+}
+
+struct Token {
+    std::size_t begin = 0;
+    std::size_t end = 0;      // equal to begin: the text is over
+    std::string_view word{};  // of letters and digits; empty for quoted names and texts, and for signs
+    char sign = 0;            // the sign, where it is one
+
+    bool IsLast() const noexcept { return begin == end; }
+};
+
+class Tokens {
+public:
+    explicit Tokens(std::string_view sql) noexcept : sql_(sql) {}
+
+    /// The token at a place or behind it.
+    Token At(std::size_t at) const noexcept {
+        at = SkipBlanks(at);
+        if (at >= sql_.size()) return {sql_.size(), sql_.size()};
+        const char first = sql_[at];
+        if (first == '\'' || first == '"' || first == '`') return {at, QuoteEnd(at)};
+        if (!IsWordLetter(first)) return {at, at + 1, {}, first};
+        std::size_t end = at;
+        while (end < sql_.size() && IsWordLetter(sql_[end]))
+            ++end;
+        return {at, end, sql_.substr(at, end - at)};
+    }
+
+    Token After(const Token& token) const noexcept { return At(token.end); }
+
+private:
+    std::size_t SkipBlanks(std::size_t at) const noexcept {
+        while (at < sql_.size()) {
+            const std::string_view rest = sql_.substr(at);
+            if (std::isspace(static_cast<unsigned char>(rest[0])) != 0) {
+                ++at;
+            } else if (rest[0] == '#' || IsLineComment(rest)) {
+                at = After("\n", at);
+            } else if (rest.starts_with("/*")) {
+                at = After("*/", at + 2);
+            } else {
+                break;
+            }
+        }
+        return at;
+    }
+
+    /// "--" counts only in front of a blank or a control character: 5--3 is 8.
+    static bool IsLineComment(std::string_view rest) noexcept {
+        return rest.starts_with("--") && (rest.size() == 2 || static_cast<unsigned char>(rest[2]) <= ' ');
+    }
+
+    std::size_t After(std::string_view end, std::size_t from) const noexcept {
+        const std::size_t found = sql_.find(end, from);
+        return found == std::string_view::npos ? sql_.size() : found + end.size();
+    }
+
+    /// Behind the closing quote. A doubled one reads as two texts in a row, which is the same to us.
+    std::size_t QuoteEnd(std::size_t at) const noexcept {
+        const char quote = sql_[at];
+        for (++at; at < sql_.size(); ++at) {
+            if (sql_[at] == quote) return at + 1;
+            if (sql_[at] == '\\' && quote != '`') ++at;
+        }
+        return sql_.size();
+    }
+
+    std::string_view sql_;
+};
+
+/// Where a statement ends and how it is made.
+struct Extent {
+    std::size_t end = 0;        // behind its last token, whatever semicolons follow
+    std::size_t markers = 0;    // up to there
+    bool hasSemicolon = false;  // between its tokens
+};
+
+/// From a token to the next semicolon, or to the end of the text.
+Extent Measure(const Tokens& tokens, Token token, bool toTheEnd) noexcept {
+    Extent extent;
+    bool ended = false;
+    for (; !token.IsLast(); token = tokens.After(token)) {
+        if (token.sign == ';') {
+            if (!toTheEnd) break;
+            ended = true;
+            continue;
+        }
+        extent.hasSemicolon = extent.hasSemicolon || ended;
+        extent.markers += token.sign == '?';
+        extent.end = token.end;
+    }
+    return extent;
+}
+
+/// CREATE or ALTER of a routine, trigger or event with a body of several statements.
+bool IsProgram(const Tokens& tokens, Token token) noexcept {
+    if (!EqualsNoCase(token.word, "create") && !EqualsNoCase(token.word, "alter")) return false;
+    for (token = tokens.After(token); !IsOneOf(token.word, kProgramObjects); token = tokens.After(token)) {
+        if (token.IsLast() || token.sign == ';' || token.sign == '(' || IsOneOf(token.word, kOtherObjects))
+            return false;
+    }
+    for (token = tokens.After(token); !token.IsLast() && token.sign != ';'; token = tokens.After(token)) {
+        if (!IsOneOf(token.word, kBodies)) continue;
+        const Token next = tokens.After(token);
+        const bool isFunction = next.sign == '(';
+        const bool isCondition = EqualsNoCase(next.word, "not") || EqualsNoCase(next.word, "exists");
+        if (!isFunction && !isCondition) return true;
+    }
+    return false;
+}
+
+bool IsBlock(const Tokens& tokens, const Token& first) noexcept {
+    return IsOneOf(first.word, kBlockWords) || (!first.word.empty() && tokens.After(first).sign == ':');
+}
+
+bool IsAnonymousBlock(const Tokens& tokens, const Token& first) noexcept {
+    return EqualsNoCase(first.word, "begin") && EqualsNoCase(tokens.After(first).word, "not");
+}
+
+/// The whole text as one block; a block in it is only "BEGIN" there.
+std::string BlockOf(std::string_view sql, const Tokens& tokens, const Token& inner, std::size_t end) {
+    std::string text = "BEGIN NOT ATOMIC ";
+    const std::size_t begin = tokens.At(0).begin;
+    std::size_t from = begin;
+    if (IsAnonymousBlock(tokens, inner)) {
+        text.append(sql.substr(begin, inner.end - begin));
+        from = tokens.After(tokens.After(inner)).end;  // behind NOT ATOMIC
+    }
+    return text.append(sql.substr(from, end - from)).append("\n;END");
+}
+
+}  // namespace
+
+std::vector<ListedStatement> ListStatements(std::string_view sql) {
+    std::vector<ListedStatement> list;
+    if (sql.find(';') == std::string_view::npos) return list;
+    const Tokens tokens(sql);
+    bool isSendable = true;  // as one, as it is
+    std::size_t markers = 0;
+    for (Token first = tokens.At(0); !first.IsLast();) {
+        if (first.sign == ';') {
+            first = tokens.After(first);
+            continue;
+        }
+        const bool isProgram = IsProgram(tokens, first);
+        const bool isAnonymous = !isProgram && IsAnonymousBlock(tokens, first);
+        const bool isBlock = !isProgram && (isAnonymous || IsBlock(tokens, first));
+        const Extent extent = Measure(tokens, first, isProgram || isBlock);
+        markers += extent.markers;
+        if (isBlock && (!list.empty() || (extent.hasSemicolon && !isAnonymous))) {
+            return {{BlockOf(sql, tokens, first, extent.end), markers}};
+        }
+        list.push_back({std::string(sql.substr(first.begin, extent.end - first.begin)), extent.markers,
+                        isProgram && extent.hasSemicolon});
+        isSendable = isSendable && list.size() == 1 && (!extent.hasSemicolon || (isAnonymous && first.begin == 0));
+        first = tokens.At(extent.end);
+    }
+    if (isSendable) list.clear();
+    return list;
+}
+
+}  // namespace tk::ado

@@ -1,0 +1,179 @@
+// Texts of several statements, where the system takes them.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "database_systems.h"
+
+namespace tk::ado::test {
+namespace {
+
+class SeveralStatementsTest : public SystemTest {
+protected:
+    void SetUp() override {
+        SystemTest::SetUp();
+        Drop(u"steps");
+        Do(u"create table steps (id integer primary key)");
+    }
+
+    Outcome Run(std::u16string_view text) const { return connection_.Call(connection::kExecute, {Text(text)}); }
+    std::string Steps() const { return AskFor(u"select count(*) from steps"); }
+};
+
+TEST_P(SeveralStatementsTest, LeaveTheTransactionToBeEnded) {
+    static constexpr struct {
+        const char* label;
+        const char16_t* text;
+        const char* rows;
+    } kRows[] = {
+        {"without rows", u"insert into steps values (1); insert into steps values (2); insert into steps values (3)",
+         "3"},
+        {"rows last", u"insert into steps values (1); select 1", "1"},
+        {"rows first", u"select 1; insert into steps values (1); insert into steps values (2)", "2"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        Do(u"delete from steps");
+        ASSERT_TRUE(connection_.Call(connection::kBeginTrans).Ok());
+        Do(row.text);
+        const Outcome committed = connection_.Call(connection::kCommitTrans);
+        EXPECT_TRUE(committed.Ok()) << committed;
+        EXPECT_EQ(Steps(), row.rows);
+    }
+}
+
+TEST_P(SeveralStatementsTest, GiveTheirResultsInARow) {
+    const Outcome first =
+        Run(u"select 1 as a; insert into steps values (1); select 'b;' as b, 2; select id from steps;");
+    ASSERT_TRUE(first.Ok()) << first;
+    Object rows = first.Result();
+    EXPECT_EQ(ValueOf(rows, u"a"), "1");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(rows.Get(recordset::kState).Long(), 0);  // the INSERT's
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"b"), "b;");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"id"), "1");
+    EXPECT_FALSE(rows.Call(recordset::kNextRecordset).Result());
+}
+
+TEST_P(SeveralStatementsTest, LeaveTheConnectionToOtherThreads) {
+    for (const char16_t* text : {
+             u"insert into steps values (1); insert into steps values (2)",
+             u"select 1; select 2",
+             u"insert into steps values (3); select 1",
+             u"select 1; insert into steps values (1)",  // once more: fails
+             u"insert into steps values (1); select 1",  // the first one fails
+             u"select 1; select nothing from nowhere; select 2",
+         }) {
+        SCOPED_TRACE(ToUtf8(text));
+        Run(text);
+        std::string seen;
+        std::thread([&] { seen = Ask(connection_, u"select 7"); }).join();
+        EXPECT_EQ(seen, "7");
+    }
+}
+
+TEST_P(SeveralStatementsTest, AreAllDoneWhenNobodyAsksForTheirResults) {
+    Run(u"insert into steps values (1); insert into steps values (2); insert into steps values (3)");
+    EXPECT_EQ(Steps(), "3");
+    Run(u"select 1; insert into steps values (4)");
+    EXPECT_EQ(Steps(), "4");
+}
+
+TEST_P(SeveralStatementsTest, FailAtOnceWithoutRecords) {
+    const Outcome failed = connection_.Call(
+        connection::kExecute,
+        {Text(u"insert into steps values (1); insert into nowhere values (1)"), Omitted(), Number(129)});
+    EXPECT_EQ(failed.Error(), 0x80040E37u) << failed;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+}
+
+TEST_P(SeveralStatementsTest, FailWithTheFirst) {
+    const Outcome failed = Run(u"insert into nowhere values (1); insert into steps values (1)");
+    EXPECT_EQ(failed.Error(), 0x80040E37u) << failed;
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(SeveralStatementsTest, TakeTheirParametersInOrder) {
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, connection_.AsValue());
+    made.Put(
+        command::kCommandText,
+        Text(u"insert into steps values (?); insert into steps values (?); select '?', id from steps where id > ?"));
+    constexpr LONG kInteger = 3;
+    constexpr LONG kInput = 1;
+    for (const LONG number : {11, 12, 11}) {
+        const Object declared = made.Call(command::kCreateParameter,
+                                          {Text(u""), Number(kInteger), Number(kInput), Number(0), Number(number)})
+                                    .Result();
+        ASSERT_TRUE(made.Get(command::kParameters).Result().Call(parameter::kAppend, {declared.AsValue()}).Ok());
+    }
+    const Outcome outcome = made.Call(command::kExecute);
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    Object rows = outcome.Result().Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"id"), "12");
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, SeveralStatementsTest, ::testing::Values(SystemKind::Postgres, SystemKind::MariaDb),
+                         SystemName);
+
+/// What MariaDB makes of texts with semicolons inside of statements.
+class ProgramTextTest : public SeveralStatementsTest {};
+
+TEST_P(ProgramTextTest, TellsTheFailureOfALaterOneInItsPlace) {
+    const Outcome first =
+        Run(u"insert into steps values (1); insert into nowhere values (1); insert into steps values (2)");
+    ASSERT_TRUE(first.Ok()) << first;
+    const Outcome second = first.Result().Call(recordset::kNextRecordset);
+    EXPECT_EQ(second.Error(), 0x80040E37u) << second;
+    EXPECT_EQ(Steps(), "1");  // nothing behind it is done
+}
+
+TEST_P(ProgramTextTest, DefinesRoutinesAndTriggers) {
+    Do(u"drop procedure if exists two; create procedure two() begin select 1 as a; select 2 as b; end;");
+    Do(u"create trigger after_step before insert on steps for each row begin set @one = 1; set @two = 2; end");
+    Do(u"insert into steps values (1)");
+    EXPECT_EQ(AskFor(u"select @one + @two"), "3");
+    Object rows = Run(u"call two()").Result();
+    EXPECT_EQ(ValueOf(rows, u"a"), "1");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"b"), "2");
+}
+
+TEST_P(ProgramTextTest, SaysWhatIsWrongWithARoutine) {
+    for (int i = 0; i < 2; ++i) {
+        const Outcome failed = Run(u"create procedure wrong() begin selec 1; select 2; end");
+        EXPECT_EQ(failed.Error(), 0x80040E14u) << failed;
+        std::string seen;
+        std::thread([&] { seen = Ask(connection_, u"select 7"); }).join();
+        EXPECT_EQ(seen, "7");
+    }
+}
+
+TEST_P(ProgramTextTest, RunsACallAndWhatFollowsAsOneBlock) {
+    Do(u"drop procedure if exists two; create procedure two() begin select 1 as a; select 2 as b; end");
+    Object rows = Run(u"select 0 as z; call two(); insert into steps values (1); select 3 as c;").Result();
+    EXPECT_EQ(ValueOf(rows, u"z"), "0");
+    for (const auto& [name, value] : {std::pair(u"a", "1"), std::pair(u"b", "2"), std::pair(u"c", "3")}) {
+        rows = rows.Call(recordset::kNextRecordset).Result();
+        ASSERT_TRUE(rows);
+        EXPECT_EQ(ValueOf(rows, name), value);
+    }
+    EXPECT_EQ(Steps(), "1");
+    rows = Run(u"if 1 = 1 then select 4 as d; end if").Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"d"), "4");
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, ProgramTextTest, ::testing::Values(SystemKind::MariaDb), SystemName);
+
+}  // namespace
+}  // namespace tk::ado::test

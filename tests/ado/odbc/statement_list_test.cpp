@@ -1,0 +1,151 @@
+#include "ado/odbc/statement_list.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tk::ado {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+Texts TextsOf(std::string_view sql) {
+    Texts texts;
+    for (const ListedStatement& each : ListStatements(sql))
+        texts.push_back((each.isProgram ? "program: " : "") + each.text);
+    return texts;
+}
+
+TEST(ListStatements, LeavesASingleStatementAsItIs) {
+    for (const char* text : {
+             "",
+             " ",
+             ";",
+             ";;",
+             "-- only; a comment",
+             "select 1",
+             "select 1;",
+             "select 1 ; -- and; that is all",
+             "select ';'",
+             "select 'it''s; fine'",
+             R"(select 'a\';b')",
+             R"(select "a\";b")",
+             "select `a;b` from t",
+             "select 1 # a; b",
+             "select 1 /* a; b */",
+             "/* a; b */ select 1",
+             "call two();",
+             "create procedure p() select 1;",
+             "begin not atomic select 1; select 2; end",
+         }) {
+        EXPECT_EQ(TextsOf(text), Texts()) << text;
+    }
+}
+
+TEST(ListStatements, TakesATextApartAtItsSemicolons) {
+    static const struct {
+        const char* text;
+        Texts statements;
+    } kRows[] = {
+        {"select 1; select 2", {"select 1", "select 2"}},
+        {"select 1;select 2;", {"select 1", "select 2"}},
+        {";; select 1;; select 2 ;", {"select 1", "select 2"}},
+        {"/* a */ select 1 /* b; */ ; -- c;\n select 2 # d", {"select 1", "select 2"}},
+        {"select ';', \";\", `;`; select '\\'; '; select 3", {"select ';', \";\", `;`", "select '\\'; '", "select 3"}},
+        {"select '\\\\'; select 2", {"select '\\\\'", "select 2"}},
+        {"select `\\`; select 2", {"select `\\`", "select 2"}},
+        {"select 5--3; select 2", {"select 5--3", "select 2"}},
+        {"select 1 --\n; select 2", {"select 1", "select 2"}},
+        {"begin; insert into t values (1); commit", {"begin", "insert into t values (1)", "commit"}},
+        {"start transaction; select 1", {"start transaction", "select 1"}},
+
+        {"select '不完; 整", {}},
+        {"select 1; select '不完; 整", {"select 1", "select '不完; 整"}},
+        {"select 1; /* open", {}},
+        {"create table event (begin int); select 1", {"create table event (begin int)", "select 1"}},
+        {"create or replace table t (a int); select 1", {"create or replace table t (a int)", "select 1"}},
+        {"create unique index function on t (a); select 1", {"create unique index function on t (a)", "select 1"}},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(TextsOf(row.text), row.statements) << row.text;
+}
+
+TEST(ListStatements, KeepsARoutineWithItsStatements) {
+    static const struct {
+        const char* text;
+        Texts statements;
+    } kRows[] = {
+        {"create procedure p() begin select 1; select 2; end;",
+         {"program: create procedure p() begin select 1; select 2; end"}},
+        {"drop procedure if exists p; create procedure p() begin select 1; end",
+         {"drop procedure if exists p", "program: create procedure p() begin select 1; end"}},
+        {"CREATE OR REPLACE DEFINER=`a`@`%` FUNCTION f(x int) RETURNS int BEGIN RETURN x; END",
+         {"program: CREATE OR REPLACE DEFINER=`a`@`%` FUNCTION f(x int) RETURNS int BEGIN RETURN x; END"}},
+        {"create trigger g before insert on t for each row begin set @a=1; set @b=2; end",
+         {"program: create trigger g before insert on t for each row begin set @a=1; set @b=2; end"}},
+        {"create procedure p(a int) if a = 1 then select 1; else select 2; end if",
+         {"program: create procedure p(a int) if a = 1 then select 1; else select 2; end if"}},
+        {"alter event e do begin select 1; end", {"program: alter event e do begin select 1; end"}},
+        // A body of one statement ends where that ends.
+        {"create procedure p() select 1; select 2", {"create procedure p() select 1", "select 2"}},
+        {"create function if not exists f(a int) returns int return if(a > 1, 2, 3); select f(1)",
+         {"create function if not exists f(a int) returns int return if(a > 1, 2, 3)", "select f(1)"}},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(TextsOf(row.text), row.statements) << row.text;
+}
+
+TEST(ListStatements, MakesABlockOfWhatMayHaveSeveralResults) {
+    static const struct {
+        const char* text;
+        Texts statements;
+    } kRows[] = {
+        {"call two(); select 3; select 4;", {"BEGIN NOT ATOMIC call two(); select 3; select 4\n;END"}},
+        {"/* a */ select 1; call two(); select 3 -- last", {"BEGIN NOT ATOMIC select 1; call two(); select 3\n;END"}},
+        {"select 1; call two()", {"BEGIN NOT ATOMIC select 1; call two()\n;END"}},
+        {"if 1 = 1 then select 3; end if", {"BEGIN NOT ATOMIC if 1 = 1 then select 3; end if\n;END"}},
+        {"again: loop leave again; end loop", {"BEGIN NOT ATOMIC again: loop leave again; end loop\n;END"}},
+        {"select 1; begin not atomic select 2; select 3; end",
+         {"BEGIN NOT ATOMIC select 1; begin select 2; select 3; end\n;END"}},
+        {"/* so */ begin not atomic select 2; end;", {"begin not atomic select 2; end"}},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(TextsOf(row.text), row.statements) << row.text;
+}
+
+TEST(ListStatements, CountsTheMarkersOfEach) {
+    const auto list =
+        ListStatements("insert into t values (?, '?', `?`, ?); /* ? */ select 1; delete from t where a = ? # ?");
+    ASSERT_EQ(list.size(), 3u);
+    EXPECT_EQ(list[0].markers, 2u);
+    EXPECT_EQ(list[1].markers, 0u);
+    EXPECT_EQ(list[2].markers, 1u);
+}
+
+TEST(ListStatements, LosesNothingOfAnyText) {
+    static constexpr std::string_view kPieces[] = {"select", " ",         ";",  "'",    "\"", "`", "\\",    "--",
+                                                   "\n",     "#",         "/*", "*/",   "?",  "(", "begin", "end",
+                                                   "create", "procedure", "if", "call", ":",  "库"};
+    std::mt19937 random(20);  // the same texts each time
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        for (std::size_t i = random() % 24; i > 0; --i)
+            text += kPieces[random() % std::size(kPieces)];
+        SCOPED_TRACE(text);
+        std::size_t at = 0;
+        for (const ListedStatement& each : ListStatements(text)) {
+            std::string_view own = each.text;
+            if (own.starts_with("BEGIN NOT ATOMIC ")) {
+                own.remove_prefix(17);
+                own.remove_suffix(5);
+            }
+            ASSERT_FALSE(own.empty());
+            const std::size_t found = text.find(own, at);
+            ASSERT_NE(found, std::string::npos) << own;
+            at = found + own.size();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tk::ado

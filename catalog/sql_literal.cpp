@@ -68,17 +68,13 @@ CString MakeEqualString(const char* szNames, const char* szValues, const char* s
     StringToArray(values, szValues, ",");
     CString text;
     int value = 0;
-    const auto nextValue = [&] {
-        while (value < values.GetSize() && values[value].IsEmpty())
-            ++value;
-        return value < values.GetSize() ? values[value++] : CString();
-    };
     for (int i = 0; i < names.GetSize(); ++i) {
         if (names[i].IsEmpty()) continue;
         if (!text.IsEmpty()) text += szJoin;
         text += names[i];
         text += '=';
-        text += nextValue();
+        // Of empty pieces only the last one is there, which is as good as none.
+        if (value < values.GetSize()) text += values[value++];
     }
     return text;
 }

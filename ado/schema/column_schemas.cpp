@@ -178,16 +178,12 @@ void KeepColumnsOfTables(const std::shared_ptr<Session>& session, const std::str
     std::erase_if(columns, [&](const CatalogRow& column) { return !known.contains(nameIn(column)); });
 }
 
-/// From 1 in each table: the driver counts on from table to table, those included that only match as a pattern.
-void NumberInTables(CatalogRows& columns) {
-    std::string table;
-    long long ordinal = 0;
+/// As the server does, with gaps behind dropped ones: the driver counts on from table to table, those included that
+/// only match as a pattern, but tells the server's number as well.
+void NumberAsStored(CatalogRows& columns) {
+    constexpr std::size_t kPhysicalNumber = 22;
     for (CatalogRow& column : columns) {
-        const std::string name =
-            std::string(column.Text(2).value_or("")) + '\0' + std::string(column.Text(3).value_or(""));
-        if (name != table) ordinal = 0;
-        table = name;
-        column.Set(kOrdinal, SchemaValue::Number(++ordinal));
+        if (const auto number = column.Number(kPhysicalNumber)) column.Set(kOrdinal, SchemaValue::Number(*number));
     }
 }
 
@@ -223,7 +219,7 @@ CatalogRows ReadColumns(const std::shared_ptr<Session>& session, const Restricti
     CatalogRows columns = CallForTable(session, call);
     if (session->Profile().tableQuery != nullptr) {
         if (call.table.empty() || MayBeOfNoTable(columns)) KeepColumnsOfTables(session, call.table, columns);
-        if (call.column.empty()) NumberInTables(columns);
+        NumberAsStored(columns);
     }
     if (session->Profile().hasUnlimitedAsZero) TellUnlimited(columns);
     if (session->Profile().hasUnsignedTiny) TellUnsignedTiny(columns);

@@ -1,5 +1,7 @@
 // Primary keys, foreign keys and indexes. Each needs the table restriction: without it the answer is empty.
 #include <algorithm>
+#include <set>
+#include <string>
 
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/file_catalog.h"
@@ -113,6 +115,21 @@ constexpr unsigned char kForeignRestrictions[] = {0, 1, 2, 6, 7, 8};
 // Columns of one key stay together and in order.
 constexpr unsigned char kForeignOrder[] = {6, 7, 8, 16, 12};
 
+/// One driver joins tables by names without their case: beside a table whose name differs in that alone, it tells the
+/// keys of both twice.
+void DropRepeated(CatalogRows& rows) {
+    constexpr std::size_t kName = 12;
+    constexpr std::size_t kWhatTells[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, kName};
+    std::set<std::string> seen;
+    std::erase_if(rows, [&](const CatalogRow& row) {
+        if (!row.Text(kName)) return false;
+        std::string told;
+        for (const std::size_t column : kWhatTells)
+            told += std::string(row.Text(column).value_or("")) + '\0';
+        return !seen.insert(std::move(told)).second;
+    });
+}
+
 CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
     if ((restrictions.Text(2).empty() && restrictions.Text(5).empty()) || !TellsKeys(*session)) return {};
     if (AsksFiles(*session)) return FileForeignKeys(session, restrictions.Text(5));
@@ -128,7 +145,9 @@ CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restr
         call.foreignSchema = restrictions.Text(4);
         call.foreignTable = restrictions.Text(5);
     }
-    return CallForTable(session, call, call.foreignTable.empty() ? CalledTable{} : kForeignTable);
+    CatalogRows rows = CallForTable(session, call, call.foreignTable.empty() ? CalledTable{} : kForeignTable);
+    DropRepeated(rows);
+    return rows;
 }
 
 // --- indexes ---

@@ -136,6 +136,16 @@ TEST_F(DataMove, AThreadOfAnotherApartmentDoesNothing) {
     EXPECT_THAT(journal_.Take(), IsEmpty());
 }
 
+TEST_F(DataMove, TheThreadKeepsItsApartment) {
+    ShowRows(3);
+    std::thread([this] {
+        Block block = TheBlock();
+        EXPECT_EQ(Mover::OnDataMove(&block), 0u);
+        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), RPC_E_CHANGED_MODE);
+        CoUninitialize();
+    }).join();
+}
+
 TEST_F(DataMove, NobodyToNotifyIsNoFailure) {
     ShowRows(3);
     Block block = TheBlock();

@@ -177,6 +177,7 @@ TEST(DialectConversion, OracleScriptsBecomeDb2Scripts) {
                         {"5 number", "NUMBER (10,2)", "DECIMAL (10,2)"},
                         {"6 long", "LONG", "LONG VARCHAR"},
                         {"7 long row, after 6", "LONG ROW", "LONG VARCHAR ROW"},
+                        {"6 is behind 4", "LONG2", "LONG VARCHAR2"},
                         {"2 in a name", "\"UPDATED\" CHAR (1)", "\"UPTIMESTAMPD\" CHAR (1)"},
                         {"text without a number stays", "VARCHAR (20)", "VARCHAR (20)"},
                     });
@@ -196,18 +197,20 @@ TEST(DialectConversion, OracleScriptsBecomeSqlServerScripts) {
 }
 
 TEST(DialectConversion, TheFirstDefaultOfOracleDecidesWhichLoseTheirBrackets) {
-    ExpectConverted({&Converters::FromOracle}, {"DB2", "Mic"},
-                    {
-                        {"same value", "A INT DEFAULT (0), B INT DEFAULT (1), C INT DEFAULT (0)",
-                         "A INT WITH DEFAULT 0, B INT DEFAULT (1), C INT WITH DEFAULT 0"},
-                        {"text", "DEFAULT ('N')", "WITH DEFAULT 'N'"},
-                        {"bracket inside", "DEFAULT (F(1))", "WITH DEFAULT F(1)"},
-                        {"empty", "DEFAULT () X", "WITH DEFAULT  X"},
-                        {"none", "DEFAULT 0", "DEFAULT 0"},
-                        {"not closed", "DEFAULT (0", "DEFAULT (0"},
-                        {"quote not closed", "DEFAULT ('N), DEFAULT ('N)", "WITH DEFAULT 'N, WITH DEFAULT 'N"},
-                        {"small letters become capitals", "default ('abc')", "WITH DEFAULT 'ABC'"},
-                    });
+    ExpectConverted(
+        {&Converters::FromOracle}, {"DB2", "Mic"},
+        {
+            {"same value", "A INT DEFAULT (0), B INT DEFAULT (1), C INT DEFAULT (0)",
+             "A INT WITH DEFAULT 0, B INT DEFAULT (1), C INT WITH DEFAULT 0"},
+            {"text", "DEFAULT ('N')", "WITH DEFAULT 'N'"},
+            {"bracket inside", "DEFAULT (F(1))", "WITH DEFAULT F(1)"},
+            {"empty", "DEFAULT () X", "WITH DEFAULT  X"},
+            {"none", "DEFAULT 0", "DEFAULT 0"},
+            {"not closed", "DEFAULT (0", "DEFAULT (0"},
+            {"quote not closed", "DEFAULT ('N), DEFAULT ('N)", "WITH DEFAULT 'N, WITH DEFAULT 'N"},
+            {"small letters become capitals", "default ('abc')", "WITH DEFAULT 'ABC'"},
+            {"those that halves of characters make as well", "DEFAULT (\x81)\x81g", "WITH DEFAULT \x81\x81G"},
+        });
     ExpectConverted({&Converters::FromOracle}, {"DB2"},
                     {{"the value meets the later rules", "DEFAULT (NUMBER)", "WITH DEFAULT DECIMAL"}});
     ExpectConverted({&Converters::FromOracle}, {"Mic"},

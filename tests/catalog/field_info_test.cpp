@@ -122,6 +122,7 @@ TEST_F(FieldInfo, FlagsAndLowBitsOfTheTypeDecideItsText) {
         {"fixed", {.flags = 0x10}, "CHAR (20)"},
         {"all but long and fixed", {.flags = 0x7FFFFF6F}, "VARCHAR (20)"},
         {"an array of texts", {.type = 0x2000 + 129}, "VARCHAR (20)"},
+        {"every other bit", {.type = 0xFF00 + 129}, "VARCHAR (20)"},
         {"no type of the system", {.type = 200}, "UNKNOWN"},
         {"timestamp", {.type = 128, .size = 8, .flags = 0x10}, "TIMESTAMP"},
     };

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "catalog/listed_names.h"
+#include "catalog/odd_circumstances.h"
 #include "support/mariadb_server.h"
 #include "support/registered_class.h"
 #include "tkkernel/driver.h"
@@ -117,6 +118,52 @@ TEST_F(MariaDbCatalog, WritesTheTableInTheDialectAskedFor) {
         Open(database, row.dbmsName);
         EXPECT_STREQ(database.GetTableStruct("订单"), row.text);
     }
+}
+
+TEST_F(MariaDbCatalog, TellsNothingOfATableThatIsGone) {
+    CTDatabase database;
+    CTDatabase other;
+    Open(database, "Microsoft SQL Server");
+    Open(other);
+    ExpectNothingOfATableThatIsGone(database, other);
+}
+
+TEST_F(MariaDbCatalog, LongNamesAreCutInRecordsAlone) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    constexpr int kMost = 64;
+    ExpectLongNamesAreCutInRecordsAlone(database, kMost, "`");
+}
+
+TEST_F(MariaDbCatalog, AClosedConnectionTellsNothing) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    database.Close();
+    ExpectNothingOfAClosedConnection(database);
+}
+
+TEST_F(MariaDbCatalog, ShowsAUserWhatItHasRightsTo) {
+    CTDatabase database;
+    Open(database);
+    for (const char* statement :
+         {"create table secret (id integer not null primary key, n integer)",
+          "create user guest@localhost identified by 'pw'", "create user guest@'127.0.0.1' identified by 'pw'",
+          "grant select on test.`订单` to guest@localhost", "grant select on test.`订单` to guest@'127.0.0.1'"}) {
+        ASSERT_EQ(database.ExecuteSQL(statement), 1) << statement << "\n" << database.GetLastErrorString();
+    }
+    std::string connection = TheServer().ConnectionString() + ";DBMS Name=Microsoft SQL Server";
+    connection.replace(connection.find("UID=tester"), 10, "UID=guest");
+    CTDatabase guest;
+    ASSERT_EQ(guest.Open(connection.c_str()), 1) << guest.GetLastErrorString();
+    EXPECT_THAT(Names([&](CStringArray& ar) { return guest.GetAllTables(ar); }), ElementsAre("订单"));
+    EXPECT_EQ(guest.IsTableExist("secret"), 0);
+    EXPECT_STREQ(guest.GetTableStruct("secret"), "CREATE TABLE \"SECRET\" ( )");
+    EXPECT_EQ(guest.GetRecordCount("secret"), -1);
+    EXPECT_EQ(guest.GetRecordCount("`订单`"), 0);
+    EXPECT_EQ(guest.ExecuteSQL("drop table secret"), 0);
+    EXPECT_THAT(std::string(guest.GetLastErrorString()), ::testing::HasSubstr("权限不足"));
+    for (const char* statement : {"drop table secret", "drop user guest@localhost", "drop user guest@'127.0.0.1'"})
+        EXPECT_EQ(database.ExecuteSQL(statement), 1) << database.GetLastErrorString();
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "catalog/listed_names.h"
+#include "catalog/odd_circumstances.h"
 #include "support/postgres_server.h"
 #include "support/registered_class.h"
 #include "tkkernel/driver.h"
@@ -185,6 +186,84 @@ TEST_F(PostgresCatalog, ADb2StandInTellsItsKeys) {
     EXPECT_STREQ(database.GetDB2PrimaryKey("ORDERS", "nobody"), "");
     EXPECT_STREQ(database.GetDB2PrimaryKey("a'b", "DB2ADMIN"), "") << "names are inserted as they are";
     EXPECT_THAT(std::string(database.GetLastErrorString()), ::testing::HasSubstr("syntax error"));
+}
+
+TEST_F(PostgresCatalog, ADb2StandInTellsTheColumnsOfItsIndexes) {
+    CTDatabase database;
+    Open(database, "DB2/LINUX");
+    for (const char* statement :
+         {"create table sysibm.sysindexes (name varchar(128), tbname varchar(128), colnames varchar(640))",
+          "insert into sysibm.sysindexes values ('IX_名称', '订单', '+名称-单价'), ('IX_名称', 'OTHER', '+X')"}) {
+        ASSERT_EQ(database.ExecuteSQL(statement), 1) << database.GetLastErrorString();
+    }
+    EXPECT_STREQ(database.GetIndex("订单", "IX_名称", nullptr), "名称,单价");
+    EXPECT_STREQ(database.GetIndex("订单", "ix_名称", nullptr), "");
+    CStringArray statements;
+    EXPECT_EQ(database.GetIndexesContext("订单", statements), 1);
+    ASSERT_EQ(statements.GetSize(), 1);
+    EXPECT_STREQ(statements[0], "CREATE INDEX \"IX_名称\" ON \"订单\" (\"名称\",\"单价\")");
+    EXPECT_EQ(database.ExecuteSQL("drop table sysibm.sysindexes"), 1);
+    EXPECT_STREQ(database.GetIndex("订单", "IX_名称", nullptr), "ERROR!");
+    EXPECT_STREQ(database.GetAllIndexName("订单"), "\"ERROR!\"");
+}
+
+TEST_F(PostgresCatalog, TellsNothingOfATableThatIsGone) {
+    CTDatabase database;
+    CTDatabase other;
+    Open(database, "Microsoft SQL Server");
+    Open(other);
+    ExpectNothingOfATableThatIsGone(database, other);
+}
+
+TEST_F(PostgresCatalog, AClosedConnectionTellsNothing) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    database.Close();
+    ExpectNothingOfAClosedConnection(database);
+}
+
+TEST_F(PostgresCatalog, ShowsTheTablesOfASchemaWithoutRightsAndNothingInThem) {
+    CTDatabase database;
+    Open(database);
+    for (const char* statement : {"create role guest login password 'pw'", "create schema shut",
+                                  "create table shut.secret (id integer not null primary key, n integer)"}) {
+        ASSERT_EQ(database.ExecuteSQL(statement), 1) << database.GetLastErrorString();
+    }
+    std::string connection = TheServer().ConnectionString() + ";DBMS Name=Microsoft SQL Server";
+    connection.replace(connection.find("UID=tester"), 10, "UID=guest");
+    {
+        CTDatabase guest;
+        ASSERT_EQ(guest.Open(connection.c_str()), 1) << guest.GetLastErrorString();
+        EXPECT_EQ(guest.IsTableExist("secret"), 1);
+        EXPECT_STREQ(
+            guest.GetTableStruct("secret"),
+            "CREATE TABLE \"SECRET\" (\r\n\t\"ID\"\tINT\t\t NOT NULL,\r\n\t\"N\"\tINT ,\r\n\tPRIMARY KEY (\"ID\"))");
+        EXPECT_EQ(guest.GetRecordCount("shut.secret"), -1);
+        EXPECT_STREQ(guest.GetSpecialValue("select * from shut.secret", "id"), "");
+        EXPECT_EQ(guest.ExecuteSQL("drop table shut.secret"), 0);
+        EXPECT_THAT(std::string(guest.GetLastErrorString()), ::testing::HasSubstr("权限不足"));
+    }
+    EXPECT_EQ(database.ExecuteSQL("drop schema shut cascade; drop role guest"), 1) << database.GetLastErrorString();
+}
+
+TEST_F(PostgresCatalog, AServerThatIsGoneIsToldAsSuch) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    TheServer().Stop();
+    CStringArray names;
+    EXPECT_EQ(database.GetAllFields("订单", names), 0);
+    const std::string error(database.GetLastErrorString());
+    EXPECT_THAT(error, ::testing::HasSubstr("OpenSchema"));
+    EXPECT_EQ(database.GetAllTables(names), 0);
+    EXPECT_EQ(names.GetSize(), 0);
+    EXPECT_STREQ(database.GetTableStruct("订单"), "");
+    EXPECT_EQ(database.GetIndexNames("订单", names, nullptr), 0);
+    EXPECT_EQ(database.IsTableExist("订单"), 0);
+    EXPECT_EQ(database.GetRecordCount("tester.\"订单\""), -1);
+    TheServer().Start();
+    CTDatabase again;
+    Open(again);
+    EXPECT_EQ(again.IsTableExist("订单"), 1);
 }
 
 }  // namespace

@@ -123,8 +123,16 @@ TEST_F(SchemaLists, TheFirstColumnAnswersForEveryField) {
         COleVariant nullable;
         int result;
     } kRows[] = {
-        {"takes nulls", Flag(true), 0}, {"takes none", Flag(false), 1}, {"a number", Short(1), 0},
-        {"zero", Short(0), 1},          {"a long zero", Long(0), 1},    {"a text", Text("NO"), 1},
+        {"takes nulls", Flag(true), 0},
+        {"takes none", Flag(false), 1},
+        {"a number", Short(1), 0},
+        {"zero", Short(0), 1},
+        {"a long zero", Long(0), 1},
+        {"a text", Text("NO"), 1},
+        {"an unsigned number", Integer(VT_UI2, 1), 0},
+        {"a long number", Long(2), 0},
+        {"the low bits of one", Long(0x10000), 1},
+        {"no value", Null(), 1},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);

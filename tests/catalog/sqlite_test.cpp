@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "catalog/listed_names.h"
+#include "catalog/odd_circumstances.h"
 #include "support/registered_class.h"
 #include "support/temporary_folder.h"
 #include "tkkernel/driver.h"
@@ -280,6 +281,38 @@ TEST_F(SqliteCatalog, FindsADescriptionByNumberAndByName) {
     EXPECT_EQ(columns.GetFieldInfo(4L, &field), 0);
     EXPECT_EQ(columns.GetFieldInfo("编号", &field), 1);
     EXPECT_EQ(field.nOrdinal, 1);
+
+    // Of no rows there is no first one to go to.
+    CTRecordset none(&database);
+    COleDispatchDriver empty(database.GetFieldSet("no such", nullptr));
+    ASSERT_EQ(none.OpenField(empty.m_lpDispatch), 1);
+    const CString before = none.GetLastErrorString();
+    EXPECT_EQ(none.GetFieldInfo("编号", &field), 0);
+    EXPECT_EQ(none.GetFieldInfo(0L, &field), 0);
+    EXPECT_EQ(none.GetFieldInfoCurrent(&field), 0);
+    EXPECT_STREQ(none.GetFieldsStruct(), "");
+    EXPECT_STREQ(none.GetLastErrorString(), before);
+}
+
+TEST_F(SqliteCatalog, TellsNothingOfATableThatIsGone) {
+    CTDatabase database;
+    CTDatabase other;
+    Open(database, "Microsoft SQL Server");
+    Open(other);
+    ExpectNothingOfATableThatIsGone(database, other);
+}
+
+TEST_F(SqliteCatalog, LongNamesAreCutInRecordsAlone) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    ExpectLongNamesAreCutInRecordsAlone(database, 200, "\"");
+}
+
+TEST_F(SqliteCatalog, AClosedConnectionTellsNothing) {
+    CTDatabase database;
+    Open(database, "Microsoft SQL Server");
+    database.Close();
+    ExpectNothingOfAClosedConnection(database);
 }
 
 // ---- a file that stands in for Oracle ------------------------------------------------------------------------------

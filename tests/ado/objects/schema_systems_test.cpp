@@ -251,6 +251,26 @@ TEST_P(SchemaSystemsTest, GivesNoColumnsOfWhatIsNoTable) {
     for (const char16_t* const name : {u"ix_beside", u"beside_pkey", u"counted", u"pair"}) {
         EXPECT_EQ(Open(kColumns, About(kColumns, name)).Get(kRecordCount).Long(), 0) << ToUtf8(name);
     }
+    // Nor the one that is asked for.
+    const auto count = [&](const char16_t* table, const char16_t* column) {
+        return Open(kColumns, {Value(), Value(), Text(table), Text(column)}).Get(kRecordCount).Long();
+    };
+    static constexpr struct {
+        const char16_t* name;
+        const char16_t* column;
+    } kNone[] = {{u"counted", u"last_value"},
+                 {u"counted", u"log_cnt"},
+                 {u"counted", u"is_called"},
+                 {u"ix_beside", u"n"},
+                 {u"beside_pkey", u"id"},
+                 {u"pair", u"a"},
+                 {u"pair", u"b"}};
+    for (const auto& row : kNone)
+        EXPECT_EQ(count(row.name, row.column), 0) << ToUtf8(row.name) << " " << ToUtf8(row.column);
+    Make(u"like_counted", u"last_value integer not null, log_cnt integer not null, is_called integer default 1");
+    for (const char16_t* const column : {u"last_value", u"log_cnt", u"is_called"})
+        EXPECT_EQ(count(u"like_counted", column), 1) << ToUtf8(column);
+    EXPECT_EQ(Open(kColumns, About(kColumns, u"like_counted")).Get(kRecordCount).Long(), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SchemaSystemsTest,

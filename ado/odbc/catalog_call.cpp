@@ -55,6 +55,9 @@ SQLRETURN RunCatalogCall(SQLHSTMT statement, const CatalogCall& call) {
         case CatalogCall::Function::ProcedureColumns:
             return odbc.ProcedureColumns(statement, catalog.text, catalog.length, schema.text, schema.length,
                                          table.text, table.length, column.text, column.length);
+        case CatalogCall::Function::ColumnPrivileges:
+            return odbc.ColumnPrivileges(statement, catalog.text, catalog.length, schema.text, schema.length,
+                                         table.text, table.length, all, 1);
         case CatalogCall::Function::RowVersions:
             return odbc.SpecialColumns(statement, SQL_ROWVER, catalog.text, catalog.length, schema.text, schema.length,
                                        table.text, table.length, SQL_SCOPE_CURROW, SQL_NULLABLE);

@@ -62,6 +62,7 @@ namespace tk::ado {
     X(Statistics, SQLStatistics)             \
     X(Procedures, SQLProcedures)             \
     X(ProcedureColumns, SQLProcedureColumns) \
+    X(ColumnPrivileges, SQLColumnPrivileges) \
     X(SpecialColumns, SQLSpecialColumns)     \
     X(NumParams, SQLNumParams)               \
     X(DescribeParam, SQLDescribeParam)       \

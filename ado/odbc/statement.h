@@ -23,6 +23,7 @@ struct CatalogCall {
         Statistics,
         Procedures,
         ProcedureColumns,
+        ColumnPrivileges,
         RowVersions,  // the columns of a table that change with every change of a row
         TypeInfo,
         Catalogs,

@@ -31,7 +31,8 @@ CatalogCall Escaped(Session& session, CatalogCall call) {
 CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::span<const std::size_t> columns) {
     auto answer = std::make_shared<CatalogAnswer>();
     answer->rows = std::move(fetched);
-    const std::size_t most = std::min(answer->rows->Columns().size(), kMostCatalogColumns - 1);
+    std::size_t most = std::min(answer->rows->Columns().size(), kMostCatalogColumns - 1);
+    if (!columns.empty()) most = std::min(most, columns.size());
     for (std::size_t place = 1; place <= most; ++place) {
         const std::size_t column = columns.empty() ? place : columns[place - 1];
         answer->places[column] = static_cast<unsigned char>(place);
@@ -103,12 +104,13 @@ void CatalogRow::SetMadeText(std::size_t column, std::string text) {
     Set(column, SchemaValue::Text(answer_->made.emplace_back(std::move(text))));
 }
 
-CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call) {
+CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call,
+                        std::span<const std::size_t> columns) {
     const auto ask = [&](const CatalogCall& asked) -> CatalogRows {
         Statement statement = session->Catalog(asked, {});
         // Some drivers answer a call they do not know with success and no columns.
         if (!statement.HasRows()) return {};
-        return ReadRows(RowSet::Fetch(std::move(statement), session, {}), {});
+        return ReadRows(RowSet::Fetch(std::move(statement), session, {}), columns);
     };
     const CatalogCall escaped = Escaped(*session, call);
     CatalogRows rows = ask(escaped);

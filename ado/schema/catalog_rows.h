@@ -63,7 +63,9 @@ private:
 
 using CatalogRows = std::vector<CatalogRow>;
 
-CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call);
+/// @param columns  the numbers by which the columns of the answer are known; empty: as the function has them
+CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call,
+                        std::span<const std::size_t> columns = {});
 
 /// The table that a call is about: the members that name it and its schema, and where the schema stands in the answer.
 struct CalledTable {

@@ -5,16 +5,13 @@
 
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/file_catalog.h"
+#include "ado/schema/key_rows.h"
 #include "ado/schema/schema_table.h"
 
 namespace tk::ado {
 namespace {
 
 using Type = SchemaType;
-
-bool TellsKeys(const Session& session) {
-    return session.Profile().keySource != KeySource::Nothing;
-}
 
 std::string CatalogOf(Session& session, std::string given) {
     return given.empty() ? session.CurrentCatalog() : given;
@@ -47,23 +44,6 @@ void OrderByIndex(const std::shared_ptr<Session>& session, CatalogCall call, Cat
         }
     }
     std::ranges::stable_sort(key, {}, [](const CatalogRow& row) { return row.Number(kKeyPlace); });
-}
-
-CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
-                           const std::string& schema, const std::string& table) {
-    if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
-    const DriverProfile& profile = session->Profile();
-    if (profile.keyQuery != nullptr) {
-        return SelectRows(session, profile.keyQuery, profile.keyQueryColumns, {table, schema, schema});
-    }
-    CatalogCall call;
-    call.function = CatalogCall::Function::PrimaryKeys;
-    call.catalog = CatalogOf(*session, catalog);
-    call.schema = schema;
-    call.table = table;
-    CatalogRows rows = CallForTable(session, call);
-    if (rows.size() > 1 && rows.front().Text(kKeyName) == "PRIMARY") OrderByIndex(session, call, rows);
-    return rows;
 }
 
 CatalogRows ReadPrimaryKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
@@ -131,23 +111,10 @@ void DropRepeated(CatalogRows& rows) {
 }
 
 CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    if ((restrictions.Text(2).empty() && restrictions.Text(5).empty()) || !TellsKeys(*session)) return {};
-    if (AsksFiles(*session)) return FileForeignKeys(session, restrictions.Text(5));
-    CatalogCall call;
-    call.function = CatalogCall::Function::ForeignKeys;
-    if (!restrictions.Text(2).empty()) {
-        call.catalog = CatalogOf(*session, restrictions.Text(0));
-        call.schema = restrictions.Text(1);
-        call.table = restrictions.Text(2);
-    }
-    if (!restrictions.Text(5).empty()) {
-        call.foreignCatalog = CatalogOf(*session, restrictions.Text(3));
-        call.foreignSchema = restrictions.Text(4);
-        call.foreignTable = restrictions.Text(5);
-    }
-    CatalogRows rows = CallForTable(session, call, call.foreignTable.empty() ? CalledTable{} : kForeignTable);
-    DropRepeated(rows);
-    return rows;
+    const KeyedTable referred = {restrictions.Text(0), restrictions.Text(1), restrictions.Text(2)};
+    const KeyedTable referring = {restrictions.Text(3), restrictions.Text(4), restrictions.Text(5)};
+    if ((referred.name.empty() && referring.name.empty()) || !TellsKeys(*session)) return {};
+    return ForeignKeyRows(session, referred, referring);
 }
 
 // --- indexes ---
@@ -303,6 +270,47 @@ constexpr SchemaTable kTablesOfSchemas[] = {
 };
 
 }  // namespace
+
+bool TellsKeys(const Session& session) {
+    return session.Profile().keySource != KeySource::Nothing;
+}
+
+CatalogRows PrimaryKeyRows(const std::shared_ptr<Session>& session, const std::string& catalog,
+                           const std::string& schema, const std::string& table) {
+    if (AsksFiles(*session)) return FilePrimaryKeys(session, table);
+    const DriverProfile& profile = session->Profile();
+    if (profile.keyQuery != nullptr) {
+        return SelectRows(session, profile.keyQuery, profile.keyQueryColumns, {table, schema, schema});
+    }
+    CatalogCall call;
+    call.function = CatalogCall::Function::PrimaryKeys;
+    call.catalog = CatalogOf(*session, catalog);
+    call.schema = schema;
+    call.table = table;
+    CatalogRows rows = CallForTable(session, call);
+    if (rows.size() > 1 && rows.front().Text(kKeyName) == "PRIMARY") OrderByIndex(session, call, rows);
+    return rows;
+}
+
+CatalogRows ForeignKeyRows(const std::shared_ptr<Session>& session, const KeyedTable& referred,
+                           const KeyedTable& referring) {
+    if (AsksFiles(*session)) return FileForeignKeys(session, referring.name);
+    CatalogCall call;
+    call.function = CatalogCall::Function::ForeignKeys;
+    if (!referred.name.empty()) {
+        call.catalog = CatalogOf(*session, referred.catalog);
+        call.schema = referred.schema;
+        call.table = referred.name;
+    }
+    if (!referring.name.empty()) {
+        call.foreignCatalog = CatalogOf(*session, referring.catalog);
+        call.foreignSchema = referring.schema;
+        call.foreignTable = referring.name;
+    }
+    CatalogRows rows = CallForTable(session, call, call.foreignTable.empty() ? CalledTable{} : kForeignTable);
+    DropRepeated(rows);
+    return rows;
+}
 
 std::span<const SchemaTable> KeySchemas() {
     return kTablesOfSchemas;

@@ -1,4 +1,4 @@
-// Catalogs, schemata, tables and procedures.
+// Catalogs, schemata, tables and views.
 #include <set>
 
 #include "ado/schema/file_catalog.h"
@@ -71,58 +71,32 @@ CatalogRows ReadTables(const std::shared_ptr<Session>& session, const Restrictio
     return CallForTable(session, call);
 }
 
-// --- procedures ---
+// --- views ---
 
-SchemaValue ProcedureType(const CatalogRow& row) {
-    const auto type = row.Number(8);
-    return SchemaValue::Number(type && *type >= 0 && *type <= 2 ? *type + 1 : 1);
-}
-
-constexpr SchemaColumn kProcedureColumns[] = {
-    {u"PROCEDURE_CATALOG", Type::Text, 1},
-    {u"PROCEDURE_SCHEMA", Type::Text, 2},
-    {u"PROCEDURE_NAME", Type::Text, 3},
-    {u"PROCEDURE_TYPE", Type::Small, 0, &ProcedureType},
-    {u"PROCEDURE_DEFINITION"},
-    {u"DESCRIPTION", Type::Text, 7},
-    {u"DATE_CREATED", Type::Date},
+// What a view is made of no catalog function tells.
+constexpr SchemaColumn kViewColumns[] = {
+    {u"TABLE_CATALOG", Type::Text, 1}, {u"TABLE_SCHEMA", Type::Text, 2},
+    {u"TABLE_NAME", Type::Text, 3},    {u"VIEW_DEFINITION"},
+    {u"CHECK_OPTION", Type::Flag},     {u"IS_UPDATABLE", Type::Flag},
+    {u"DESCRIPTION", Type::Text, 5},   {u"DATE_CREATED", Type::Date},
     {u"DATE_MODIFIED", Type::Date},
 };
-constexpr unsigned char kProcedureRestrictions[] = {0, 1, 2, 3};
-constexpr unsigned char kProcedureOrder[] = {0, 1, 2};
+constexpr unsigned char kViewRestrictions[] = {0, 1, 2};
 
-constexpr char kGroupNumber = ';';  // SQL Server tells "P_SAVE;1": the number of a procedure in its group
-
-/// A procedure is found by its name alone.
-SchemaValue NameInGroup(const CatalogRow& row, std::size_t restriction) {
-    constexpr std::size_t kNameRestriction = 2, kName = 3;
-    const auto name = row.Text(kName);
-    const std::size_t number = name ? name->rfind(kGroupNumber) : std::string_view::npos;
-    const bool hasNumber = restriction == kNameRestriction && number != std::string_view::npos;
-    return hasNumber ? SchemaValue::Text(name->substr(0, number)) : SchemaValue();
+CatalogRows ReadViews(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
+    constexpr std::size_t kType = 4;
+    CatalogRows rows = ReadTables(session, restrictions);
+    std::erase_if(rows, [](const CatalogRow& row) { return row.Text(kType) != "VIEW"; });
+    return rows;
 }
 
-CatalogRows ReadProcedures(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {
-    if (AsksFiles(*session)) ExpectReadableFile(session);
-    if (session->Profile().keySource == KeySource::Nothing) return {};
-    CatalogCall call;
-    call.function = CatalogCall::Function::Procedures;
-    call.catalog = restrictions.Text(0);
-    call.schema = restrictions.Text(1);
-    call.table = restrictions.Text(2);
-    CatalogRows rows = CallCatalog(session, call);
-    if (!rows.empty() || call.table.find(kGroupNumber) == std::string::npos) return rows;
-    call.table.erase(call.table.rfind(kGroupNumber));
-    return CallCatalog(session, call);
-}
-
-enum : LONG { kCatalogs = 1, kProcedures = 16, kSchemata = 17, kTables = 20 };
+enum : LONG { kCatalogs = 1, kSchemata = 17, kTables = 20, kViews = 23 };
 
 constexpr SchemaTable kTablesOfSchemas[] = {
     {kCatalogs, kCatalogColumns, kCatalogRestrictions, kCatalogRestrictions, &ReadCatalogs},
-    {kProcedures, kProcedureColumns, kProcedureRestrictions, kProcedureOrder, &ReadProcedures, &NameInGroup},
     {kSchemata, kSchemaColumns, kSchemaRestrictions, kSchemaRestrictions, &ReadSchemata},
     {kTables, kTableColumns, kTableRestrictions, kTableOrder, &ReadTables},
+    {kViews, kViewColumns, kViewRestrictions, kViewRestrictions, &ReadViews},
 };
 
 }  // namespace

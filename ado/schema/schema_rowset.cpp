@@ -47,6 +47,7 @@ Column Describe(const SchemaColumn& schemaColumn) {
     column.definedSize = rule.fixedSize != 0 ? rule.fixedSize : kTextWidth;
     column.precision = rule.precision;
     column.attributes = kFieldIsNullable | kFieldMayBeNull | (rule.fixedSize != 0 ? kFieldFixed : 0);
+    if (schemaColumn.type == SchemaType::Date) column.type = column.dbType = kTypeDate;  // automation's, none of ODBC's
     column.isUnsigned = row.isUnsigned;
     column.sqlType = row.sqlType;
     return column;
@@ -162,7 +163,8 @@ private:
 };
 
 const SchemaTable& FindSchema(LONG schema) {
-    for (const auto& tables : {ObjectSchemas(), ColumnSchemas(), KeySchemas()}) {
+    for (const auto& tables :
+         {ObjectSchemas(), ColumnSchemas(), KeySchemas(), ConstraintSchemas(), ProcedureSchemas()}) {
         for (const SchemaTable& table : tables) {
             if (table.schema == schema) return table;
         }

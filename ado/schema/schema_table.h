@@ -72,8 +72,10 @@ struct SchemaTable {
 };
 
 /// The tables by subject.
-std::span<const SchemaTable> ObjectSchemas();  // catalogs, schemata, tables, procedures
-std::span<const SchemaTable> ColumnSchemas();  // columns, provider types
-std::span<const SchemaTable> KeySchemas();     // primary keys, foreign keys, indexes
+std::span<const SchemaTable> ObjectSchemas();      // catalogs, schemata, tables, views
+std::span<const SchemaTable> ColumnSchemas();      // columns, provider types
+std::span<const SchemaTable> KeySchemas();         // primary keys, foreign keys, indexes
+std::span<const SchemaTable> ConstraintSchemas();  // constraints of tables, rights to columns
+std::span<const SchemaTable> ProcedureSchemas();   // procedures, their parameters and results
 
 }  // namespace tk::ado

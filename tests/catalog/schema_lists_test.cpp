@@ -132,6 +132,7 @@ TEST_F(SchemaLists, TheFirstColumnAnswersForEveryField) {
         {"an unsigned number", Integer(VT_UI2, 1), 0},
         {"a long number", Long(2), 0},
         {"the low bits of one", Long(0x10000), 1},
+        {"an unsigned long number", Integer(VT_UI4, 1), 0},
         {"no value", Null(), 1},
     };
     for (const auto& row : kRows) {

@@ -131,7 +131,7 @@ TEST_F(MariaDbCatalog, TellsNothingOfATableThatIsGone) {
 TEST_F(MariaDbCatalog, LongNamesAreCutInRecordsAlone) {
     CTDatabase database;
     Open(database, "Microsoft SQL Server");
-    constexpr int kMost = 64;
+    constexpr int kMost = 45;  // in the name of its file each takes five bytes
     ExpectLongNamesAreCutInRecordsAlone(database, kMost, "`");
 }
 

@@ -1,6 +1,8 @@
 #include "session/inside.h"
 
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 #include "session/messages.h"
 #include "tkkernel/platform.h"
@@ -29,10 +31,30 @@ void SetAndLog(Pool& pool, const char* who, const char* place) {
     CString text;
     util::RunGuarded([&] { text = GetExceptionError(who, place); });
     util::RunGuarded([&] { Inside::SetError(pool, text); });
-    util::RunGuarded([&] { AddErrorLog(text, 0, 0, nullptr); });
+    if (!LateRecords::Keep(who, place)) util::RunGuarded([&] { AddErrorLog(text, 0, 0, nullptr); });
 }
 
+constinit thread_local LateRecords* keeper = nullptr;
+
 }  // namespace
+
+void LateRecords::Begin() noexcept {
+    if (keeper == nullptr) keeper = this;
+}
+
+void LateRecords::Write() noexcept {
+    if (keeper != this) return;
+    keeper = nullptr;
+    const std::size_t count = std::exchange(count_, 0);
+    for (std::size_t i = 0; i < count; ++i)
+        util::RunGuarded([&] { AddErrorLog(GetExceptionError(records_[i].who, records_[i].place), 0, 0, nullptr); });
+}
+
+bool LateRecords::Keep(const char* who, const char* place) noexcept {
+    if (keeper == nullptr || keeper->count_ == std::size(keeper->records_)) return false;
+    keeper->records_[keeper->count_++] = {who, place};
+    return true;
+}
 
 void Inside::Report(CTDataServer& server, const char* place) {
     SetAndLog(server, kServerName, place);

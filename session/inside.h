@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <utility>
 
 #include "session/held_lock.h"
@@ -11,6 +12,32 @@
 #include "util/fault_guard.h"
 
 namespace tk::session {
+
+/// The records of faults that happen while the server's lock is held for somebody else's work, a client's for one: the
+/// event log gets them once the lock is left. Stands outside of the guarded work and of the lock.
+class LateRecords {
+public:
+    LateRecords() = default;
+    LateRecords(const LateRecords&) = delete;
+    LateRecords& operator=(const LateRecords&) = delete;
+    ~LateRecords() { Write(); }
+
+    /// From here on this keeps what faults on this thread, in whichever pool object, unless another one does already.
+    void Begin() noexcept;
+    void Write() noexcept;
+
+    /// @return whether somebody keeps it
+    static bool Keep(const char* who, const char* place) noexcept;
+
+private:
+    struct Record {
+        const char* who;
+        const char* place;
+    };
+
+    Record records_[4] = {};
+    std::size_t count_ = 0;
+};
 
 struct Inside {
     /// Runs a member of the server or of a client. Whatever ends the work early becomes the message that names the
@@ -44,7 +71,8 @@ struct Inside {
         return failure;
     }
 
-    /// The message as the last error and in the event log. Each step for itself: none keeps the caller from going on.
+    /// The message as the last error and in the event log, there later where that is due. Each step for itself: none
+    /// keeps the caller from going on.
     static void Report(CTDataServer& server, const char* place);
     static void Report(CTDataClient& client, const char* place);
 

@@ -35,9 +35,10 @@ typename Kind::Object* TakeFree(CTDataServer& server, void* owner) {
 }
 
 /// Gives a lease that is old enough to a new owner.
-/// @param fault  gets the place of what faulted on the way, to be told of once the lock is left
+/// @param late  keeps the records of what faults on the way, the client's members among it
 template <typename Kind>
-typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, const char*& fault) {
+typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, LateRecords& late) {
+    late.Begin();
     CTDataDriver* taken = nullptr;
     const char* place = Kind::kForce;
     const auto work = [&] {
@@ -61,7 +62,7 @@ typename Kind::Object* TakeOver(CTDataServer& server, void* newOwner, const char
             Count(counters.twice);
         }
     };
-    if (!tk::util::RunGuarded(work)) fault = place;
+    if (!tk::util::RunGuarded(work)) Inside::Report(server, place);
     return static_cast<typename Kind::Object*>(taken);
 }
 
@@ -70,6 +71,7 @@ typename Kind::Object* Lend(CTDataServer& server, void* owner) {
     using Object = typename Kind::Object;
     Object* lent = nullptr;
     const char* place = Kind::kInvoke;
+    LateRecords late;
     HeldLock held(Inside::LockOf(server));
     const auto work = [&] {
         if (!Inside::IsEnabled(server)) {
@@ -83,11 +85,10 @@ typename Kind::Object* Lend(CTDataServer& server, void* owner) {
             lent = TakeFree<Kind>(server, owner);
             return;
         }
-        const char* fault = nullptr;
-        Object* const taken = TakeOver<Kind>(server, owner, fault);
+        Object* const taken = TakeOver<Kind>(server, owner, late);
         if (taken == nullptr) Count(Kind::CountersOf(server).refusals);
         held.Leave();
-        if (fault != nullptr) Inside::Report(server, fault);
+        late.Write();
         if (IsValidAddress(taken, sizeof(Object))) {
             lent = taken;
             return;
@@ -131,14 +132,11 @@ int TakeIn(CTDataServer& server, typename Kind::Object* session) {
 template <typename Kind>
 typename Kind::Object* Force(CTDataServer& server, void* newOwner) {
     using Object = typename Kind::Object;
+    LateRecords late;
     HeldLock held(Inside::LockOf(server));
     return Inside::Run(server, held, Kind::kForce, static_cast<Object*>(nullptr), [&] {
-        const char* fault = nullptr;
         held.Enter();
-        Object* const taken = TakeOver<Kind>(server, newOwner, fault);
-        held.Leave();
-        if (fault != nullptr) Inside::Report(server, fault);
-        return taken;
+        return TakeOver<Kind>(server, newOwner, late);
     });
 }
 

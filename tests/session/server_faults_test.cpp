@@ -261,6 +261,66 @@ TEST_F(ServerFaults, OfNestedMembersAreToldOfWithoutTheLock) {
     calls_.onStep = {};
 }
 
+TEST_F(ServerFaults, OfAClientWhoseLoanIsTakenOverAreToldOfWithoutTheLock) {
+    const LosesMemory lost;
+    for (const auto& fault : kFaults) {
+        for (const bool byForce : {false, true}) {
+            SCOPED_TRACE(fault.label + std::string(byForce ? ", by force" : ", for a loan"));
+            OpenedServer server;
+            Open(server, 4);
+            CTDataClient clients[4];
+            for (auto& client : clients) {
+                client.Invoke(&server);
+                ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1) << client.GetLastErrorString();
+            }
+            tick_ += 180'000;
+            bool letIn = false;
+            calls_.onStep = [&](const std::string& step) {
+                if (step == "open") letIn = LetsAnotherThreadIn(server);
+            };
+            {
+                const OneFault once(*connection_.Get(), *records_.Get(), fault.happen);
+                EXPECT_NE(byForce ? server.ForceRecordset(nullptr) : server.InvokeRecordset(nullptr), nullptr);
+            }
+            calls_.onStep = {};
+            EXPECT_TRUE(letIn);
+            EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ClientFault("CloseSQL"))));
+            EXPECT_EQ(Configuration(server), "4 4 1") << "given back all the same, and leased";
+            EXPECT_EQ(server.GetLastErrorString(), CString()) << "the client's fault";
+            int told = 0;
+            for (auto& client : clients)
+                told += client.GetLastErrorString() == CString(ClientFault("CloseSQL").c_str()) ? 1 : 0;
+            EXPECT_EQ(told, 1);
+            const auto statistics = tk::session::ReadStatistics(server);
+            EXPECT_EQ(statistics.clientFaults, 1u);
+            EXPECT_EQ(statistics.faults, 0u);
+            TakeLog();
+        }
+    }
+}
+
+TEST_F(ServerFaults, OfAClientAndOfTheServerInOneTakeoverAreToldOfInTheirOrder) {
+    const LosesMemory lost;
+    OpenedServer server;
+    Open(server, 4);
+    CTDataClient clients[4];
+    for (auto& client : clients) {
+        client.Invoke(&server);
+        ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1) << client.GetLastErrorString();
+    }
+    tick_ += 180'000;
+    int looks = 2;  // for the age, and for the new lease
+    calls_.clock = [&] {
+        if (--looks == 0) ReadNull();
+        return tick_;
+    };
+    {
+        const OneFault once(*connection_.Get(), *records_.Get(), WriteNull);
+        EXPECT_NE(server.InvokeRecordset(nullptr), nullptr);
+    }
+    EXPECT_THAT(TakeLog(), ElementsAre(ErrorRecord(ClientFault("CloseSQL")), ErrorRecord(ServerFault("RegisterRole"))));
+}
+
 TEST_F(ServerFaults, OfRegisteringATakeoverStillHandOutWhatWasTaken) {
     OpenedServer server;
     Open(server, 4);

@@ -27,6 +27,15 @@ CatalogCall Escaped(Session& session, CatalogCall call) {
     return call;
 }
 
+/// In a database without schemata nothing is in one: the rows say so themselves, while a driver calls it a mistake.
+CatalogCall WithoutUnknownSchema(Session& session, CatalogCall call) {
+    if (call.schema.empty() && call.foreignSchema.empty()) return call;
+    if (session.InfoNumber(SQL_SCHEMA_USAGE) != 0) return call;
+    call.schema.clear();
+    call.foreignSchema.clear();
+    return call;
+}
+
 /// @param columns  the catalog function's column that each one is; empty: the same
 CatalogRows ReadRows(std::shared_ptr<RowSet> fetched, std::span<const std::size_t> columns) {
     auto answer = std::make_shared<CatalogAnswer>();
@@ -112,10 +121,11 @@ CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCa
         if (!statement.HasRows()) return {};
         return ReadRows(RowSet::Fetch(std::move(statement), session, {}), columns);
     };
-    const CatalogCall escaped = Escaped(*session, call);
+    const CatalogCall known = WithoutUnknownSchema(*session, call);
+    const CatalogCall escaped = Escaped(*session, known);
     CatalogRows rows = ask(escaped);
     // One driver takes the escapes that it asks for by the letter.
-    return rows.empty() && escaped.table != call.table ? ask(call) : rows;
+    return rows.empty() && escaped.table != known.table ? ask(known) : rows;
 }
 
 namespace {

@@ -140,11 +140,26 @@ TEST_F(AwkwardMariaDbCatalog, ProceduresAndDatabases) {
         RowsOf(database_,
                "select routine_name, routine_schema from information_schema.routines where routine_schema = 'test'");
     ASSERT_EQ(told.size(), kTables * 2 - 2);
-    Told listed = RowsOf(database_, database_.GetProcedureSet(nullptr), {"PROCEDURE_NAME", "PROCEDURE_CATALOG"});
-    std::erase_if(listed, [](const std::vector<std::string>& row) { return row.back() != "test"; });
-    EXPECT_EQ(listed, told);
+    EXPECT_EQ(RowsOf(database_, database_.GetProcedureSet(nullptr), {"PROCEDURE_NAME", "PROCEDURE_CATALOG"}), told);
     EXPECT_EQ(RowsOf(database_, database_.GetDbNameSet(), {"CATALOG_NAME"}),
               RowsOf(database_, "select schema_name from information_schema.schemata"));
+}
+
+// Restrictions are applied as they stand: without schemata there is nothing in the user's.
+TEST_F(AwkwardMariaDbCatalog, NothingIsInASchema) {
+    const CString before = database_.GetLastErrorString();
+    ASSERT_STREQ(database_.GetCurSchema(), "tester");
+    CStringArray names;
+    EXPECT_EQ(database_.GetAllProcedures(names), 1);
+    EXPECT_EQ(database_.GetAllIndexes(names), 0);
+    EXPECT_EQ(names.GetSize(), 0);
+    const std::vector<const char*> columns = {"TABLE_CATALOG"};
+    EXPECT_EQ(RowsOf(database_, database_.GetObjectSet("TABLE", "tester"), columns), Told());
+    EXPECT_EQ(RowsOf(database_, database_.GetFieldSet("plain", "tester"), columns), Told());
+    EXPECT_EQ(RowsOf(database_, database_.GetPrimaryKeySet("plain", "tester"), columns), Told());
+    EXPECT_EQ(RowsOf(database_, database_.GetIndexSet("plain", nullptr, "tester"), columns), Told());
+    EXPECT_EQ(database_.IsProcedureExist("P plain"), 0);
+    EXPECT_STREQ(database_.GetLastErrorString(), before);
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include "afx/dispatch_call.h"
+#include "afx/text_codes.h"
 #include "driver/argument_list.h"
 #include "driver/guard.h"
 #include "driver/ids.h"
@@ -24,6 +26,24 @@ bool IsTold(const VARIANT& recordsAffected) noexcept {
     return V_VT(&recordsAffected) != VT_EMPTY;
 }
 
+/// Execute(text, affected, options), the call that applications make most: its arguments without a parameter list.
+IDispatch* Execute(COleDispatchDriver& object, const char* text, VARIANT* affected, long options) {
+    tk::afx::OwnedVariant sql;
+    sql.bstrVal = tk::afx::NewBstr(text);
+    sql.vt = VT_BSTR;
+    VARIANT arguments[3] = {};  // the last one first
+    arguments[0].vt = VT_I4;
+    arguments[0].lVal = static_cast<LONG>(options);
+    arguments[1].vt = VT_VARIANT | VT_BYREF;
+    arguments[1].pvarVal = affected;
+    arguments[2] = sql;
+    tk::afx::OwnedVariant result;
+    tk::afx::CallMember(object.m_lpDispatch, connection::kExecute, DISPATCH_METHOD, arguments, 3, &result);
+    IDispatch* records = nullptr;
+    tk::afx::StoreResult(result, VT_DISPATCH, &records);
+    return records;
+}
+
 /// @return 0 when the number is not known
 long Affected(const COleVariant& told) {
     COleVariant number;
@@ -35,15 +55,12 @@ long Affected(const COleVariant& told) {
 }  // namespace
 
 IDispatch* CTDatabase::OnExecute(const char* szSQL, VARIANT* pRecordsAffected, long nOptions) {
-    static constexpr BYTE parms[] = VTS_BSTR VTS_PVARIANT VTS_I4;
     COleVariant ignored;
     VARIANT* told = pRecordsAffected == nullptr ? &ignored : pRecordsAffected;
     VariantClear(told);
     COleDispatchDriver records;
     // Before the first open there is nothing to call; the report below says so.
-    if (dispatch_.m_lpDispatch != nullptr) {
-        records.AttachDispatch(CallForObject(dispatch_, connection::kExecute, parms, szSQL, told, nOptions));
-    }
+    if (dispatch_.m_lpDispatch != nullptr) records.AttachDispatch(Execute(dispatch_, szSQL, told, nOptions));
     if (!IsTold(*told)) ReportNoRows();
     return records.DetachDispatch();
 }

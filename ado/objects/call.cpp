@@ -101,9 +101,15 @@ BYTE Call::Byte(UINT index) const {
 }
 
 std::u16string Call::Text(UINT index) const {
+    Value converted;
+    return std::u16string(Text(index, converted));
+}
+
+std::u16string_view Call::Text(UINT index, Value& converted) const {
     const VARIANT& argument = Argument(index);
-    if (argument.vt == VT_BSTR) return std::u16string(ViewOf(argument.bstrVal));
-    return std::u16string(ViewOf(Converted(index, VT_BSTR).Get().bstrVal));
+    if (argument.vt == VT_BSTR) return ViewOf(argument.bstrVal);
+    converted = Converted(index, VT_BSTR);
+    return ViewOf(converted.Get().bstrVal);
 }
 
 Value Call::Variant(UINT index) const {

@@ -46,6 +46,10 @@ public:
     BYTE Byte(UINT index) const;
     bool Boolean(UINT index) const;
     std::u16string Text(UINT index) const;
+
+    /// The same in place, for a text that is only read during the call.
+    /// @param converted  keeps what had to be converted
+    std::u16string_view Text(UINT index, Value& converted) const;
     std::u16string Text(UINT index, std::u16string_view fallback) const {
         return IsOmitted(index) ? std::u16string(fallback) : Text(index);
     }

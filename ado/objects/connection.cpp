@@ -148,14 +148,23 @@ void Connection::Close(Call&) {
 }
 
 void Connection::Execute(Call& call) {
-    const std::u16string text = call.Text(0);
-    Execution execution = MakeExecution(MakeCommand(text, call.Long(2, -1)), commandTimeout_);
+    Value converted;
+    const std::u16string_view text = call.Text(0, converted);
+    Command command = MakeCommand(text, call.Long(2, -1));
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
     Ref<Recordset> result;
     LONG affected = -1;
     {
         const Executing executing(executing_);
-        result = Recordset::FromCommand(Ref<Connection>(this), session, text, std::move(execution), affected);
+        if (command.noRecords) {
+            const Done done = RunWithoutRecords(*session, command, commandTimeout_);
+            affected = done.affected;
+            if (!done.warnings.empty()) errors_->ReplaceWarnings(done.warnings);
+        } else {
+            Execution execution = MakeExecution(std::move(command), commandTimeout_);
+            result = Recordset::FromCommand(Ref<Connection>(this), session, std::u16string(text), std::move(execution),
+                                            affected);
+        }
     }
     call.Store(1, Value(affected));
     call.ReturnObject(std::move(result));

@@ -4,14 +4,28 @@
 
 namespace tk::ado {
 
+namespace {
+
+Statement Run(Session& session, const Command& command, const ExecuteOptions& options) {
+    if (command.kind == Command::Kind::Text) return session.Execute(command.text, options);
+    return session.Execute(SqlOf(command, session).text, options);
+}
+
+}  // namespace
+
+Done RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds) {
+    Statement statement = Run(session, command, {timeoutSeconds, 0});
+    Done done{statement.RowsAffected(), statement.Warnings()};
+    statement.TakeRest();
+    return done;
+}
+
 Execution MakeExecution(Command command, LONG timeoutSeconds) {
     Execution execution;
     execution.asynchronousFetch = command.asynchronousFetch;
     execution.noRecords = command.noRecords;
     execution.run = [command = std::move(command), timeoutSeconds](Session& session, LONG limit) {
-        const ExecuteOptions options{timeoutSeconds, limit};
-        if (command.kind == Command::Kind::Text) return session.Execute(command.text, options);
-        return session.Execute(SqlOf(command, session).text, options);
+        return Run(session, command, {timeoutSeconds, limit});
     };
     return execution;
 }

@@ -25,6 +25,15 @@ struct Execution {
 /// The execution of a text without parameters.
 Execution MakeExecution(Command command, LONG timeoutSeconds);
 
+/// What an execution gave whose rows nobody wants.
+struct Done {
+    LONG affected = -1;
+    std::vector<ErrorRecord> warnings;
+};
+
+/// Runs a command to its last result, or its first one with rows.
+Done RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds);
+
 /// What an execution gave: rows, or the statement that may have more results.
 struct Executed {
     std::shared_ptr<RowSet> rows;

@@ -128,7 +128,6 @@ struct Session::Impl {
     Statement Run(const std::shared_ptr<Lease>& on, std::string_view sql, const ExecuteOptions& options, Call&& call) {
         auto statement = std::make_unique<Statement::Impl>();
         statement->lease = on;
-        statement->text = sql;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
         try {
@@ -168,6 +167,7 @@ struct Session::Impl {
         if (options.prepared) statement->preparedText = sql;
         statement->ReadResultShape();
         if (called.binding) statement->outputs = called.binding->Outputs();
+        if (statement->columnCount > 0 || statement->outputs) statement->text = sql;
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
         PassOutputRow(*statement);

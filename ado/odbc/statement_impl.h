@@ -28,7 +28,7 @@ struct Statement::Impl {
     std::unique_ptr<const ParameterBinding> binding;
     std::shared_ptr<ParameterOutputs> outputs;
     std::string preparedText;      // what the handle is prepared for; empty: nothing that is worth keeping
-    std::string text;              // to describe its origins later; empty for catalog calls
+    std::string text;              // to describe its rows or outputs; empty for catalog calls, and without either
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
     LONG timeoutSeconds = 0;
     LONG maxRows = 0;

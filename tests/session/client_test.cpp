@@ -193,6 +193,25 @@ TEST_F(DataClient, ForwardsEachMemberToWhatItHolds) {
     EXPECT_EQ(Describe(value), "I4 7");
 }
 
+/// What an application's own recordset class may do with the object that it holds.
+struct OwnRecordset : CTRecordset {
+    static void LetGo(CTRecordset& recordset) { (recordset.*&OwnRecordset::dispatch_).ReleaseDispatch(); }
+};
+
+TEST_F(DataClient, TellsWhyTheRecordsetHasNoObject) {
+    Borrow();
+    records_->On(Call(1057)).Fails("磁盘满");
+    client_.GetRecordset()->SaveAsFile("/nowhere/at/all", 0);
+    const CString reason = client_.GetRecordset()->GetLastErrorString();
+    ASSERT_NE(reason.Find("磁盘满"), -1) << static_cast<const char*>(reason);
+    OwnRecordset::LetGo(*client_.GetRecordset());
+    client_.SetLastErrorString("x");
+    EXPECT_EQ(client_.GetDispatch(), nullptr);
+    EXPECT_EQ(Error(), std::string(reason));
+    EXPECT_NE(client_.GetRecordset(), nullptr) << "still lent";
+    EXPECT_THAT(TakeLog(), IsEmpty());
+}
+
 TEST_F(DataClient, ExecutesAndCountsNothing) {
     Borrow();
     connection_->On(Call(6)).Stores(1, Long(25)).Returns(Object(nullptr));

@@ -5,7 +5,7 @@ namespace tk::test {
 class RegisteredClass::Factory final : public IClassFactory {
 public:
     struct Announced {
-        Held<IDispatch> object;
+        Held<IUnknown> object;
         HRESULT result;
     };
 
@@ -51,13 +51,13 @@ RegisteredClass::~RegisteredClass() {
     CoRevokeClassObject(cookie_);
 }
 
-void RegisteredClass::Give(IDispatch* object) {
+void RegisteredClass::Give(IUnknown* object) {
     object->AddRef();
-    factory_->announced_.push_back({Held<IDispatch>(object), S_OK});
+    factory_->announced_.push_back({Held<IUnknown>(object), S_OK});
 }
 
 void RegisteredClass::Refuse(HRESULT result) {
-    factory_->announced_.push_back({Held<IDispatch>(), result});
+    factory_->announced_.push_back({Held<IUnknown>(), result});
 }
 
 int RegisteredClass::Created() const {

@@ -41,7 +41,7 @@ public:
     ~RegisteredClass();
 
     /// The next creation that nothing was announced for hands out this object, with a reference of its own.
-    void Give(IDispatch* object);
+    void Give(IUnknown* object);
     /// The next creation that nothing was announced for fails.
     void Refuse(HRESULT result);
     /// The creations so far, failed ones included.

@@ -45,7 +45,11 @@ long Count(CTDatabase& database, const std::string& table) {
 /// The table while it is being made: gone again unless it is kept, and the one that it replaces back.
 class NewTable {
 public:
-    NewTable(CTDatabase& target, const std::string& name) : target_(target), name_(name) { target_.BeginTrans(); }
+    /// @param isApart  the name is one that nobody else uses
+    NewTable(CTDatabase& target, const std::string& name, bool isApart)
+        : target_(target), name_(name), isApart_(isApart) {
+        target_.BeginTrans();
+    }
     NewTable(const NewTable&) = delete;
     NewTable& operator=(const NewTable&) = delete;
     ~NewTable() {
@@ -53,7 +57,7 @@ public:
         try {
             target_.RollbackTrans();
             // Some systems end the transaction when a table is made.
-            if (isMade_ && !isInstead_ && target_.IsTableExist(name_.c_str()) != 0) target_.DropTable(name_.c_str());
+            if (isMade_ && !isInstead_) Drop();
         } catch (CException* e) {
             e->Delete();  // the failure that led here is told
         }
@@ -73,8 +77,20 @@ public:
     }
 
 private:
+    void Drop() {
+        if (!isApart_) {
+            if (target_.IsTableExist(name_.c_str()) != 0) target_.DropTable(name_.c_str());
+            return;
+        }
+        // What the server itself does with a table that was just filled may keep it from being dropped for a while.
+        constexpr int kTimes = 3;
+        const std::string statement = "DROP TABLE IF EXISTS " + Quoted(name_);
+        for (int i = 0; i < kTimes && target_.ExecuteSQL(statement.c_str()) == 0; ++i) {}
+    }
+
     CTDatabase& target_;
     std::string name_;
+    bool isApart_;
     bool isInstead_ = false;
     bool isMade_ = false;
     bool isKept_ = false;
@@ -188,7 +204,7 @@ long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target,
         if (!replace) throw Stop{fmt::format("there already, with {} other rows: {}", there, scripts.name).c_str()};
         RequireReplaceable(target, scripts, isApart);
     }
-    NewTable made(target, scripts.made);
+    NewTable made(target, scripts.made, isApart);
     if (isApart) {
         Do(target, "DROP TABLE IF EXISTS " + Quoted(scripts.made));  // what a run left that was killed
     } else if (replaces) {

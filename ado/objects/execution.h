@@ -31,7 +31,7 @@ struct Done {
     std::vector<ErrorRecord> warnings;
 };
 
-/// Runs a command to its last result, or its first one with rows.
+/// Runs a command, where the driver has results in a row to the last of them.
 Done RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds);
 
 /// What an execution gave: rows, or the statement that may have more results.

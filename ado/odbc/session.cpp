@@ -238,32 +238,51 @@ struct Session::Impl {
     /// result in its place.
     Statement ExecuteList(std::span<const ListedStatement> list, std::span<const Parameter> parameters,
                           ExecuteOptions options) {
+        std::size_t markers = 0;
+        for (const ListedStatement& each : list)
+            markers += each.markers;
+        if (markers > parameters.size()) throw MakeError({{"07002", 0, "Too few parameters"}});
         std::optional<Statement> first;
         auto following = std::make_unique<FollowingResults>();
+        const RunningCall::Wait waiting(running);  // also between two of them
         for (const ListedStatement& each : list) {
-            const bool isLast = &each == &list.back();
-            const std::size_t own = isLast ? parameters.size() : std::min(each.markers, parameters.size());
+            const std::size_t own = &each == &list.back() ? parameters.size() : each.markers;
             options.prepared = each.isProgram;
             try {
+                if (running.IsWaitCancelled()) throw MakeCancelledError();
                 Statement statement = ExecuteOne(each.text, parameters.first(own), options);
                 parameters = parameters.subspan(own);
-                if (each.isProgram) {
-                    statement.Internals().mayHaveMore = false;
-                    statement.Internals().preparedText.clear();  // nobody defines it twice
-                }
+                Settle(statement, each.isProgram, !first);
                 if (first) {
                     following->statements.push_back(std::move(statement));
                 } else {
                     first = std::move(statement);
                 }
             } catch (const AdoError&) {
-                if (!first) throw;
+                if (!first || running.IsWaitCancelled()) throw;
                 following->failure = std::current_exception();
                 break;
             }
         }
         first->Internals().following = std::move(following);
         return std::move(*first);
+    }
+
+    /// What is kept of one of several statements: no handle for numbers.
+    static void Settle(Statement& statement, bool isProgram, bool isFirst) {
+        Statement::Impl& inside = statement.Internals();
+        inside.text.clear();  // those behind it may have changed what its names mean
+        if (isProgram) {
+            inside.mayHaveMore = false;
+            inside.preparedText.clear();  // nobody defines it twice
+        }
+        if (isFirst || inside.columnCount > 0) return;
+        auto numbers = std::make_unique<Statement::Impl>();
+        numbers->lease = inside.lease;
+        numbers->rowsAffected = inside.rowsAffected;
+        numbers->warnings = std::move(inside.warnings);
+        numbers->mayHaveMore = false;
+        statement = Statement(std::move(numbers));
     }
 
     Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {

@@ -88,7 +88,7 @@ const std::vector<Column>& Statement::Columns() {
 }
 
 bool Statement::MoreResults() {
-    if (!impl_->handle->Profile().hasBatches) return false;
+    if (impl_->handle != nullptr && !impl_->handle->Profile().hasBatches) return false;
     return NextResult() && PassOutputRow(*impl_);
 }
 
@@ -121,11 +121,11 @@ bool Statement::Impl::NextResult() {
 
 void Statement::TakeRest() {
     if (!impl_->handle->Profile().leavesResults) return;
-    while (impl_->columnCount == 0 && NextResult()) {}
+    while (NextResult()) {}
 }
 
 void Statement::Cancel() noexcept {
-    impl_->handle->CancelRunning();
+    if (impl_->handle != nullptr) impl_->handle->CancelRunning();
 }
 
 }  // namespace tk::ado

@@ -67,7 +67,7 @@ public:
     /// Moves on to the next result; false when there is none.
     bool MoreResults();
 
-    /// Steps over what follows a result without rows, where a driver would leave that on the connection.
+    /// Steps over what follows, where a driver would leave that on the connection.
     /// @throws AdoError, what the next of them failed with
     void TakeRest();
 

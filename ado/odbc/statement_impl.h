@@ -24,7 +24,7 @@ struct FollowingResults {
 
 struct Statement::Impl {
     std::shared_ptr<Lease> lease;
-    std::unique_ptr<StatementHandle> handle;
+    std::unique_ptr<StatementHandle> handle;  // null: one of several statements, which left nothing but its numbers
     std::unique_ptr<const ParameterBinding> binding;
     std::shared_ptr<ParameterOutputs> outputs;
     std::string preparedText;      // what the handle is prepared for; empty: nothing that is worth keeping

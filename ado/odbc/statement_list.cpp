@@ -12,8 +12,12 @@ namespace {
 constexpr std::string_view kOtherObjects[] = {"database", "index", "role", "schema", "sequence",
                                               "server",   "table", "user", "view"};
 constexpr std::string_view kProgramObjects[] = {"event", "function", "package", "procedure", "trigger"};
-constexpr std::string_view kBodies[] = {"begin", "if", "loop", "repeat", "while"};
 constexpr std::string_view kBlockWords[] = {"call", "case", "declare", "for", "if", "loop", "repeat", "while"};
+
+// Inside of a program: what END may be followed by, what a statement follows, and what a FOR that is no loop goes with.
+constexpr std::string_view kEnded[] = {"case", "for", "if", "loop", "repeat", "while"};
+constexpr std::string_view kBeforeStatements[] = {"begin", "do", "else", "loop", "repeat", "then"};
+constexpr std::string_view kBehindOtherFor[] = {"each", "share", "update"};
 
 template <std::size_t count>
 bool IsOneOf(std::string_view word, const std::string_view (&words)[count]) noexcept {
@@ -28,7 +32,7 @@ bool IsWordLetter(char letter) noexcept {
 struct Token {
     std::size_t begin = 0;
     std::size_t end = 0;      // equal to begin: the text is over
-    std::string_view word{};  // of letters and digits; empty for quoted names and texts, and for signs
+    std::string_view word{};  // of letters and digits; empty for quoted names and texts, signs, executable comments
     char sign = 0;            // the sign, where it is one
 
     bool IsLast() const noexcept { return begin == end; }
@@ -44,6 +48,7 @@ public:
         if (at >= sql_.size()) return {sql_.size(), sql_.size()};
         const char first = sql_[at];
         if (first == '\'' || first == '"' || first == '`') return {at, QuoteEnd(at)};
+        if (IsExecutable(sql_.substr(at))) return {at, After("*/", at + 2)};
         if (!IsWordLetter(first)) return {at, at + 1, {}, first};
         std::size_t end = at;
         while (end < sql_.size() && IsWordLetter(sql_[end]))
@@ -61,13 +66,18 @@ private:
                 ++at;
             } else if (rest[0] == '#' || IsLineComment(rest)) {
                 at = After("\n", at);
-            } else if (rest.starts_with("/*")) {
+            } else if (rest.starts_with("/*") && !IsExecutable(rest)) {
                 at = After("*/", at + 2);
             } else {
                 break;
             }
         }
         return at;
+    }
+
+    /// A comment that the server reads: taken for a word of the statement that it is in, or for a statement.
+    static bool IsExecutable(std::string_view rest) noexcept {
+        return rest.starts_with("/*!") || rest.starts_with("/*M!");
     }
 
     /// "--" counts only in front of a blank or a control character: 5--3 is 8.
@@ -100,13 +110,87 @@ struct Extent {
     bool hasSemicolon = false;  // between its tokens
 };
 
-/// From a token to the next semicolon, or to the end of the text.
-Extent Measure(const Tokens& tokens, Token token, bool toTheEnd) noexcept {
+/// CREATE or ALTER of a routine, trigger or event; or a block of the other dialect, where BEGIN starts no transaction.
+bool IsProgram(const Tokens& tokens, Token token) noexcept {
+    if (EqualsNoCase(token.word, "begin")) {
+        const Token next = tokens.After(token);
+        return !next.IsLast() && next.sign != ';' && !EqualsNoCase(next.word, "not") &&
+               !EqualsNoCase(next.word, "work");
+    }
+    if (!EqualsNoCase(token.word, "create") && !EqualsNoCase(token.word, "alter")) return false;
+    for (token = tokens.After(token); !IsOneOf(token.word, kProgramObjects); token = tokens.After(token)) {
+        if (token.IsLast() || token.sign == ';' || token.sign == '(' || IsOneOf(token.word, kOtherObjects))
+            return false;
+    }
+    return true;
+}
+
+/// Counts what is open in a program: its statements end in semicolons, and it goes on until everything is closed.
+class ProgramReader {
+public:
+    explicit ProgramReader(const Tokens& tokens) noexcept : tokens_(tokens) {}
+
+    bool IsInside() const noexcept { return open_ > 0; }
+
+    void Read(const Token& token) noexcept {
+        if (EqualsNoCase(previous_.word, "end") && IsOneOf(token.word, kEnded)) {
+            // END IF: closed with the END.
+        } else if (EqualsNoCase(token.word, "end")) {
+            if (open_ > 0) --open_;
+        } else if (IsOpening(token)) {
+            ++open_;
+        }
+        previous_ = token;
+    }
+
+private:
+    bool IsOpening(const Token& token) const noexcept {
+        if (EqualsNoCase(token.word, "begin") || EqualsNoCase(token.word, "case")) return true;
+        if (EqualsNoCase(token.word, "if")) return IsConditional(token);
+        if (!StartsStatement()) return false;
+        if (EqualsNoCase(token.word, "for")) return !IsOneOf(tokens_.After(token).word, kBehindOtherFor);
+        if (EqualsNoCase(token.word, "repeat")) return tokens_.After(token).sign != '(';  // the function
+        return EqualsNoCase(token.word, "loop") || EqualsNoCase(token.word, "while");
+    }
+
+    /// A loop stands where a statement may: also behind the parentheses or words of a heading, which end before it.
+    bool StartsStatement() const noexcept {
+        return previous_.sign == ';' || previous_.sign == ':' || previous_.sign == ')' || open_ == 0 ||
+               IsOneOf(previous_.word, kBeforeStatements);
+    }
+
+    /// IF ... THEN, not the function of three arguments, nor IF [NOT] EXISTS in front of a name.
+    bool IsConditional(const Token& token) const noexcept {
+        Token next = tokens_.After(token);
+        if (EqualsNoCase(next.word, "not")) next = tokens_.After(next);
+        if (EqualsNoCase(next.word, "exists")) return tokens_.After(next).sign == '(';
+        if (next.sign != '(') return true;
+        int depth = 0;
+        for (; !next.IsLast(); next = tokens_.After(next)) {
+            depth += (next.sign == '(') - (next.sign == ')');
+            if (depth == 0) break;
+            if (depth == 1 && next.sign == ',') return false;
+        }
+        return true;
+    }
+
+    const Tokens& tokens_;
+    Token previous_;
+    int open_ = 0;
+};
+
+/// How far a statement reaches that begins with a token: to the next semicolon, to the one behind a program, or to the
+/// end of the text.
+enum class Reach { Statement, Program, Text };
+
+Extent Measure(const Tokens& tokens, Token token, Reach reach) noexcept {
     Extent extent;
+    ProgramReader program(tokens);
     bool ended = false;
     for (; !token.IsLast(); token = tokens.After(token)) {
+        if (reach == Reach::Program) program.Read(token);
         if (token.sign == ';') {
-            if (!toTheEnd) break;
+            if (reach == Reach::Statement || (reach == Reach::Program && !program.IsInside())) break;
             ended = true;
             continue;
         }
@@ -117,25 +201,11 @@ Extent Measure(const Tokens& tokens, Token token, bool toTheEnd) noexcept {
     return extent;
 }
 
-/// CREATE or ALTER of a routine, trigger or event with a body of several statements.
-bool IsProgram(const Tokens& tokens, Token token) noexcept {
-    if (!EqualsNoCase(token.word, "create") && !EqualsNoCase(token.word, "alter")) return false;
-    for (token = tokens.After(token); !IsOneOf(token.word, kProgramObjects); token = tokens.After(token)) {
-        if (token.IsLast() || token.sign == ';' || token.sign == '(' || IsOneOf(token.word, kOtherObjects))
-            return false;
-    }
-    for (token = tokens.After(token); !token.IsLast() && token.sign != ';'; token = tokens.After(token)) {
-        if (!IsOneOf(token.word, kBodies)) continue;
-        const Token next = tokens.After(token);
-        const bool isFunction = next.sign == '(';
-        const bool isCondition = EqualsNoCase(next.word, "not") || EqualsNoCase(next.word, "exists");
-        if (!isFunction && !isCondition) return true;
-    }
-    return false;
-}
-
+/// Of several statements, or with results in a row.
 bool IsBlock(const Tokens& tokens, const Token& first) noexcept {
-    return IsOneOf(first.word, kBlockWords) || (!first.word.empty() && tokens.After(first).sign == ':');
+    const Token next = tokens.After(first);
+    if (EqualsNoCase(first.word, "set")) return EqualsNoCase(next.word, "statement");
+    return IsOneOf(first.word, kBlockWords) || (!first.word.empty() && next.sign == ':');
 }
 
 bool IsAnonymousBlock(const Tokens& tokens, const Token& first) noexcept {
@@ -164,13 +234,17 @@ std::vector<ListedStatement> ListStatements(std::string_view sql) {
     std::size_t markers = 0;
     for (Token first = tokens.At(0); !first.IsLast();) {
         if (first.sign == ';') {
+            isSendable = isSendable && !list.empty();  // none has come yet
             first = tokens.After(first);
             continue;
         }
         const bool isProgram = IsProgram(tokens, first);
         const bool isAnonymous = !isProgram && IsAnonymousBlock(tokens, first);
         const bool isBlock = !isProgram && (isAnonymous || IsBlock(tokens, first));
-        const Extent extent = Measure(tokens, first, isProgram || isBlock);
+        const Extent extent = Measure(tokens, first,
+                                      isProgram ? Reach::Program
+                                      : isBlock ? Reach::Text
+                                                : Reach::Statement);
         markers += extent.markers;
         if (isBlock && (!list.empty() || (extent.hasSemicolon && !isAnonymous))) {
             return {{BlockOf(sql, tokens, first, extent.end), markers}};

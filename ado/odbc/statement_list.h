@@ -22,11 +22,11 @@ struct ListedStatement {
 };
 
 /// The statements of a text, without the comments around them. Empty for a text that can be sent as it is: one
-/// statement without semicolons inside.
+/// statement without semicolons in front of it or inside.
 ///
-/// Whatever follows the beginning of a routine belongs to it. Where one of several may have results in a row (CALL, IF,
-/// LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT ATOMIC ... END. The rest of such
-/// results would stay on the connection, and closing any other handle would swallow one of them.
+/// A routine goes on until every BEGIN, IF, CASE and loop in it has its END. Where one of several may have results in a
+/// row (CALL, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT ATOMIC ... END.
+/// The rest of such results would stay on the connection, and closing any other handle would swallow one of them.
 std::vector<ListedStatement> ListStatements(std::string_view sql);
 
 }  // namespace tk::ado

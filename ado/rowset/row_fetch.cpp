@@ -79,6 +79,10 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
         RememberRows(statement->Internals().resultName, arrived);
     }
     if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
+        if (statement->Internals().following) {
+            const std::lock_guard lock(mutex);
+            cancelTarget = nullptr;  // the handle goes with the step to the next statement
+        }
         try {
             if (statement->MoreResults()) next = std::move(statement);
         } catch (...) {

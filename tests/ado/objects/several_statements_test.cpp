@@ -90,6 +90,12 @@ TEST_P(SeveralStatementsTest, FailAtOnceWithoutRecords) {
         {Text(u"insert into steps values (1); insert into nowhere values (1)"), Omitted(), Number(129)});
     EXPECT_EQ(failed.Error(), 0x80040E37u) << failed;
     EXPECT_EQ(AskFor(u"select 7"), "7");
+    // Behind rows as well, which nobody wants.
+    for (const char16_t* text : {u"select 1; insert into nowhere values (1)",
+                                 u"insert into steps values (7); select 1; insert into nowhere values (1)"}) {
+        const Outcome behind = connection_.Call(connection::kExecute, {Text(text), Omitted(), Number(129)});
+        EXPECT_EQ(behind.Error(), 0x80040E37u) << ToUtf8(text) << behind;
+    }
 }
 
 TEST_P(SeveralStatementsTest, FailWithTheFirst) {
@@ -124,8 +130,39 @@ TEST_P(SeveralStatementsTest, TakeTheirParametersInOrder) {
 INSTANTIATE_TEST_SUITE_P(Servers, SeveralStatementsTest, ::testing::Values(SystemKind::Postgres, SystemKind::MariaDb),
                          SystemName);
 
+TEST_P(SeveralStatementsTest, AreManyInOneText) {
+    std::u16string text;
+    for (int i = 1; i <= 3000; ++i)
+        text += u"insert into steps values (" + ToUtf16(std::to_string(i)) + u");";
+    Do(u"begin");
+    Do(text);
+    Do(u"commit");
+    EXPECT_EQ(Steps(), "3000");
+}
+
+TEST_P(SeveralStatementsTest, DoNotMakeTheirRowsAnotherTables) {
+    Do(u"insert into steps values (1)");
+    const Object rows = OpenRows(
+        connection_, u"select id from steps where id = 1; create temporary table steps (id integer primary key)");
+    EXPECT_EQ(ValueOf(rows, u"id"), "1");
+    PutValue(rows, u"id", Number(100));
+    EXPECT_FALSE(rows.Call(recordset::kUpdate).Ok()) << "nobody knows any more whose rows they are";
+    Do(GetParam() == SystemKind::MariaDb ? u"drop temporary table steps" : u"drop table pg_temp.steps");
+    EXPECT_EQ(AskFor(u"select id from steps"), "1");
+}
+
 /// What MariaDB makes of texts with semicolons inside of statements.
-class ProgramTextTest : public SeveralStatementsTest {};
+class ProgramTextTest : public SeveralStatementsTest {
+protected:
+    void SetUp() override {
+        SeveralStatementsTest::SetUp();
+        other_ = Connect();
+    }
+    std::string AskElsewhere(std::u16string_view text) const { return Ask(other_, text); }
+
+private:
+    Object other_;
+};
 
 TEST_P(ProgramTextTest, TellsTheFailureOfALaterOneInItsPlace) {
     const Outcome first =
@@ -171,6 +208,65 @@ TEST_P(ProgramTextTest, RunsACallAndWhatFollowsAsOneBlock) {
     rows = Run(u"if 1 = 1 then select 4 as d; end if").Result();
     ASSERT_TRUE(rows);
     EXPECT_EQ(ValueOf(rows, u"d"), "4");
+}
+
+TEST_P(ProgramTextTest, ReadsExecutableComments) {
+    Do(u"insert into steps values (1); /*M! insert into steps values (2) */; /*!40000 insert into steps values (3) */");
+    EXPECT_EQ(Steps(), "3");
+    EXPECT_EQ(Ask(connection_, u"select 1"), "1");
+    Do(u"/*!40101 SET @a = 5 */; insert into steps values (4)");
+    EXPECT_EQ(AskFor(u"select @a"), "5");
+}
+
+TEST_P(ProgramTextTest, GoesOnBehindARoutine) {
+    Do(u"drop procedure if exists two; create procedure two() begin if (1 > 0) then select 1 as a; end if; end; "
+       u"insert into steps values (1)");
+    EXPECT_EQ(Steps(), "1");
+    Do(u"create trigger g before insert on steps for each row if (new.id < 0) then set new.id = 0; end if");
+    Do(u"insert into steps values (-5)");
+    EXPECT_EQ(AskFor(u"select min(id) from steps"), "0");
+}
+
+TEST_P(ProgramTextTest, TellsTheFailureBehindACallWithoutRecords) {
+    Do(u"drop procedure if exists two; create procedure two() begin select 1 as a; select 2 as b; end");
+    const Outcome failed = connection_.Call(
+        connection::kExecute, {Text(u"call two(); insert into nowhere values (1)"), Omitted(), Number(129)});
+    EXPECT_EQ(failed.Error(), 0x80040E37u) << failed;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+}
+
+TEST_P(ProgramTextTest, RefusesTooFewParametersBeforeAnythingIsDone) {
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, connection_.AsValue());
+    made.Put(command::kCommandText, Text(u"insert into steps values (?); insert into steps values (?)"));
+    const Object declared =
+        made.Call(command::kCreateParameter, {Text(u""), Number(3), Number(1), Number(0), Number(11)}).Result();
+    ASSERT_TRUE(made.Get(command::kParameters).Result().Call(parameter::kAppend, {declared.AsValue()}).Ok());
+    EXPECT_EQ(made.Call(command::kExecute).Error(), 0x80040E10u);
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(ProgramTextTest, EndsWithTheStatementThatIsCancelled) {
+    std::thread canceller([&] {
+        while (AskElsewhere(u"select count(*) from information_schema.processlist where info like 'do sleep%'") != "1")
+            std::this_thread::yield();
+        connection_.Call(connection::kCancel);
+    });
+    const Outcome cancelled = Run(u"set @q = 1; do sleep(20); insert into steps values (1)");
+    canceller.join();
+    EXPECT_FALSE(cancelled.Ok());
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(ProgramTextTest, BearsBeingCancelledWhileItsResultsArrive) {
+    for (int round = 0; round < 200; ++round) {
+        const Object rows = OpenRows(connection_, u"select seq from seq_1_to_600; select 2", 1);
+        std::thread canceller([&] { rows.Call(recordset::kCancel); });
+        rows.Call(recordset::kMoveLast);
+        canceller.join();
+        rows.Call(recordset::kClose);
+    }
+    EXPECT_EQ(AskFor(u"select 7"), "7");
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, ProgramTextTest, ::testing::Values(SystemKind::MariaDb), SystemName);

@@ -10,12 +10,31 @@
 
 #include <afxwin.h>
 #include <atlbase.h>
+#include <dlfcn.h>
 
 #include <string>
 #include <vector>
 
 #include "tests/win32/system/support.h"
 #include "tkkernel/platform.h"
+
+namespace {
+
+std::vector<std::string>* opened = nullptr;
+
+}  // namespace
+
+/// In front of the platform's: tells a test what is opened, and how.
+__attribute__((visibility("default"))) HANDLE CreateFileA(LPCSTR name, DWORD access, DWORD sharing,
+                                                          LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                                                          DWORD attributes, HANDLE pattern) {
+    static const auto own = reinterpret_cast<decltype(&CreateFileA)>(dlsym(RTLD_NEXT, "CreateFileA"));
+    if (opened != nullptr) {
+        opened->push_back(std::string(name) + " " + std::to_string(access) + " " + std::to_string(sharing) + " " +
+                          std::to_string(disposition));
+    }
+    return own(name, access, sharing, security, disposition, attributes, pattern);
+}
 
 namespace {
 
@@ -94,6 +113,19 @@ TEST_F(Helpers, PortsAreWhatTheMapNames) {
     second.Unplug();
     EXPECT_EQ(GetCommCount(&names), 1);
     EXPECT_THAT(Copied(names), ElementsAre("COM3"));
+}
+
+TEST_F(Helpers, PortsAreOpenedInTurnWithoutRightsOrSharing) {
+    std::vector<std::string> calls;
+    std::vector<std::string> expected;
+    for (int i = 1; i <= 25; ++i)
+        expected.push_back("COM" + std::to_string(i) + " 0 0 3");
+    WriteFile(folder_ / "ports.conf", NoPorts());
+    CStringArray names;
+    opened = &calls;
+    EXPECT_EQ(GetCommCount(&names), 0);
+    opened = nullptr;
+    EXPECT_EQ(calls, expected);
 }
 
 TEST_F(Helpers, PortsFillAControl) {

@@ -245,6 +245,26 @@ TEST_F(LocalHostOfAName, IsUnknownWhenTheMachineDoesNotKnowItself) {
     EXPECT_EQ(LocalHost("localhost"), 1);
 }
 
+using AddressesOfAName = RemoteCreation;
+
+TEST_F(AddressesOfAName, StandInTheirOrderWithSemicolonsBetween) {
+    EXPECT_STREQ(GetHostAddr("stock1"), "10.20.30.40;10.20.30.41");
+    EXPECT_THAT(machine_.calls, ElementsAre("gethostbyname stock1"));
+    machine_.addresses.pop_back();
+    EXPECT_STREQ(GetHostAddr("stock1"), "10.20.30.40");
+    machine_.addresses.clear();
+    EXPECT_STREQ(GetHostAddr("stock1"), "");
+    machine_.known = false;
+    EXPECT_STREQ(GetHostAddr("stock1"), "");
+}
+
+TEST_F(AddressesOfAName, AreAskedForByItsFirst79Characters) {
+    const std::string longest(79, 'x');
+    GetHostAddr(longest.c_str());
+    GetHostAddr((longest + "y").c_str());
+    EXPECT_THAT(machine_.calls, ElementsAre("gethostbyname " + longest, "gethostbyname " + longest));
+}
+
 TEST_F(RemoteCreation, IsLocalForTheOwnMachine) {
     for (const char* host :
          {static_cast<const char*>(nullptr), "", "127.0.0.1", "LocalHost", "stock1", "10.20.30.41"}) {

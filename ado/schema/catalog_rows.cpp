@@ -144,6 +144,7 @@ CatalogRows CallForRows(const std::shared_ptr<Session>& session, const CatalogCa
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): changed, through a pointer to its member
 CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall call, const CalledTable& called) {
     CatalogRows rows = CallForRows(session, call);
     const std::string table = call.*called.table;

@@ -13,7 +13,7 @@ namespace {
 
 using Type = SchemaType;
 
-std::string CatalogOf(Session& session, std::string given) {
+std::string CatalogOf(Session& session, const std::string& given) {
     return given.empty() ? session.CurrentCatalog() : given;
 }
 

@@ -228,7 +228,7 @@ std::vector<Value> ReadRestrictions(const Value& given) {
     return ArrayItems(given);
 }
 
-std::shared_ptr<RowSet> OpenSchemaRowset(std::shared_ptr<Session> session, LONG schema,
+std::shared_ptr<RowSet> OpenSchemaRowset(const std::shared_ptr<Session>& session, LONG schema,
                                          const std::vector<Value>& given) {
     const SchemaTable& table = FindSchema(schema);
     if (given.size() > table.restrictions.size()) throw AdoError(ErrorNumber::InvalidArgument);

@@ -16,7 +16,7 @@ std::vector<Value> ReadRestrictions(const Value& given);
 
 /// @param restrictions  one for each restriction column of the schema, fewer are enough; empty ones do not restrict
 /// @throws AdoError 3251 for a schema that is not offered, 3001 for too many restrictions, or the driver's
-std::shared_ptr<RowSet> OpenSchemaRowset(std::shared_ptr<Session> session, LONG schema,
+std::shared_ptr<RowSet> OpenSchemaRowset(const std::shared_ptr<Session>& session, LONG schema,
                                          const std::vector<Value>& restrictions);
 
 }  // namespace tk::ado

@@ -218,8 +218,8 @@ long CopyTable(CTDatabase& source, const std::string& table, CTDatabase& target,
     if (isApart) PutInPlace(target, scripts, replaces);
     made.Keep();
     for (const std::string& index : scripts.leftOut) {
-        static_cast<void>(
-            Refuse((table + ": without its index " + index + ", which is of some rows or of an expression").c_str()));
+        static_cast<void>(Refuse(
+            fmt::format("{}: without its index {}, which is of some rows or of an expression", table, index).c_str()));
     }
     return rows;
 }

@@ -247,6 +247,9 @@ TEST_P(ProgramTextTest, RefusesTooFewParametersBeforeAnythingIsDone) {
 }
 
 TEST_P(ProgramTextTest, EndsWithTheStatementThatIsCancelled) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the driver's SQLCancel leaves a lock that another thread holds; the system refuses that";
+#endif
     std::thread canceller([&] {
         while (AskElsewhere(u"select count(*) from information_schema.processlist where info like 'do sleep%'") != "1")
             std::this_thread::yield();

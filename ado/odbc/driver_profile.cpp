@@ -112,6 +112,7 @@ constexpr DriverProfile kProfiles[] = {
         .fetchMode = FetchMode::NativeBlocks,
         .firstBlockRows = 16,
         .fullBlockRows = 1024,
+        .connectsInTurn = true,
         .streaming = Streaming::Attribute,
         .streamingAttribute = 65539,      // the driver's own: use declare/fetch
         .streamingRowsAttribute = 65541,  // the driver's own: rows of one fetch

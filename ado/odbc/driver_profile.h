@@ -69,6 +69,7 @@ struct DriverProfile {
     TimeLimit timeLimit = TimeLimit::Attribute;
     const char* timeLimitStatement = nullptr;   // for TimeLimit::Variable: in front of the seconds
     const char* loginTimeoutKeyword = nullptr;  // where SQL_ATTR_LOGIN_TIMEOUT is ignored
+    bool connectsInTurn = false;                // two at once read what the other one frees
     Streaming streaming = Streaming::None;
     const char* streamingKeywords = nullptr;  // for Streaming::SideConnection
     int streamingAttribute = 0;               // for Streaming::Attribute: on or off

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "ado/messages.h"
+#include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/environment.h"
 
@@ -45,11 +46,13 @@ PhysicalConnection::PhysicalConnection(const Request& request)
     std::string text = request.odbcString;
     std::string completed(4096, '\0');
     SQLSMALLINT length = 0;
-    const SQLRETURN result =
-        odbc.DriverConnect(Get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
-                           static_cast<SQLSMALLINT>(text.size()), reinterpret_cast<SQLCHAR*>(completed.data()),
-                           static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
-    if (!SQL_SUCCEEDED(result)) {
+    const auto connect = [&] {
+        const ConnectTurn turn(request.connectsInTurn);
+        return odbc.DriverConnect(Get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
+                                  static_cast<SQLSMALLINT>(text.size()), reinterpret_cast<SQLCHAR*>(completed.data()),
+                                  static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
+    };
+    if (!SQL_SUCCEEDED(connect())) {
         throw MakeError(ReadDiagnostics(SQL_HANDLE_DBC, Get()), FailureClass{E_FAIL, kCauseConnection, true});
     }
     try {

@@ -29,7 +29,8 @@ public:
         std::string odbcString;
         LONG loginTimeoutSeconds = 15;
         bool readOnly = false;
-        int lockMilliseconds = 0;  // for LockWait
+        bool connectsInTurn = false;  // see DriverProfile
+        int lockMilliseconds = 0;     // for LockWait
     };
 
     /// @throws AdoError with the driver's diagnostics

@@ -1,6 +1,7 @@
 // Events, semaphores and waits: what a signal, a hand-over between processes, and an object cost.
 #include <benchmark/benchmark.h>
 #include <linux/futex.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -104,8 +105,28 @@ double Nanoseconds(int rounds, Round round) {
     return std::chrono::duration<double, std::nano>(spent).count() / rounds;
 }
 
-/// There and back between two processes, events and bare futexes by turns so that both see the same machine.
+/// Keeps this process, and those it starts meanwhile, on the CPU it runs on.
+class OneCpu {
+public:
+    OneCpu() {
+        sched_getaffinity(0, sizeof before_, &before_);
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(sched_getcpu(), &one);
+        sched_setaffinity(0, sizeof one, &one);
+    }
+    OneCpu(const OneCpu&) = delete;
+    OneCpu& operator=(const OneCpu&) = delete;
+    ~OneCpu() { sched_setaffinity(0, sizeof before_, &before_); }
+
+private:
+    cpu_set_t before_;
+};
+
+/// There and back between two processes, events and bare futexes by turns so that both see the same machine. On one
+/// CPU: on two it is the time to wake an idle one, which differs tenfold from one moment to the next.
 void PingPong(benchmark::State& state) {
+    const OneCpu one;
     void* memory = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     auto* futexes = new (memory) BareFutex[2];
     const HANDLE go = CreateEventA(nullptr, FALSE, FALSE, "bench.Go");

@@ -17,6 +17,18 @@ if(TK_SANITIZE)
         -fno-sanitize-recover=all)
     target_link_options(tk_options INTERFACE -fsanitize=${TK_SANITIZE})
 endif()
+# GCC only. What the recorded programs never ran is compiled as without a profile; counts of threads need not add up.
+# Copies specialised for the lengths that were seen look too long for places where those lengths do not come.
+set(profile_record -fprofile-generate -fprofile-update=atomic)
+set(profile_use -fprofile-use -fprofile-partial-training -fprofile-correction -Wno-missing-profile
+    -Wno-stringop-overflow -Wno-stringop-overread)
+if(TK_PROFILE)
+    if(NOT TK_PROFILE MATCHES "^(record|use)$")
+        message(FATAL_ERROR "TK_PROFILE is record, use or nothing, not ${TK_PROFILE}")
+    endif()
+    target_compile_options(tk_options INTERFACE ${profile_${TK_PROFILE}})
+    target_link_options(tk_options INTERFACE ${profile_${TK_PROFILE}})
+endif()
 
 function(tk_gbk_sources)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

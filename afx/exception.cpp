@@ -25,8 +25,9 @@ BOOL CException::GetErrorMessage(LPTSTR lpszError, UINT nMaxError, PUINT pnHelpC
 
 int CException::ReportError(UINT nType, UINT nError) {
     static_cast<void>(nError);  // names a text of the program's resources; there are none to name
-    char text[512];
+    char text[512] = {};
     GetErrorMessage(text, sizeof(text));
+    tk::afx::EndWithin(text, sizeof(text));
     return MessageBoxA(nullptr, text, nullptr, nType);
 }
 

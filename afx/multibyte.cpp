@@ -31,4 +31,8 @@ void CopyCut(char* buffer, std::size_t room, const char* text, std::size_t lengt
     buffer[kept] = '\0';
 }
 
+void EndWithin(char* buffer, std::size_t room) noexcept {
+    if (room != 0) buffer[WholeCharacters(buffer, strnlen(buffer, room), room - 1)] = '\0';
+}
+
 }  // namespace tk::afx

@@ -40,4 +40,7 @@ std::size_t WholeCharacters(const char* text, std::size_t length, std::size_t li
 /// Copies a text into a buffer: cut between characters, always terminated. Room 0 writes nothing.
 void CopyCut(char* buffer, std::size_t room, const char* text, std::size_t length) noexcept;
 
+/// Ends the text in a buffer that others have filled, between characters where they filled it to its end.
+void EndWithin(char* buffer, std::size_t room) noexcept;
+
 }  // namespace tk::afx

@@ -71,8 +71,9 @@ void COleDispatchException::Process(EXCEPINFO* pInfo, const CException* pAnyExce
     }
     pInfo->scode = COleException::Process(pAnyException);
     if (pAnyException == nullptr) return;
-    char text[256];
+    char text[256] = {};
     const_cast<CException*>(pAnyException)->GetErrorMessage(text, sizeof(text));
+    tk::afx::EndWithin(text, sizeof(text));
     pInfo->bstrDescription = tk::afx::NewBstr(text);
 }
 

@@ -1,11 +1,11 @@
 // Before the platform's other headers, which would bring the older network functions.
 #include <winsock2.h>
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
 #include "tkkernel/platform.h"
+#include "util/text.h"
 
 namespace tk::platform {
 namespace {
@@ -63,8 +63,7 @@ CString GetHostName(const char* szAddress) {
 
 CString GetHostAddr(const char* szHost) {
     const CString host = szHost != nullptr && *szHost != '\0' ? CString(szHost) : GetComputerNameA();
-    const std::string name(
-        host, std::min<std::size_t>(static_cast<std::size_t>(host.GetLength()), tk::platform::kHostNameRoom));
+    const std::string name(tk::util::WholeCharacters(tk::util::View(host), tk::platform::kHostNameRoom));
     return tk::platform::AddressesOf(name.c_str());
 }
 

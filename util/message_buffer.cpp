@@ -1,5 +1,7 @@
 #include "util/message_buffer.h"
 
+#include <cstring>
+
 #include "util/text.h"
 
 namespace tk::util {
@@ -13,8 +15,8 @@ CString ComposeMessage(const char* format, const char* first, const char* second
 CString ExceptionMessage(CException* exception) {
     char text[kMessageBytes] = {};
     if (exception == nullptr || !exception->GetErrorMessage(text, sizeof(text))) return {};
-    text[kMessageBytes - 1] = '\0';  // an exception class of the application may forget to
-    return text;
+    // An exception class of the application may fill the buffer to its end.
+    return ToText(WholeCharacters({text, strnlen(text, sizeof(text))}, sizeof(text) - 1));
 }
 
 }  // namespace tk::util

@@ -98,6 +98,9 @@ ResolvedConnection Resolve(const ConnectionString& text, std::string_view user, 
 /// @return the milliseconds that are left to wait by LockWait; 0: the driver's own waiting is enough
 int TakeLockTime(ConnectionString& odbc);
 
+/// Whether the driver is one that does not bear two connects at once.
+bool ConnectsInTurn(const ConnectionString& odbc);
+
 /// For the drivers that ignore the login time-out of ODBC and have a keyword for it.
 void AddLoginTimeout(ConnectionString& odbc, int seconds);
 

@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "ado/messages.h"
+#include "ado/odbc/whole_utf8.h"
 #include "ado/rowset/date_value.h"
 #include "ado/rowset/number_value.h"
 #include "ado/rowset/type_map.h"
@@ -162,6 +163,7 @@ void ParameterBinding::Slots::Read(std::size_t place, const Column& column, VARI
         // A value that did not fit is cut; some drivers tell the whole length then.
         const std::size_t most = slot.bytes.size() - (slot.cType == SQL_C_CHAR ? 1 : 0);
         text = std::string_view(slot.bytes).substr(0, std::min(static_cast<std::size_t>(slot.indicator), most));
+        if (text.size() == most && column.kind == CellKind::Text) text = text.substr(0, WholeUtf8(text));
     }
     MakeVariant(CellFromText(column.kind, text), column, value);
 }

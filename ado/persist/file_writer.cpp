@@ -15,6 +15,7 @@
 
 #include "ado/cursor/text.h"
 #include "ado/messages.h"
+#include "ado/odbc/whole_utf8.h"
 #include "ado/persist/file_calls.h"
 #include "ado/persist/messages.h"
 
@@ -69,8 +70,9 @@ std::string TemporaryName(const std::string& target) {
     constexpr std::size_t kMostOfName = 200;
     const std::string folder = FolderOf(target);
     const std::size_t slash = target.rfind('/');
-    const std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
-    return folder + "/." + name.substr(0, kMostOfName) + ".tk-" + RandomName();
+    std::string name = slash == std::string::npos ? target : target.substr(slash + 1);
+    if (name.size() > kMostOfName) name.resize(WholeUtf8({name.data(), kMostOfName}));  // some systems ask for UTF-8
+    return folder + "/." + name + ".tk-" + RandomName();
 }
 
 }  // namespace

@@ -175,7 +175,8 @@ void Decoder::TakeLongText(const GramColumn& column, std::size_t size, RowCollec
         size -= piece;
         if (!column.isWide) {
             pending.append(bytes, piece);
-            const std::size_t whole = size == 0 ? pending.size() : text::WholeGbkPrefix(pending, pending.size());
+            // The last byte may be half a character; what is held back for that comes with the next piece.
+            const std::size_t whole = size == 0 ? pending.size() : text::WholeGbkPrefix(pending, pending.size() - 1);
             text += text::GbkToUtf8(std::string_view(pending).substr(0, whole));
             pending.erase(0, whole);
             continue;
@@ -219,7 +220,8 @@ void Decoder::TakeDigits(const GramColumn& column, RowCollector& rows) {
         default: {
             const char* const head = source_.Take(3);
             const int precision = static_cast<unsigned char>(head[0]);
-            digits.scale = static_cast<signed char>(head[1]);
+            // The format's scale has a sign.
+            digits.scale = static_cast<signed char>(head[1]);  // NOLINT(bugprone-signed-char-misuse)
             digits.isNegative = head[2] == 0;
             if (digits.scale < 0 || digits.scale > kMostScale || precision > kMostScale) source_.Fail(kTextBadValue);
             const std::size_t size = column.coding == Coding::Numeric ? 16 : MagnitudeBytes(precision);

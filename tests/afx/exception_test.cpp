@@ -166,6 +166,43 @@ TEST(OleDispatchException, DescribesExceptionsForACaller) {
     EXPECT_EQ(info.bstrSource, nullptr);
 }
 
+/// An exception of an application's with its own idea of the buffer.
+class OwnException : public CException {
+public:
+    explicit OwnException(std::string repeated) : CException(FALSE), repeated_(std::move(repeated)) {}
+    ~OwnException() override {}
+    BOOL GetErrorMessage(LPTSTR text, UINT size, PUINT) override {
+        for (UINT i = 0; i < size && !repeated_.empty(); ++i)
+            text[i] = repeated_[i % repeated_.size()];  // to the brim, without a terminator
+        return FALSE;
+    }
+
+private:
+    const std::string repeated_;
+};
+
+TEST(OleDispatchException, BoundsWhatAnExceptionWrites) {
+    std::string characters;
+    for (int i = 0; i < 127; ++i)
+        characters += "库";
+    const struct {
+        const char* label;
+        std::string repeated;
+        std::string description;
+    } kRows[] = {
+        {"nothing", "", ""},
+        {"letters", "x", std::string(255, 'x')},
+        {"characters of two bytes", "库", characters},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        OwnException exception(row.repeated);
+        EXCEPINFO info;
+        COleDispatchException::Process(&info, &exception);
+        EXPECT_STREQ(Taken(info.bstrDescription), row.description.c_str());
+    }
+}
+
 TEST(Exceptions, WithoutATextAnswerFalse) {
     class Silent : public CException {
     public:

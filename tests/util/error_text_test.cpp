@@ -106,21 +106,33 @@ TEST(GetExceptionError, CutsALongMessageBehindAWholeCharacter) {
 /// An exception of an application that fills the buffer to the brim and forgets the terminator.
 class OverfullException : public CException {
 public:
-    OverfullException() : CException(FALSE) {}
+    explicit OverfullException(std::string character) : CException(FALSE), character_(std::move(character)) {}
     ~OverfullException() override = default;
     BOOL GetErrorMessage(LPTSTR text, UINT size, PUINT context) override {
         EXPECT_EQ(size, 256U);
         EXPECT_EQ(context, nullptr) << "no help context is asked for";
         for (UINT i = 0; i < size; ++i)
             EXPECT_EQ(text[i], '\0') << "the buffer is zeroed first";
-        std::memset(text, 'x', size);
+        for (UINT i = 0; i < size; ++i)
+            text[i] = character_[i % character_.size()];
         return TRUE;
     }
+
+private:
+    const std::string character_;
 };
 
 TEST(GetExceptionError, BoundsWhatAnExceptionWrites) {
-    OverfullException exception;
+    OverfullException exception("x");
     EXPECT_EQ(Std(GetExceptionError(&exception)), std::string(255, 'x'));
+}
+
+TEST(GetExceptionError, LeavesNoHalfCharacterOfWhatAnExceptionWrites) {
+    OverfullException exception("库");
+    std::string characters;
+    for (int i = 0; i < 127; ++i)
+        characters += "库";
+    EXPECT_EQ(Std(GetExceptionError(&exception)), characters);
 }
 
 TEST(GetExceptionError, NamesTheServiceAndThePlace) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tkwin32/text.h"
 #include "winbase.h"
 #include "winnls.h"
 
@@ -73,7 +74,8 @@ LRESULT ItemList::Find(INT_PTR after, const char* text, bool whole) const {
     for (std::size_t i = 0; i < items_.size(); ++i) {
         const std::size_t index = (first + i) % items_.size();
         const std::string& item = items_[index].text;
-        const std::string part = whole ? item : item.substr(0, wanted.size());
+        // Half a character would look like a question mark.
+        const std::string part = whole ? item : item.substr(0, tk::text::WholeGbkPrefix(item, wanted.size()));
         if (part.size() == wanted.size() && Compare(part, wanted) == 0) return static_cast<LRESULT>(index);
     }
     return kError;

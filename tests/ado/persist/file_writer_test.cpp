@@ -48,6 +48,30 @@ TEST_F(FileWriterTest, PutsANewFileInPlaceAtTheEnd) {
     EXPECT_EQ(FilesInFolder(), 1u);
 }
 
+// Some file systems take names in UTF-8 only.
+TEST_F(FileWriterTest, HidesALongNameByWholeCharacters) {
+    static FileCalls own;
+    static std::string opened;
+    own = calls_;
+    Files().open = [](const char* path, int flags, mode_t mode) {
+        if ((flags & O_CREAT) != 0) opened = path;
+        return own.open(path, flags, mode);
+    };
+    std::string name;
+    for (int i = 0; i < 80; ++i)
+        name += "\xE5\xBA\x93";
+    for (const std::size_t before : {0u, 1u, 2u}) {
+        SCOPED_TRACE(before);
+        const std::string target = std::string(before, 'x') + name;
+        FileWriter file((folder_.Path() / target).string(), FileWriter::Existing::Replace);
+        file.Finish();
+        const std::string hidden = std::filesystem::path(opened).filename().string();
+        const std::string kept = hidden.substr(1, hidden.find(".tk-") - 1);
+        EXPECT_EQ(kept, target.substr(0, before + (200 - before) / 3 * 3));
+        EXPECT_TRUE(std::filesystem::exists(folder_.Path() / target));
+    }
+}
+
 TEST_F(FileWriterTest, KeepsThePermissionsOfAFileItReplaces) {
     Put("old");
     ASSERT_EQ(::chmod(Target().c_str(), 0604), 0);

@@ -205,6 +205,29 @@ TEST(TableGram, ReadsEveryTypeAndRefusesWhatNoneCanBe) {
     }
 }
 
+// It is read in pieces, whose ends fall into a character sooner or later.
+TEST(TableGram, ReadsALongTextOfTheWritersCodePage) {
+    constexpr std::uint32_t kCharacters = 100'000;
+    for (const std::uint32_t before : {0u, 1u}) {
+        SCOPED_TRACE(before);
+        const std::uint32_t size = before + 2 * kCharacters;
+        std::string file = OneValue("81 00", "FF FF FF FF", "E4 00 00 00", "07 FF");
+        file.pop_back();  // the end
+        for (int shift = 0; shift < 32; shift += 8)
+            file += static_cast<char>(size >> shift);
+        std::string expected = "8:";
+        file.append(before, 'x');
+        expected.append(before, 'x');
+        for (std::uint32_t i = 0; i < kCharacters; ++i) {
+            file += "\xBF\xE2";
+            expected += "\xE5\xBA\x93";
+        }
+        const auto store = StoreOf(Load(file + '\x0F'));
+        ASSERT_EQ(store->CountRows(), 1u);
+        EXPECT_TRUE(Exactly(*store, 0, 0) == expected) << "too long to be shown";
+    }
+}
+
 TEST(TableGram, RefusesDescriptionsThatContradictThemselves) {
     const std::string column =
         "06 1D 00 80 00 00 01 00 01 00 u\"v\" 03 00 04 00 00 00 FF 00 00 00 FF 00 00 00 74 00 00 00 FF FF ";

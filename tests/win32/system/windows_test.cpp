@@ -72,6 +72,22 @@ TEST_F(Windows, LiveFromTheFirstMessageToTheLast) {
     EXPECT_EQ(SendMessage(window, WM_GETTEXTLENGTH, 0, 0), 0);
 }
 
+TEST_F(Windows, TellTheirClassByWholeCharacters) {
+    WNDCLASSA windowClass = {};
+    windowClass.lpfnWndProc = &DefWindowProcA;
+    windowClass.lpszClassName = "库存";
+    ASSERT_NE(RegisterClassA(&windowClass), 0);
+    const HWND window = Make("库存");
+    ASSERT_NE(window, nullptr);
+    char text[16] = {};
+    EXPECT_EQ(GetClassName(window, text, 4), 2);
+    EXPECT_STREQ(text, "库");
+    EXPECT_EQ(GetClassName(window, text, 5), 4);
+    EXPECT_STREQ(text, "库存");
+    DestroyWindow(window);
+    EXPECT_TRUE(UnregisterClassA("库存", nullptr));
+}
+
 TEST_F(Windows, MayRefuseToBe) {
     onBegin = 0;
     EXPECT_EQ(Make("TkNote"), nullptr);
@@ -189,6 +205,16 @@ TEST_F(Windows, SortWhenTheyAreAskedTo) {
     EXPECT_EQ(SendText(list, LB_FINDSTRINGEXACT, -1, "Apple"), 0);
     EXPECT_EQ(SendText(list, LB_FINDSTRINGEXACT, -1, "banana"), 1);
     EXPECT_EQ(SendText(list, LB_FINDSTRINGEXACT, -1, "pear"), 2);
+    DestroyWindow(list);
+}
+
+TEST_F(Windows, FindHowAnItemBeginsByWholeCharacters) {
+    const HWND list = Make("ListBox", nullptr, 0);
+    for (const char* text : {"a库存", "a?b"})
+        SendText(list, LB_ADDSTRING, 0, text);
+    EXPECT_EQ(SendText(list, LB_FINDSTRING, -1, "a库"), 0);
+    EXPECT_EQ(SendText(list, LB_FINDSTRING, -1, "a?"), 1);
+    EXPECT_EQ(SendText(list, LB_FINDSTRING, 0, "a库存"), 0);
     DestroyWindow(list);
 }
 

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "afx/multibyte.h"
 #include "session/inside.h"
 #include "session/messages.h"
 #include "tkkernel/platform.h"

@@ -195,7 +195,7 @@ TKKERNEL_API char NumberToChar(int nNumber);
 /// @return "" when nobody knows the address
 TKKERNEL_API CString GetHostName(const char* szAddress);
 /// The IPv4 addresses of a host, separated by semicolons.
-/// @param szHost  the first 79 characters count; null or "" for this computer
+/// @param szHost  the first 79 bytes count, cut between characters; null or "" for this computer
 /// @return "" when nobody knows the host
 TKKERNEL_API CString GetHostAddr(const char* szHost);
 /// This computer: its name and, behind a colon, its addresses where there are any.

@@ -96,7 +96,7 @@ private:
 /// @param when     local date and time; the day of the week does not count. A moment that has passed signals at once.
 /// @param nPeriod  milliseconds between later signals, 0 for none
 /// @param bResume  nonzero: wakes the machine from suspend, where that can be done
-/// @return the caller's, closed with CloseHandle; NULL for a date that does not exist, a negative period or no memory
+/// @return the caller's, closed with CloseHandle; NULL for no date, a period below 0 or beyond 32 bits, no memory
 TKKERNEL_API HANDLE SetWaitForTimer(SYSTEMTIME& when, long nPeriod, int bResume);
 
 /// Stops a timer; its handle stays open and keeps its value.

@@ -111,4 +111,10 @@ TEST_F(GetAllAccountsByPages, EndsWhenMoreIsPromisedButNothingComes) {
     EXPECT_EQ(accounts_.requests.size(), 2u);
 }
 
+TEST_F(GetAllAccountsByPages, EndsWhereTheNextPageWouldBeTheSameOne) {
+    accounts_.pages = {{ERROR_MORE_DATA, {u"chen"}, 7}, {ERROR_MORE_DATA, {u"wang"}, 7}, {0, {u"never"}, 8}};
+    EXPECT_THAT(Names(), ElementsAre("chen", "wang"));
+    EXPECT_EQ(accounts_.requests.size(), 2u);
+}
+
 }  // namespace

@@ -39,9 +39,9 @@ public:
                                            DWORD*) override {
         if (throws) throw std::runtime_error("the call is broken");
         if (faults) WriteNull();
-        if (FAILED(blanket)) return blanket;
         static OLECHAR caller[] = OLESTR("STOCK\\\u674E");
         *name = caller;
+        if (FAILED(blanket)) return blanket;  // the name does not count then
         // Freed by who asked: the leak checker finds what is not.
         *server = static_cast<OLECHAR*>(CoTaskMemAlloc(8));
         (*server)[0] = 0;
@@ -53,6 +53,8 @@ public:
         return impersonation;
     }
     HRESULT STDMETHODCALLTYPE RevertToSelf() override {
+        ++reversions;
+        if (keeps) throw std::runtime_error("the way back is broken");
         impersonating = false;
         return S_OK;
     }
@@ -61,9 +63,11 @@ public:
     HRESULT impersonation = S_OK;
     HRESULT blanket = S_OK;
     bool throws = false;
+    bool keeps = false;
     bool faults = false;
     bool impersonating = false;
     int impersonations = 0;
+    int reversions = 0;
 
 private:
     IUnknown* before_ = nullptr;
@@ -89,8 +93,10 @@ TEST(GetCallAuthor, IsNobodyWhenThePlatformDoesNotTell) {
     EXPECT_STREQ(GetCallAuthor(), "");
     EXPECT_FALSE(call.impersonating);
     call.blanket = S_OK;
+    EXPECT_EQ(call.reversions, 1);
     call.impersonation = E_ACCESSDENIED;
     EXPECT_STREQ(GetCallAuthor(), "");
+    EXPECT_EQ(call.reversions, 1) << "there was nothing to go back from";
 }
 
 TEST(GetCallAuthor, LogsAFault) {
@@ -108,7 +114,19 @@ TEST(GetCallAuthor, LogsAFault) {
     ASSERT_EQ(records.size(), 2u);
     EXPECT_EQ(records[1], records[0]);
     EXPECT_EQ(records[0].strings.at(0), "连接点关闭出现异常[异常位置:GetCallAuthor]");
+    EXPECT_EQ(records[0].strings.at(2), "") << "the last error is left out";
     EXPECT_EQ(records[0].type, EVENTLOG_ERROR_TYPE);
+}
+
+TEST(GetCallAuthor, OutlivesAWayBackThatIsBrokenToo) {
+    const Apartment apartment;
+    PlatformCalls log;
+    ServedCall call;
+    call.faults = true;
+    call.keeps = true;
+    EXPECT_STREQ(GetCallAuthor(), "");
+    EXPECT_EQ(call.reversions, 1);
+    EXPECT_EQ(log.Records().size(), 1U);
 }
 
 }  // namespace

@@ -107,6 +107,10 @@ TEST_F(CreateObject, LeavesTheCodeInTheLastError) {
 
     EXPECT_EQ(CreateIDispatch("No.Such.Class", IID_IDispatch), nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(CO_E_CLASSSTRING));
+    EXPECT_EQ(CreateIDispatch(kClassText, IID_IDispatch), nullptr) << "an identifier is no name";
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(CO_E_CLASSSTRING));
+    EXPECT_EQ(CreateIDispatchEx(kClassText, IID_IDispatch, "", nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(CO_E_CLASSSTRING));
     EXPECT_EQ(CreateIDispatch("", IID_IDispatch), nullptr);
     EXPECT_EQ(CreateIDispatch(static_cast<const char*>(nullptr), IID_IDispatch), nullptr);
 }

@@ -166,6 +166,12 @@ TEST(DataLinkCalls, AskConnectAndReadTheText) {
     EXPECT_EQ(script.calls, (Calls{"prompt 1", "connect", "string 1"}));
 }
 
+TEST(DataLinkCalls, TakeATextWhoseResultIsNoFailure) {
+    Script script;
+    script.told = S_FALSE;
+    EXPECT_EQ(Compose(script), "DSN=库存;PWD=p");
+}
+
 TEST(DataLinkCalls, StopAtTheFirstThatIsNotDone) {
     const struct {
         const char* label;

@@ -57,6 +57,19 @@ TEST_F(ExampleServer, IsCreatedByItsNameAndCalled) {
     EXPECT_EQ(CLSIDExist(clsid), 1);
 }
 
+TEST_F(ExampleServer, MayHaveAChineseName) {
+    WriteFile(folder_ / "classes.conf",
+              std::string(kClassText) + " \xE5\xBA\x93\xE5\xAD\x98.\xE6\x8A\xA5\xE8\xA1\xA8 " + STOCK_REPORT + "\n");
+    COleDispatchDriver report;
+    CString error;
+    EXPECT_EQ(CreateIDispatch(&report, "库存.报表", error), 1) << static_cast<const char*>(error);
+    IUnknown* object = CreateIDispatch("库存.报表.1", IID_IDispatch);
+    ASSERT_NE(object, nullptr);
+    object->Release();
+    EXPECT_EQ(CreateIDispatch("库存.报", IID_IDispatch), nullptr);
+    EXPECT_EQ(GetLastError(), 0x800401F3u);
+}
+
 TEST_F(ExampleServer, IsUnknownWithoutARegistry) {
     EXPECT_EQ(Failure(), 0x80040154u) << "no file";
     EXPECT_EQ(CreateIDispatch("Stock.Report", IID_IDispatch), nullptr);

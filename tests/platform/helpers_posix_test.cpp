@@ -328,6 +328,8 @@ TEST_F(Helpers, AClassExistsWhenItsServerIsThere) {
     WriteFile(folder_ / "classes.conf",
               std::string(StringFromGuid(clsid)) + " Stock.Report /" + std::string(300, 'x') + "\n");
     EXPECT_EQ(CLSIDExist(clsid), 0) << "longer than 255 characters";
+    GUID shortcut = {0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    EXPECT_EQ(CLSIDExist(shortcut), 1) << "built in: its server lies beside this library";
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST_F(Hosts, HaveTheOwnNameForEverythingThatIsNoAddress) {
     const CString own = GetComputerNameA();
     for (const char* text :
          {"", "localhost", "no.such.host", "127.0.0", "127.0.0.1.1", "127.0.0.1 ", " 127.0.0.1", "127.0.0.256", "1",
-          "0x7f.0.0.1", "127..0.1", ".0.0.1", "127.0.0.", "1234.0.0.1", "a.b.c.d", "库存"}) {
+          "0x7f.0.0.1", "127..0.1", ".0.0.1", "127.0.0.", "1234.0.0.1", "0127.0.0.1", "a.b.c.d", "库存"}) {
         SCOPED_TRACE(text);
         EXPECT_STREQ(GetHostName(text), own);
     }

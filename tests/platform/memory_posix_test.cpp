@@ -58,6 +58,11 @@ TEST(IsValidString, StopsAtTheEndOfTheMemory) {
     EXPECT_EQ(IsValidString(edge.End() - 8, 100), 1);
 }
 
+TEST(IsValidClass, NeedsTheWholeHeaderOfAnObject) {
+    Edge edge;
+    EXPECT_EQ(IsValidClass(reinterpret_cast<CObject*>(edge.End() - sizeof(CObject) / 2), RUNTIME_CLASS(CObject)), 0);
+}
+
 volatile std::sig_atomic_t faults = 0;
 
 TEST(IsValidAddress, RaisesNoSignal) {

@@ -34,6 +34,7 @@ struct Machine {
     int nameError = 0;
     std::vector<std::string> addresses = {"10.20.30.40", "10.20.30.41"};
     bool known = true;
+    short family = AF_INET;
     std::vector<std::string> calls;
 };
 Machine* machine = nullptr;
@@ -68,7 +69,7 @@ hostent* TkGetHostByName(const char* name) {
         ++count;
     }
     pointers[count] = nullptr;
-    entry = {machine->name.data(), noAliases, AF_INET, 4, pointers};
+    entry = {machine->name.data(), noAliases, machine->family, 4, pointers};
     return &entry;
 }
 
@@ -232,8 +233,15 @@ TEST_F(LocalHostOfAName, ComparesWithEveryAddressOfTheOwnName) {
     EXPECT_EQ(LocalHost("stock"), 0);
     EXPECT_EQ(LocalHost(""), 0);
     EXPECT_EQ(LocalHost(nullptr), 0);
+    machine_.family = AF_INET6;
+    EXPECT_EQ(LocalHost("10.20.30.40"), 0) << "no addresses of this kind";
+    machine_.family = AF_INET;
     machine_.addresses.clear();
     EXPECT_EQ(LocalHost("10.20.30.40"), 0);
+    machine_.name = "AZ-az";
+    EXPECT_EQ(LocalHost("az-AZ"), 1);
+    machine_.name = "@[`{";
+    EXPECT_EQ(LocalHost("`{@["), 0) << "no letters";
 }
 
 TEST_F(LocalHostOfAName, IsUnknownWhenTheMachineDoesNotKnowItself) {
@@ -254,15 +262,34 @@ TEST_F(AddressesOfAName, StandInTheirOrderWithSemicolonsBetween) {
     EXPECT_STREQ(GetHostAddr("stock1"), "10.20.30.40");
     machine_.addresses.clear();
     EXPECT_STREQ(GetHostAddr("stock1"), "");
+    machine_.family = AF_INET6;
+    machine_.addresses = {"10.20.30.40"};
+    EXPECT_STREQ(GetHostAddr("stock1"), "") << "none of this kind";
     machine_.known = false;
     EXPECT_STREQ(GetHostAddr("stock1"), "");
 }
 
-TEST_F(AddressesOfAName, AreAskedForByItsFirst79Characters) {
+TEST_F(AddressesOfAName, AreThoseOfTheComputerWithoutAName) {
+    const std::string own = "gethostbyname " + std::string(GetComputerNameA());
+    EXPECT_STREQ(GetHostAddr(nullptr), "10.20.30.40;10.20.30.41");
+    EXPECT_STREQ(GetHostAddr(""), "10.20.30.40;10.20.30.41");
+    EXPECT_THAT(machine_.calls, ElementsAre(own, own));
+    EXPECT_STREQ(GetHostInfor(), GetComputerNameA() + ":10.20.30.40;10.20.30.41");
+    machine_.known = false;
+    EXPECT_STREQ(GetHostInfor(), GetComputerNameA()) << "no colon without addresses";
+}
+
+TEST_F(AddressesOfAName, AreAskedForByItsFirst79Bytes) {
     const std::string longest(79, 'x');
     GetHostAddr(longest.c_str());
     GetHostAddr((longest + "y").c_str());
     EXPECT_THAT(machine_.calls, ElementsAre("gethostbyname " + longest, "gethostbyname " + longest));
+    machine_.calls.clear();
+    const std::string before(78, 'x');
+    GetHostAddr((before + "库").c_str());
+    GetHostAddr(("x" + before.substr(1, 76) + "库存").c_str());
+    EXPECT_THAT(machine_.calls, ElementsAre("gethostbyname " + before, "gethostbyname x" + before.substr(1, 76) + "库"))
+        << "whole characters";
 }
 
 TEST_F(RemoteCreation, IsLocalForTheOwnMachine) {
@@ -301,6 +328,15 @@ TEST_F(RemoteCreation, TellsTheMachineTheAccountAndTheLevels) {
     EXPECT_EQ(machine_.calls.back(), "create elsewhere 20");
 }
 
+TEST_F(RemoteCreation, IsNotLocalWhereTheMachineDoesNotKnowItself) {
+    machine_.known = false;
+    const Held<IUnknown> created(CreateIDispatchEx(kClass, IID_IDispatch, "Stock2", nullptr, nullptr, nullptr));
+    EXPECT_EQ(other_.server, "Stock2");
+    machine_.nameError = ENAMETOOLONG;
+    const Held<IUnknown> second(CreateIDispatchEx(kClass, IID_IDispatch, "Stock3", nullptr, nullptr, nullptr));
+    EXPECT_EQ(other_.server, "Stock3");
+}
+
 TEST_F(RemoteCreation, WithoutAUserSaysAndSetsNothing) {
     OfferSecurity();
     for (const char* user : {static_cast<const char*>(nullptr), ""}) {
@@ -334,6 +370,28 @@ TEST_F(RemoteCreation, LeavesTheCodeOfTheOtherMachine) {
     other_.refuses = S_OK;
     EXPECT_EQ(CreateIDispatchEx(kClass, kOffered, "Stock2", "li", nullptr, nullptr), nullptr);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(E_NOINTERFACE));
+}
+
+TEST_F(RemoteCreation, LooksAtTheEntryOfASuccess) {
+    SetRemoteActivator([](REFCLSID, DWORD, const COSERVERINFO*, DWORD, MULTI_QI* results) {
+        results[0].hr = E_ACCESSDENIED;
+        return S_OK;
+    });
+    EXPECT_EQ(CreateIDispatchEx(kClass, IID_IDispatch, "Stock2", nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(E_ACCESSDENIED)) << "the entry's own code";
+    SetRemoteActivator([](REFCLSID, DWORD, const COSERVERINFO*, DWORD, MULTI_QI* results) {
+        results[0].hr = S_OK;
+        return S_OK;
+    });
+    EXPECT_EQ(CreateIDispatchEx(kClass, IID_IDispatch, "Stock2", "li", nullptr, nullptr), nullptr);
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(E_NOINTERFACE)) << "a success without an object";
+    SetRemoteActivator([](REFCLSID, DWORD, const COSERVERINFO*, DWORD, MULTI_QI* results) {
+        results[0] = {results[0].pIID, other->object, E_ACCESSDENIED};
+        other->object->AddRef();
+        return S_OK;
+    });
+    EXPECT_EQ(CreateIDispatchEx(kClass, IID_IDispatch, "Stock2", nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(object_.References(), 1U) << "an object of a failure goes back";
 }
 
 TEST_F(RemoteCreation, IsUnavailableWithoutAWayToTheMachine) {
@@ -380,6 +438,20 @@ TEST_F(RemoteCreation, OfManyEntriesPassesOverThoseWithoutAnObject) {
     EXPECT_EQ(results[0].hr, E_NOINTERFACE);
     EXPECT_EQ(results[0].pItf, nullptr);
     EXPECT_THAT(security_.blankets, IsEmpty());
+}
+
+TEST_F(RemoteCreation, OfManyEntriesPassesOverThoseThatAreOfNoUse) {
+    OfferSecurity();
+    SetRemoteActivator([](REFCLSID, DWORD, const COSERVERINFO*, DWORD, MULTI_QI* results) {
+        results[0] = {results[0].pIID, other->object, E_FAIL};
+        results[1] = {results[1].pIID, nullptr, S_OK};
+        results[2] = {results[2].pIID, reinterpret_cast<IUnknown*>(16), S_OK};
+        return static_cast<HRESULT>(CO_S_NOTALLINTERFACES);
+    });
+    MULTI_QI results[3];
+    EXPECT_EQ(CreateIDispatchEx(results, 3, kClass, IID_IDispatch, "Stock2", "li", nullptr, nullptr), 1);
+    EXPECT_THAT(security_.blankets, IsEmpty());
+    EXPECT_EQ(results[0].pItf, static_cast<IUnknown*>(&object_)) << "the entries stay as they came";
 }
 
 TEST_F(RemoteCreation, OfManyEntriesFailsWithAnAccountThatCannotBeSet) {

@@ -15,6 +15,14 @@ TEST(GetResString, FindsTheTextsOfTheProgram) {
     EXPECT_STREQ(GetResString(0x200), "hexadecimal");
 }
 
+TEST(LoadString, CutsBetweenCharacters) {
+    char text[16] = {};
+    EXPECT_EQ(LoadStringA(GetModuleHandleA(nullptr), 101, text, 4), 2);
+    EXPECT_STREQ(text, "库");
+    EXPECT_EQ(LoadStringA(GetModuleHandleA(nullptr), 101, text, 5), 4);
+    EXPECT_STREQ(text, "库存");
+}
+
 TEST(GetResString, IsEmptyWhenThereIsNone) {
     EXPECT_STREQ(GetResString(103), "");
     EXPECT_STREQ(GetResString(0), "");

@@ -199,7 +199,8 @@ TEST_F(ShellLinkTest, TakesAFileNameAsLongAsAPathCanBe) {
     EXPECT_EQ(CreateLink("", "", longest.c_str(), "", ""), static_cast<long>(S_OK));
     EXPECT_EQ(link.calls.back(), "save " + longest + " and remember");
     links.Give(static_cast<IShellLinkA*>(&link));
-    EXPECT_LT(CreateLink("", "", (longest + "x").c_str(), "", ""), 0);
+    EXPECT_EQ(CreateLink("", "", (longest + "x").c_str(), "", ""),
+              static_cast<long>(HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER)));
     EXPECT_EQ(link.calls.back(), "query for saving");
     EXPECT_EQ(link.references, 1u);
 }

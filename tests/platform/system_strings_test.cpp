@@ -59,9 +59,12 @@ TEST(StringToSysString, ConvertsAGivenLength) {
         Wide result;
     } kRows[] = {
         {"to the terminator", "abc", -1, OLESTR("abc")},
+        {"any negative length", "abc", -2, OLESTR("abc")},
         {"a part", "abc", 2, OLESTR("ab")},
         {"nothing", "abc", 0, OLESTR("")},
         {"Chinese by bytes", "库存", 2, OLESTR("\u5E93")},
+        {"half a character at the end is nobody's", "库存", 3, OLESTR("\u5E93?")},
+        {"half a character alone", "库存", 1, OLESTR("?")},
         {"Chinese to the terminator", "库存", -1, OLESTR("\u5E93\u5B58")},
         {"zero characters are kept", "a\0b", 3, Wide(OLESTR("a\0b"), 3)},
         {"empty", "", -1, OLESTR("")},
@@ -85,6 +88,7 @@ TEST(SysStringToString, ConvertsAGivenLength) {
         std::string result;
     } kRows[] = {
         {"to the terminator", OLESTR("abc"), -1, "abc"},
+        {"any negative length", OLESTR("abc"), -9, "abc"},
         {"a part", OLESTR("abc"), 2, "ab"},
         {"nothing", OLESTR("abc"), 0, ""},
         {"Chinese by units", OLESTR("\u5E93\u5B58"), 1, "库"},

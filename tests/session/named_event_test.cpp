@@ -12,6 +12,13 @@ bool Begins(const CString& text, const char* with) {
     return std::string(text).starts_with(with);
 }
 
+std::string Repeated(const char* text, int count) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
 }  // namespace
 
 TEST(NamedEvent, StartsWithoutNameHandleOrError) {
@@ -141,6 +148,8 @@ TEST(NamedEvent, TakesNamesAsThePlatformDoes) {
         {"slashes", own + "a/b/c", nullptr},
         {"blanks", own + "  two  ", nullptr},
         {"259 characters", own + longest, nullptr},  // Wine stops here; one more is allowed elsewhere
+        {"200 characters of two bytes", own + Repeated("库", 200), nullptr},
+        {"300 characters of two bytes", own + Repeated("库", 300), "错误[0x000000CE]:"},
         {"261 characters", own + longest + "nn", "错误[0x000000CE]:"},
         {"a backslash inside", own + "a\\b", "错误[0x00000003]:"},
         {"a backslash at the end", own + "a\\", "错误[0x00000003]:"},

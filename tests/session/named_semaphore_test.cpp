@@ -127,6 +127,27 @@ TEST(NamedSemaphore, FailsOnTheNameOfAnotherKind) {
     EXPECT_TRUE(Begins(semaphore.GetLastErrorString(), "错误[0x00000006]:")) << semaphore.GetLastErrorString();
 }
 
+TEST(NamedSemaphore, SaysWhyANameCannotBe) {
+    static const struct {
+        const char* label;
+        std::string name;
+        const char* error;
+    } kRows[] = {
+        {"261 characters", std::string(261, 'n'), "错误[0x000000CE]:"},
+        {"thousands of them", std::string(70000, 'n'), "错误[0x000000CE]:"},
+        {"a backslash inside", OwnName("a\\b"), "错误[0x00000003]:"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        CTSemaphore semaphore;
+        EXPECT_FALSE(semaphore.OpenSemaphoreA(row.name.c_str()));
+        EXPECT_TRUE(Begins(semaphore.GetLastErrorString(), row.error)) << semaphore.GetLastErrorString();
+        EXPECT_STREQ(semaphore.GetEventName(), row.name.c_str());
+        EXPECT_FALSE(semaphore.SetSemaphore());
+        EXPECT_FALSE(semaphore.CloseSemaphore());
+    }
+}
+
 TEST(NamedSemaphore, OpensTheGateOfAnotherProcess) {
     const std::string name = OwnName("闸门");
     CTSemaphore gate;

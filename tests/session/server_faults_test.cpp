@@ -1,5 +1,6 @@
 // The server: what a fault in any of its members becomes, and what it leaves.
 #include <functional>
+#include <span>
 #include <thread>
 
 #include "session/pool_faults.h"
@@ -261,6 +262,14 @@ TEST_F(ServerFaults, OfNestedMembersAreToldOfWithoutTheLock) {
     calls_.onStep = {};
 }
 
+/// Every session is lent, and opened.
+void BorrowAll(CTDataServer& server, std::span<CTDataClient> clients) {
+    for (CTDataClient& client : clients) {
+        client.Invoke(&server);
+        ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1) << client.GetLastErrorString();
+    }
+}
+
 TEST_F(ServerFaults, OfAClientWhoseLoanIsTakenOverAreToldOfWithoutTheLock) {
     const LosesMemory lost;
     for (const auto& fault : kFaults) {
@@ -269,10 +278,7 @@ TEST_F(ServerFaults, OfAClientWhoseLoanIsTakenOverAreToldOfWithoutTheLock) {
             OpenedServer server;
             Open(server, 4);
             CTDataClient clients[4];
-            for (auto& client : clients) {
-                client.Invoke(&server);
-                ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1) << client.GetLastErrorString();
-            }
+            ASSERT_NO_FATAL_FAILURE(BorrowAll(server, clients));
             tick_ += 180'000;
             bool letIn = false;
             calls_.onStep = [&](const std::string& step) {
@@ -304,10 +310,7 @@ TEST_F(ServerFaults, OfAClientAndOfTheServerInOneTakeoverAreToldOfInTheirOrder) 
     OpenedServer server;
     Open(server, 4);
     CTDataClient clients[4];
-    for (auto& client : clients) {
-        client.Invoke(&server);
-        ASSERT_EQ(client.OpenSQL("select 1", 10, 1), 1) << client.GetLastErrorString();
-    }
+    ASSERT_NO_FATAL_FAILURE(BorrowAll(server, clients));
     tick_ += 180'000;
     int looks = 2;  // for the age, and for the new lease
     calls_.clock = [&] {

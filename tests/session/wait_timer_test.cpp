@@ -95,23 +95,36 @@ TEST(WaitTimer, IsStoppedAndKeepsItsHandle) {
 }
 
 TEST(WaitTimer, RefusesWhatIsNoDate) {
-    static const struct {
+    static constexpr struct {
         const char* label;
-        WORD month;
-        WORD day;
-        WORD hour;
+        SYSTEMTIME when;
     } kRows[] = {
-        {"month 0", 0, 1, 0},     {"month 13", 13, 1, 0}, {"February 30", 2, 30, 0},
-        {"24 o'clock", 1, 1, 24}, {"day 0", 1, 0, 0},
+        {"month 0", {2003, 0, 0, 1, 0, 0, 0, 0}},
+        {"month 13", {2003, 13, 0, 1, 0, 0, 0, 0}},
+        {"day 0", {2003, 1, 0, 0, 0, 0, 0, 0}},
+        {"February 30", {2004, 2, 0, 30, 0, 0, 0, 0}},
+        {"April 31", {2003, 4, 0, 31, 0, 0, 0, 0}},
+        {"24 o'clock", {2003, 1, 0, 1, 24, 0, 0, 0}},
+        {"minute 60", {2003, 1, 0, 1, 0, 60, 0, 0}},
+        {"second 60", {2003, 1, 0, 1, 0, 0, 60, 0}},
+        {"millisecond 1000", {2003, 1, 0, 1, 0, 0, 0, 1000}},
+        {"before the calendar", {1600, 12, 0, 31, 23, 59, 59, 999}},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
-        SYSTEMTIME when = LocalTimeIn(0);
-        when.wMonth = row.month;
-        when.wDay = row.day;
-        when.wHour = row.hour;
+        SYSTEMTIME when = row.when;
+        SetLastError(0);
         EXPECT_EQ(SetWaitForTimer(when, 0, 0), nullptr);
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
     }
+}
+
+TEST(WaitTimer, KnowsLeapYears) {
+    SYSTEMTIME when = {2004, 2, 0, 29, 0, 0, 0, 0};
+    HANDLE timer = SetWaitForTimer(when, 0, 0);
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(WaitForSingleObject(timer, 20000), WAIT_OBJECT_0);
+    EXPECT_TRUE(CloseHandle(timer));
 }
 
 TEST(WaitTimer, IsSetWhetherTheMachineCanBeWokenOrNot) {

@@ -52,7 +52,7 @@ std::optional<Key> ClassKey(const system::RegisteredClass& entry, KeyName name) 
 }
 
 std::optional<Key> ProgIdKey(KeyName name) {
-    const auto clsid = system::FindProgId(std::u16string(name[0].begin(), name[0].end()));
+    const auto clsid = system::FindProgId(name[0]);
     if (!clsid) return std::nullopt;
     if (name.size() == 1) return Key{{kClasses}, {}};
     return name.size() == 2 && SameName(name[1], kClasses) ? std::optional(OwnValue(BracedText(*clsid))) : std::nullopt;

@@ -136,28 +136,27 @@ ClassFiles CurrentFiles() {
     return files;
 }
 
-constexpr char16_t Lower(char16_t character) noexcept {
-    return character >= u'A' && character <= u'Z' ? static_cast<char16_t>(character + 32) : character;
+constexpr char Lower(char character) noexcept {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character + 32) : character;
 }
 
-bool SameName(std::u16string_view wanted, std::string_view registered) noexcept {
-    return std::ranges::equal(wanted, registered, [](char16_t first, char second) {
-        return Lower(first) == Lower(static_cast<unsigned char>(second));
-    });
+bool SameName(std::string_view wanted, std::string_view registered) noexcept {
+    return std::ranges::equal(wanted, registered,
+                              [](char first, char second) { return Lower(first) == Lower(second); });
 }
 
 /// "ADODB.Recordset.2.8" without ".2.8"; a name without a tail as it is.
-std::u16string_view WithoutVersion(std::u16string_view name) noexcept {
+std::string_view WithoutVersion(std::string_view name) noexcept {
     for (int parts = 0; parts < 2; ++parts) {
-        const auto point = name.rfind(u'.');
-        if (point == std::u16string_view::npos || point == 0 || point + 1 == name.size()) break;
-        if (name.find_first_not_of(u"0123456789", point + 1) != std::u16string_view::npos) break;
+        const auto point = name.rfind('.');
+        if (point == std::string_view::npos || point == 0 || point + 1 == name.size()) break;
+        if (name.find_first_not_of("0123456789", point + 1) != std::string_view::npos) break;
         name = name.substr(0, point);
     }
     return name;
 }
 
-std::optional<CLSID> FindExactProgId(const ClassFiles& files, std::u16string_view progId) {
+std::optional<CLSID> FindExactProgId(const ClassFiles& files, std::string_view progId) {
     for (const auto& file : files) {
         for (const RegisteredClass& entry : file->classes) {
             if (!entry.progId.empty() && SameName(progId, entry.progId)) return entry.clsid;
@@ -194,7 +193,7 @@ std::vector<RegisteredClass> AllClasses() {
     return classes;
 }
 
-std::optional<CLSID> FindProgId(std::u16string_view progId) {
+std::optional<CLSID> FindProgId(std::string_view progId) {
     const ClassFiles files = CurrentFiles();
     if (const auto exact = FindExactProgId(files, progId)) return exact;
     const auto plain = WithoutVersion(progId);

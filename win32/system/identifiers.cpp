@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "objbase.h"
+#include "tkwin32/text.h"
 #include "win32/system/class_registry.h"
 #include "win32/system/guid_text.h"
 
@@ -63,7 +64,7 @@ HRESULT CLSIDFromProgID(LPCOLESTR lpszProgID, LPCLSID lpclsid) {
     if (lpclsid == nullptr) return E_INVALIDARG;
     *lpclsid = CLSID_NULL;
     if (lpszProgID == nullptr) return E_INVALIDARG;
-    const auto clsid = FindProgId(lpszProgID);
+    const auto clsid = FindProgId(tk::text::Utf16ToUtf8(lpszProgID));
     if (clsid) *lpclsid = *clsid;
     return clsid ? S_OK : CO_E_CLASSSTRING;
 }
@@ -73,7 +74,7 @@ HRESULT ProgIDFromCLSID(REFCLSID clsid, LPOLESTR* lplpszProgID) {
     *lplpszProgID = nullptr;
     const auto entry = FindClass(clsid);
     if (!entry || entry->progId.empty()) return REGDB_E_CLASSNOTREG;
-    const std::u16string progId(entry->progId.begin(), entry->progId.end());
+    const std::u16string progId = tk::text::Utf8ToUtf16(entry->progId);
     *lplpszProgID = TaskText(progId.data(), progId.size());
     return *lplpszProgID != nullptr ? S_OK : E_OUTOFMEMORY;
 }

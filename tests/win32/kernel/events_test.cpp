@@ -27,6 +27,12 @@ TEST_P(Events, StartAsTheyAreMade) {
     }
 }
 
+TEST_P(Events, TakeEveryNumberButZeroForTrue) {
+    const Handle event = CreateEventA(nullptr, 2, -1, GetParam());
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0) << "manual";
+}
+
 TEST_P(Events, LetOneThroughForEachSetWhileSeveralWait) {
     const Handle event = Make(false, false);
     Waiter one([&] { return WaitForSingleObject(event, INFINITE); });

@@ -84,6 +84,19 @@ TEST_F(Handles, AreMultiplesOfFourThatFitALong) {
     }
 }
 
+TEST_F(Handles, AreNotFoundByNumbersThatLookAlike) {
+    const Handle event = AutoEvent();
+    const auto number = reinterpret_cast<std::uintptr_t>(static_cast<HANDLE>(event));
+    for (const std::uintptr_t other : {number + 1, number + 2, number + 3, number | 0x80000000u,
+                                       number | std::uintptr_t{1} << 32, number | std::uintptr_t{1} << 63}) {
+        SetLastError(0);
+        EXPECT_FALSE(SetEvent(Number(other))) << other;
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+        EXPECT_FALSE(CloseHandle(Number(other)));
+    }
+    EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_TIMEOUT);
+}
+
 TEST_F(Handles, AreNotGivenOutAgainSoon) {
     std::set<HANDLE> seen;
     for (int i = 0; i < 100'000; ++i) {
@@ -138,7 +151,10 @@ TEST_F(Handles, AreDuplicatedWithRightsAndFlags) {
     EXPECT_FALSE(SetEvent(same)) << "closed with the duplication";
     EXPECT_TRUE(SetEvent(moved));
     EXPECT_TRUE(CloseHandle(moved));
-    EXPECT_TRUE(CloseHandle(onlyWaits));
+    EXPECT_FALSE(DuplicateHandle(GetCurrentProcess(), onlyWaits, GetCurrentProcess(), &more, EVENT_ALL_ACCESS, FALSE,
+                                 DUPLICATE_CLOSE_SOURCE));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(CloseHandle(onlyWaits)) << "closed all the same";
     EXPECT_TRUE(SetEvent(event)) << "the object is still there";
     EXPECT_FALSE(DuplicateHandle(event, event, GetCurrentProcess(), &more, 0, FALSE, DUPLICATE_SAME_ACCESS));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE) << "no process";

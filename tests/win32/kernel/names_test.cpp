@@ -259,6 +259,10 @@ TEST_F(Names, DoNotTrustAFileOfOthers) {
     EXPECT_EQ(AutoEvent("Stock"), nullptr) << "a folder";
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     ASSERT_EQ(rmdir(path.c_str()), 0);
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(AutoEvent("Stock"), nullptr) << "a pipe";
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    ASSERT_EQ(unlink(path.c_str()), 0);
     std::ofstream(path) << std::string(8192, 'x');
     ASSERT_EQ(chmod(path.c_str(), 0600), 0);
     EXPECT_EQ(AutoEvent("Stock"), nullptr) << "something else";

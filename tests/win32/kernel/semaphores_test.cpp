@@ -43,6 +43,37 @@ TEST_P(Semaphores, RefuseMoreThanTheirMaximum) {
     }
 }
 
+TEST_P(Semaphores, LookAtTheCountBeforeTheHandle) {
+    EXPECT_FALSE(ReleaseSemaphore(nullptr, 0, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_FALSE(ReleaseSemaphore(nullptr, 1, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST_P(Semaphores, TakeTheirWholeMaximumAtOnceWhileSomebodyWaits) {
+    const Handle semaphore = Make(0, 2);
+    Waiter waiter([&] { return WaitForSingleObject(semaphore, INFINITE); });
+    waiter.UntilAsleep();
+    EXPECT_FALSE(ReleaseSemaphore(semaphore, 3, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_TOO_MANY_POSTS);
+    EXPECT_FALSE(waiter.IsDone());
+    LONG before = -1;
+    EXPECT_TRUE(ReleaseSemaphore(semaphore, 2, &before));
+    EXPECT_EQ(before, 0);
+    EXPECT_EQ(waiter.Result(), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(semaphore, 0), WAIT_TIMEOUT);
+}
+
+TEST_F(KernelObjects, OfWhichOneMayOnlyWaitAreNotReleased) {
+    const Handle semaphore = CreateSemaphoreA(nullptr, 1, 2, "Stock.Places");
+    const Handle waitsOnly = OpenSemaphoreA(SYNCHRONIZE, FALSE, "Stock.Places");
+    EXPECT_FALSE(ReleaseSemaphore(waitsOnly, 1, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(WaitForSingleObject(waitsOnly, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(waitsOnly, 0), WAIT_TIMEOUT);
+}
+
 TEST_P(Semaphores, ReachTheLargestCount) {
     const Handle semaphore = Make(0x7FFFFFFF, 0x7FFFFFFF);
     EXPECT_FALSE(ReleaseSemaphore(semaphore, 1, nullptr));

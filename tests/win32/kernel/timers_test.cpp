@@ -94,6 +94,25 @@ TEST_P(Timers, StopWithoutASignal) {
     EXPECT_EQ(WaitForSingleObject(timer, 0), WAIT_OBJECT_0) << "a signal that is there stays";
 }
 
+TEST_P(Timers, KeepASignalWhoseMomentCameBeforeTheyWereStopped) {
+    const Handle timer = Make(true);
+    ASSERT_TRUE(Set(timer, -kMillisecond));
+    Sleep(20);
+    EXPECT_TRUE(CancelWaitableTimer(timer));
+    EXPECT_EQ(WaitForSingleObject(timer, 0), WAIT_OBJECT_0);
+}
+
+TEST_F(KernelObjects, OfWhichOneMayOnlyWaitAreNotSetOrStopped) {
+    const Handle timer = CreateWaitableTimerA(nullptr, TRUE, "Stock.Evening");
+    const Handle waitsOnly = OpenWaitableTimerA(SYNCHRONIZE, FALSE, "Stock.Evening");
+    LARGE_INTEGER due = {};
+    EXPECT_FALSE(SetWaitableTimer(waitsOnly, &due, 0, nullptr, nullptr, FALSE));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(CancelWaitableTimer(waitsOnly));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(WaitForSingleObject(waitsOnly, 0), WAIT_TIMEOUT);
+}
+
 TEST_P(Timers, WakeWhoWaitsWhenTheyAreSetAnew) {
     const Handle timer = Make(false);
     ASSERT_TRUE(Set(timer, -kHour));

@@ -38,6 +38,19 @@ private:
 
 }  // namespace
 
+TEST(ClassRegistry, KnowsChineseNames) {
+    const TempFolder folder;
+    WriteFile(folder / "classes.conf",
+              "{5B3A2D44-7C42-4E0A-9D10-428F551077A1} \xE5\xBA\x93\xE5\xAD\x98.Report /opt/stock/report.so\n");
+    const RegistryOf registry(folder / "classes.conf");
+    const CLSID wanted = {0x5B3A2D44, 0x7C42, 0x4E0A, {0x9D, 0x10, 0x42, 0x8F, 0x55, 0x10, 0x77, 0xA1}};
+    EXPECT_EQ(ClassOf(u"库存.Report"), wanted);
+    EXPECT_EQ(ClassOf(u"库存.rePORT.2.8"), wanted);
+    EXPECT_EQ(NameOf(wanted), u"库存.Report");
+    ClassOf(u"库.Report", kNoSuchName);
+    ClassOf(u"\xD800", kNoSuchName);
+}
+
 TEST(ClassRegistry, HasTheDataObjectsBuiltIn) {
     const RegistryOf registry("");
     static const struct {

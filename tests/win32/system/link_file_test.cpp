@@ -166,6 +166,8 @@ TEST_F(ShellLinkObject, KeepsTextsUpToTheRoomThereIs) {
     EXPECT_EQ(link_->GetPath(text, sizeof text, nullptr, 0), S_FALSE);
     link_->SetPath("/库存/x");
     EXPECT_EQ(link_->GetPath(text, 4, nullptr, 0), S_OK);
+    EXPECT_STREQ(text, "/库");
+    EXPECT_EQ(link_->GetPath(text, 5, nullptr, 0), S_OK);
     EXPECT_STREQ(text, "/库") << "cut behind a whole character";
     EXPECT_EQ(link_->GetPath(text, 0, nullptr, 0), E_INVALIDARG);
     link_->SetDescription(nullptr);

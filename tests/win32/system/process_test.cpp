@@ -1,14 +1,32 @@
+#include <dlfcn.h>
 #include <process.h>
 #include <pwd.h>
 #include <sys/syscall.h>
+#include <sys/utsname.h>
 #include <sys/wait.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 
 #include "tests/win32/system/support.h"
 
 using namespace tk::test;
+
+namespace {
+
+/// What this machine is called; null: what it is.
+const char* nodeName = nullptr;
+
+}  // namespace
+
+/// In front of the system's.
+__attribute__((visibility("default"))) int uname(utsname* names) noexcept {
+    static const auto own = reinterpret_cast<int (*)(utsname*)>(dlsym(RTLD_NEXT, "uname"));
+    const int result = own(names);
+    if (nodeName != nullptr) std::strcpy(names->nodename, nodeName);
+    return result;
+}
 
 TEST(LastError, BelongsToTheThread) {
     SetLastError(5);
@@ -62,6 +80,32 @@ TEST(Names, OfTheComputerFitOrTellTheirSize) {
     EXPECT_FALSE(GetComputerName(nullptr, &size));
 }
 
+TEST(Names, OfTheComputerAreItsOwnWithoutTheDomain) {
+    const struct {
+        const char* label;
+        const char* node;
+        const char* name;
+    } kRows[] = {
+        {"no domain", "stock1", "stock1"},
+        {"a domain", "stock1.example.com", "stock1"},
+        {"Chinese", "\xE5\xBA\x93\xE5\xAD\x98.local", "库存"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        nodeName = row.node;
+        char name[16] = {};
+        DWORD size = sizeof name;
+        EXPECT_TRUE(GetComputerName(name, &size));
+        EXPECT_STREQ(name, row.name);
+        EXPECT_EQ(size, std::strlen(row.name));
+        std::memset(name, 'x', sizeof name);
+        size = static_cast<DWORD>(std::strlen(row.name));
+        EXPECT_FALSE(GetComputerName(name, &size));
+        EXPECT_EQ(name[0], 'x') << "a name that does not fit is not cut";
+        nodeName = nullptr;
+    }
+}
+
 TEST(Names, OfTheUserFitOrTellTheirSize) {
     const std::string expected = getpwuid(geteuid())->pw_name;
     char name[256] = {};
@@ -73,6 +117,7 @@ TEST(Names, OfTheUserFitOrTellTheirSize) {
     EXPECT_FALSE(GetUserName(name, &size));
     EXPECT_EQ(GetLastError(), 122u);
     EXPECT_EQ(size, expected.size() + 1);
+    EXPECT_TRUE(GetUserName(name, &size)) << "that is enough";
 }
 
 TEST(MulDiv, RoundsTheWholeProduct) {

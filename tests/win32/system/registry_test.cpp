@@ -1,6 +1,7 @@
 // The registry's view of the class registry and of the ODBC data sources.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 
 #include "tests/win32/system/support.h"
@@ -12,6 +13,7 @@ using namespace tk::test;
 namespace {
 
 constexpr char kClassText[] = "{5B3A2D41-7C42-4E0A-9D10-428F551077A1}";
+constexpr char kChineseClassText[] = "{5B3A2D43-7C42-4E0A-9D10-428F551077A1}";
 
 std::optional<std::string> TextOf(HKEY key, const char* subKey) {
     char text[512] = {};
@@ -24,7 +26,9 @@ std::optional<std::string> TextOf(HKEY key, const char* subKey) {
 class Registry : public ::testing::Test {
 protected:
     Registry() {
-        WriteFile(folder_ / "classes.conf", std::string(kClassText) + " Stock.Report /opt/stock/report.so\n");
+        WriteFile(folder_ / "classes.conf", std::string(kClassText) + " Stock.Report /opt/stock/report.so\n" +
+                                                kChineseClassText +
+                                                " \xE5\xBA\x93\xE5\xAD\x98.\xE8\xAA\xA0 /opt/stock/credit.so\n");
         WriteFile(folder_ / "user.ini",
                   "\xEF\xBB\xBF; the user's\r\n[ODBC Data Sources]\r\nstock = PostgreSQL\r\n\r\n[stock]\r\nDriver = "
                   "PostgreSQL Unicode\r\nServer=db\r\n[ \xE5\xBA\x93\xE5\xAD\x98 ]\n# nothing\n[STOCK]\ndriver=second\n"
@@ -84,6 +88,14 @@ TEST_F(Registry, ShowsAClassUnderItsIdentifierAndItsName) {
     EXPECT_EQ(TextOf(HKEY_CLASSES_ROOT, "Stock.Other\\CLSID"), std::nullopt);
 }
 
+// The second byte of its last character is that of a backslash.
+TEST_F(Registry, ShowsAClassUnderAChineseName) {
+    EXPECT_EQ(TextOf(HKEY_CLASSES_ROOT, "库存.誠\\CLSID"), kChineseClassText);
+    EXPECT_EQ(TextOf(HKEY_CLASSES_ROOT, "库存.誠.2\\CLSID"), kChineseClassText);
+    EXPECT_EQ(TextOf(HKEY_CLASSES_ROOT, "库存\\CLSID"), std::nullopt);
+    EXPECT_EQ(TextOf(HKEY_CLASSES_ROOT, (std::string("CLSID\\") + kChineseClassText + "\\ProgID").c_str()), "库存.誠");
+}
+
 TEST_F(Registry, ListsClassesAndNames) {
     const auto listed = [](const char* subKey, const std::string& wanted) {
         HKEY key = nullptr;
@@ -97,13 +109,21 @@ TEST_F(Registry, ListsClassesAndNames) {
             if (name == wanted) ++found;
         }
         EXPECT_GT(i, 4u) << "the built-in classes are there too";
-        length = 3;
-        EXPECT_EQ(RegEnumKeyExA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 234);
+        length = sizeof name;
+        EXPECT_EQ(RegEnumKeyExA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 0);
+        const DWORD whole = length;
+        std::memset(name, 'x', sizeof name);
+        EXPECT_EQ(RegEnumKeyExA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 234) << "no terminator";
+        EXPECT_EQ(name[0], 'x') << "a name that does not fit is not cut";
+        length = whole + 1;
+        EXPECT_EQ(RegEnumKeyExA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr), 0);
+        EXPECT_EQ(length, whole);
         RegCloseKey(key);
         return found;
     };
     EXPECT_EQ(listed("CLSID", kClassText), 1);
     EXPECT_EQ(listed("", "Stock.Report"), 1);
+    EXPECT_EQ(listed("", "库存.誠"), 1);
     EXPECT_EQ(listed(nullptr, "ADODB.Recordset"), 1);
 }
 

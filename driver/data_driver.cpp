@@ -1,3 +1,4 @@
+#include "afx/multibyte.h"
 #include "driver/argument_list.h"
 #include "driver/guard.h"
 #include "driver/ids.h"
@@ -91,6 +92,7 @@ int CTDataDriver::SetErrorString(const char* szFirst, const char* szSecond) {
 int CTDataDriver::ThrowException(CException* e, const char* szContext) {
     char text[256] = {};
     if (e != nullptr) e->GetErrorMessage(text, sizeof(text), nullptr);
-    text[sizeof(text) - 1] = '\0';  // an exception of the application's may fill the buffer to its end
+    // An exception of the application's may fill the buffer to its end.
+    tk::afx::EndWithin(text, sizeof(text));
     return SetErrorString(text, szContext);
 }

@@ -26,7 +26,7 @@ bool IsTold(const VARIANT& recordsAffected) noexcept {
     return V_VT(&recordsAffected) != VT_EMPTY;
 }
 
-/// Execute(text, affected, options), the call that applications make most: its arguments without a parameter list.
+/// Execute(text, affected, options), with ready arguments: each statement of an application comes by here.
 IDispatch* Execute(COleDispatchDriver& object, const char* text, VARIANT* affected, long options) {
     tk::afx::OwnedVariant sql;
     sql.bstrVal = tk::afx::NewBstr(text);

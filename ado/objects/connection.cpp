@@ -157,9 +157,9 @@ void Connection::Execute(Call& call) {
     {
         const Executing executing(executing_);
         if (command.noRecords) {
-            const Done done = RunWithoutRecords(*session, command, commandTimeout_);
-            affected = done.affected;
-            if (!done.warnings.empty()) errors_->ReplaceWarnings(done.warnings);
+            const Executed executed = RunWithoutRecords(*session, command, commandTimeout_);
+            affected = executed.affected;
+            if (!executed.warnings.empty()) errors_->ReplaceWarnings(executed.warnings);
         } else {
             Execution execution = MakeExecution(std::move(command), commandTimeout_);
             result = Recordset::FromCommand(Ref<Connection>(this), session, std::u16string(text), std::move(execution),

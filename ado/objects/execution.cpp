@@ -3,7 +3,6 @@
 #include <utility>
 
 namespace tk::ado {
-
 namespace {
 
 Statement Run(Session& session, const Command& command, const ExecuteOptions& options) {
@@ -13,11 +12,13 @@ Statement Run(Session& session, const Command& command, const ExecuteOptions& op
 
 }  // namespace
 
-Done RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds) {
+Executed RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds) {
     Statement statement = Run(session, command, {timeoutSeconds, 0});
-    Done done{statement.RowsAffected(), statement.Warnings()};
+    Executed executed;
+    executed.affected = statement.RowsAffected();
+    executed.warnings = statement.Warnings();
     statement.TakeRest();
-    return done;
+    return executed;
 }
 
 Execution MakeExecution(Command command, LONG timeoutSeconds) {

@@ -25,15 +25,6 @@ struct Execution {
 /// The execution of a text without parameters.
 Execution MakeExecution(Command command, LONG timeoutSeconds);
 
-/// What an execution gave whose rows nobody wants.
-struct Done {
-    LONG affected = -1;
-    std::vector<ErrorRecord> warnings;
-};
-
-/// Runs a command, where the driver has results in a row to the last of them.
-Done RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds);
-
 /// What an execution gave: rows, or the statement that may have more results.
 struct Executed {
     std::shared_ptr<RowSet> rows;
@@ -41,6 +32,9 @@ struct Executed {
     std::vector<ErrorRecord> warnings;
     LONG affected = -1;
 };
+
+/// Runs a command whose rows nobody wants, where the driver has results in a row to the last of them.
+Executed RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds);
 
 Executed RunOn(const std::shared_ptr<Session>& session, const Execution& execution, LONG limit);
 

@@ -336,6 +336,10 @@ void AddLoginTimeout(ConnectionString& odbc, int seconds) {
     if (keyword != nullptr && seconds > 0) odbc.SetIfAbsent(keyword, std::to_string(seconds));
 }
 
+bool ConnectsInTurn(const ConnectionString& odbc) {
+    return ProfileOf(odbc).connectsInTurn;
+}
+
 int TakeLockTime(ConnectionString& odbc) {
     constexpr int kMoment = 100;
     const char* keyword = ProfileOf(odbc).lockTimeKeyword;

@@ -133,11 +133,10 @@ public:
     bool IsInside() const noexcept { return open_ > 0; }
 
     void Read(const Token& token) noexcept {
-        if (EqualsNoCase(previous_.word, "end") && IsOneOf(token.word, kEnded)) {
-            // END IF: closed with the END.
-        } else if (EqualsNoCase(token.word, "end")) {
+        const bool isOfEnd = EqualsNoCase(previous_.word, "end") && IsOneOf(token.word, kEnded);  // END IF
+        if (EqualsNoCase(token.word, "end")) {
             if (open_ > 0) --open_;
-        } else if (IsOpening(token)) {
+        } else if (!isOfEnd && IsOpening(token)) {
             ++open_;
         }
         previous_ = token;

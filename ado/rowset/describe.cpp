@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "ado/odbc/column_attribute.h"
+#include "ado/odbc/whole_utf8.h"
 #include "ado/rowset/fetcher.h"
 #include "ado/rowset/type_map.h"
 
@@ -23,18 +24,6 @@ bool HasTableBehind(StatementHandle& handle, int number) noexcept {
     const SQLRETURN result = Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number),
                                                  SQL_DESC_BASE_TABLE_NAME, table, sizeof table, &length, nullptr);
     return SQL_SUCCEEDED(result) && table[0] != '\0';
-}
-
-/// What a driver has cut may end within a character.
-void CutAtCharacter(std::string& utf8) {
-    const auto isContinuation = [](char byte) { return (byte & 0xC0) == 0x80; };
-    std::size_t start = utf8.size();
-    while (start > 0 && utf8.size() - start < 4 && isContinuation(utf8[start - 1]))
-        --start;
-    if (start == 0) return;
-    const auto lead = static_cast<unsigned char>(utf8[start - 1]);
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC0 ? 2 : 1;
-    if (utf8.size() - (start - 1) < length) utf8.resize(start - 1);
 }
 
 LONG DefinedSize(const SqlTypeRule& rule, SQLULEN described) {
@@ -74,7 +63,7 @@ std::string LongName(StatementHandle& handle, int number) {
         if (stored + 2 < size || size == kMost) break;
     }
     name.resize(stored);
-    CutAtCharacter(name);
+    name.resize(WholeUtf8(name));  // the driver may have cut it within a character
     return name;
 }
 

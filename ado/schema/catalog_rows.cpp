@@ -113,6 +113,13 @@ void CatalogRow::SetMadeText(std::size_t column, std::string text) {
     Set(column, SchemaValue::Text(answer_->made.emplace_back(std::move(text))));
 }
 
+std::string TextsOf(const CatalogRow& row, std::span<const std::size_t> columns) {
+    std::string texts;
+    for (const std::size_t column : columns)
+        texts.append(row.Text(column).value_or("")) += '\0';
+    return texts;
+}
+
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call,
                         std::span<const std::size_t> columns) {
     const auto ask = [&](const CatalogCall& asked) -> CatalogRows {

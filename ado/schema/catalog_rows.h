@@ -63,6 +63,9 @@ private:
 
 using CatalogRows = std::vector<CatalogRow>;
 
+/// The texts of a row in some columns, for telling rows apart.
+std::string TextsOf(const CatalogRow& row, std::span<const std::size_t> columns);
+
 /// @param columns  the numbers by which the columns of the answer are known; empty: as the function has them
 CatalogRows CallCatalog(const std::shared_ptr<Session>& session, const CatalogCall& call,
                         std::span<const std::size_t> columns = {});

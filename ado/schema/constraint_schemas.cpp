@@ -56,13 +56,9 @@ constexpr unsigned char kConstraintOrder[] = {0, 1, 2, 3, 4, 5};
 
 /// Keeps one row of each key: of a schema, a table, a name.
 void KeepFirst(CatalogRows& rows) {
+    constexpr std::size_t kWhatTells[] = {kCatalog, kSchema, kTable, kName};
     std::set<std::string> seen;
-    std::erase_if(rows, [&](const CatalogRow& row) {
-        std::string key;
-        for (const std::size_t column : {kCatalog, kSchema, kTable, kName})
-            key += std::string(row.Text(column).value_or("")) + '\0';
-        return !seen.insert(std::move(key)).second;
-    });
+    std::erase_if(rows, [&](const CatalogRow& row) { return !seen.insert(TextsOf(row, kWhatTells)).second; });
 }
 
 /// The keys. Of unique constraints the catalog functions tell the indexes alone.

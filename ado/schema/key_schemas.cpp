@@ -101,13 +101,8 @@ void DropRepeated(CatalogRows& rows) {
     constexpr std::size_t kName = 12;
     constexpr std::size_t kWhatTells[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, kName};
     std::set<std::string> seen;
-    std::erase_if(rows, [&](const CatalogRow& row) {
-        if (!row.Text(kName)) return false;
-        std::string told;
-        for (const std::size_t column : kWhatTells)
-            told += std::string(row.Text(column).value_or("")) + '\0';
-        return !seen.insert(std::move(told)).second;
-    });
+    std::erase_if(
+        rows, [&](const CatalogRow& row) { return row.Text(kName) && !seen.insert(TextsOf(row, kWhatTells)).second; });
 }
 
 CatalogRows ReadForeignKeys(const std::shared_ptr<Session>& session, const Restrictions& restrictions) {

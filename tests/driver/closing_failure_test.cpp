@@ -1,6 +1,9 @@
 // Servers and exceptions that behave worse than the interfaces they implement promise.
 #include <comdef.h>
 
+#include <cstring>
+#include <string>
+
 #include "driver/driver_fixture.h"
 
 namespace tk::test {
@@ -44,11 +47,15 @@ TEST_F(ClosingFailure, DestructorsSurviveTheServersOwnError) {
 // Breaks its promise to end the text.
 class UnendedException : public CException {
 public:
+    explicit UnendedException(const char* character) : character_(character) {}
     BOOL GetErrorMessage(LPTSTR text, UINT size, PUINT) override {
         for (UINT i = 0; i < size; ++i)
-            text[i] = 'x';
+            text[i] = character_[i % character_.size()];
         return TRUE;
     }
+
+private:
+    const std::string character_;
 };
 
 TEST_F(ClosingFailure, AnExceptionThatFillsTheWholeBufferIsCut) {
@@ -56,9 +63,12 @@ TEST_F(ClosingFailure, AnExceptionThatFillsTheWholeBufferIsCut) {
     public:
         using CTDataDriver::ThrowException;
     } driver;
-    UnendedException exception;
-    driver.ThrowException(&exception, "end");
+    UnendedException letters("x");
+    driver.ThrowException(&letters, "end");
     EXPECT_EQ(ErrorOf(driver), std::string(255, 'x') + "\r\nend");
+    UnendedException characters("库");
+    driver.ThrowException(&characters, "end");
+    EXPECT_EQ(ErrorOf(driver).size(), 254 + std::strlen("\r\nend")) << "no half of the last one";
 }
 
 }  // namespace

@@ -34,9 +34,12 @@ protected:
             Do(u"create or replace function tell(inout same integer, inout gone integer, inout word varchar, "
                u"out missing varchar, out empty varchar) language sql as "
                u"$$ select same, null::integer, word, null::varchar, ''::varchar $$");
+            Do(u"create or replace function long_words(out words varchar) language sql as "
+               u"$$ select 'x' || repeat('库', 40) $$");
             Do(u"create or replace procedure empty_stock() language sql as 'delete from stock'");
         } else {
-            for (const char16_t* name : {u"All Stock", u"one_of", u"divide", u"tell", u"Add Stock", u"empty_stock"})
+            for (const char16_t* name :
+                 {u"All Stock", u"one_of", u"divide", u"tell", u"long_words", u"Add Stock", u"empty_stock"})
                 Do(u"drop procedure if exists \"" + std::u16string(name) + u"\"");
             Do(u"drop function if exists plus_one");
             Do(u"create procedure \"All Stock\"() select * from stock order by id");
@@ -46,6 +49,7 @@ protected:
                u"set words = concat('余', a % b); set b = a div b; end");
             Do(u"create procedure tell(inout same integer, inout gone integer, inout word varchar(20), "
                u"out missing varchar(20), out empty varchar(20)) begin set gone = null; set empty = ''; end");
+            Do(u"create procedure long_words(out words varchar(100)) set words = concat('x', repeat('库', 40))");
             Do(u"create procedure \"Add Stock\"(id integer, name varchar(20), inout total integer) begin "
                u"insert into stock values (id, name); set total = total + (select count(*) from stock); end");
             Do(u"create procedure empty_stock() delete from stock");
@@ -134,6 +138,17 @@ TEST_P(ProcedureTest, GivesBackOutputValues) {
     ASSERT_TRUE(Run().Ok());
     EXPECT_TRUE(b.Get(parameter::kValue).value.IsNull());
     EXPECT_TRUE(words.Get(parameter::kValue).value.IsNull());
+}
+
+// However small it is declared, there is room for 63 bytes where the driver fills it, and for all of it elsewhere.
+TEST_P(ProcedureTest, CutsOutputValuesBetweenCharacters) {
+    SetProcedure(u"long_words");
+    const Object words = Add(u"words", 202, kOutput, 1);
+    const Outcome outcome = Run(128);
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    std::u16string kept = u"x";
+    kept.append(GetParam() == SystemKind::Postgres ? 40 : 20, u'库');
+    EXPECT_EQ(words.Get(parameter::kValue).Utf8(), ToUtf8(kept));
 }
 
 TEST_P(ProcedureTest, TellsNullFromAnEmptyTextAndFromTheInput) {

@@ -18,17 +18,7 @@ protected:
         const Outcome outcome = connection_.Call(connection::kOpenSchema, {Number(schema), Array(restrictions)});
         EXPECT_TRUE(outcome.Ok()) << outcome;
         if (!outcome.Ok()) return "nothing";
-        const Object rows = outcome.Result();
-        std::string text;
-        for (; !rows.Get(kEof).True(); rows.Call(kMoveNext)) {
-            bool isFirst = true;
-            for (const char16_t* name : names) {
-                text += (isFirst ? "" : ",") + ValueOf(rows, name);
-                isFirst = false;
-            }
-            text += ";";
-        }
-        return text;
+        return SessionTest::List(outcome.Result(), names);
     }
     bool IsFile() const { return GetParam() == SystemKind::Sqlite; }
 };

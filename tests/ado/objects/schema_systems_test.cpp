@@ -87,20 +87,6 @@ protected:
         if (schema == kForeignKeys) return {none, none, none, none, none, Text(table)};
         return {none, none, Text(table)};
     }
-    /// The named columns of all rows: "a,b;c,d;".
-    static std::string List(const Object& rows, std::initializer_list<const char16_t*> names) {
-        if (!rows) return "nothing";
-        std::string text;
-        for (; !rows.Get(kEof).True(); rows.Call(kMoveNext)) {
-            bool isFirst = true;
-            for (const char16_t* name : names) {
-                text += (isFirst ? "" : ",") + ValueOf(rows, name);
-                isFirst = false;
-            }
-            text += ";";
-        }
-        return text;
-    }
 
 private:
     std::vector<std::u16string> made_;

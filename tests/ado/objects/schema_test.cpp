@@ -33,20 +33,6 @@ protected:
         EXPECT_TRUE(outcome.Ok()) << outcome;
         return outcome.Result();
     }
-    /// The named columns of all rows: "a,b;c,d;".
-    static std::string List(const Object& rows, std::initializer_list<const char16_t*> names) {
-        std::string text;
-        if (!rows) return "nothing";
-        for (; !rows.Get(kEof).True(); rows.Call(kMoveNext)) {
-            bool first = true;
-            for (const char16_t* name : names) {
-                text += (first ? "" : ",") + ValueOf(rows, name);
-                first = false;
-            }
-            text += ";";
-        }
-        return text;
-    }
 
     Object connection_;
 };

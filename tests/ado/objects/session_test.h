@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 #include "ids.h"
@@ -39,6 +40,21 @@ protected:
         const Outcome outcome = rows.Get(recordset::kCollect, {Text(name)});
         return outcome.Ok() ? outcome.Utf8() : "error " + std::to_string(outcome.Error());
     }
+    /// The named columns of all rows: "a,b;c,d;".
+    static std::string List(const Object& rows, std::initializer_list<const char16_t*> names) {
+        if (!rows) return "nothing";
+        std::string text;
+        for (; !rows.Get(recordset::kEof).True(); rows.Call(recordset::kMoveNext)) {
+            bool isFirst = true;
+            for (const char16_t* name : names) {
+                text += (isFirst ? "" : ",") + ValueOf(rows, name);
+                isFirst = false;
+            }
+            text += ";";
+        }
+        return text;
+    }
+
     static Outcome PutValue(const Object& rows, std::u16string_view name, Value value) {
         return rows.Invoke(recordset::kCollect, DISPATCH_PROPERTYPUT, {Text(name), std::move(value)}, true);
     }

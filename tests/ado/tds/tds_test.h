@@ -36,21 +36,6 @@ protected:
                first.Get(kDescription).Utf8();
     }
 
-    /// The named columns of all rows: "a,b;c,d;".
-    static std::string List(const Object& rows, std::initializer_list<const char16_t*> names) {
-        if (!rows) return "nothing";
-        std::string text;
-        for (; !rows.Get(recordset::kEof).True(); rows.Call(recordset::kMoveNext)) {
-            bool isFirst = true;
-            for (const char16_t* name : names) {
-                text += (isFirst ? "" : ",") + ValueOf(rows, name);
-                isFirst = false;
-            }
-            text += ";";
-        }
-        return text;
-    }
-
     // Before what uses it.
     tk::test::TdsServer server_;
     Object connection_;

@@ -84,8 +84,8 @@ Execution CommandObject::MakeExecution(LONG options, std::vector<Value> values) 
     return execution;
 }
 
-Statement CommandObject::Run(Session& session, const Command&, const CommandSql& sql, std::span<const Value> values,
-                             LONG limit) const {
+Statement CommandObject::Run(Session& session, const Command& plan, const CommandSql& sql,
+                             std::span<const Value> values, LONG limit) const {
     std::vector<Column> columns(sql.marks.size());
     std::vector<Parameter> bound;
     for (std::size_t mark = 0; mark < sql.marks.size(); ++mark) {
@@ -110,7 +110,8 @@ Statement CommandObject::Run(Session& session, const Command&, const CommandSql&
         }
         bound.push_back(parameter);
     }
-    return session.Execute(sql.text, std::span<const Parameter>(bound), ExecuteOptions{timeout_, limit, prepared_});
+    return session.Execute(sql.text, std::span<const Parameter>(bound),
+                           ExecuteOptions{timeout_, limit, prepared_, !plan.noRecords});
 }
 
 void CommandObject::TakeOutputs(RowSet* rows, const ParameterOutputs* outputs, const CommandSql& sql) const {

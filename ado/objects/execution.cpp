@@ -13,7 +13,10 @@ Statement Run(Session& session, const Command& command, const ExecuteOptions& op
 }  // namespace
 
 Executed RunWithoutRecords(Session& session, const Command& command, LONG timeoutSeconds) {
-    Statement statement = Run(session, command, {timeoutSeconds, 0});
+    ExecuteOptions options;
+    options.timeoutSeconds = timeoutSeconds;
+    options.wantsRows = false;
+    Statement statement = Run(session, command, options);
     Executed executed;
     executed.affected = statement.RowsAffected();
     executed.warnings = statement.Warnings();
@@ -26,7 +29,7 @@ Execution MakeExecution(Command command, LONG timeoutSeconds) {
     execution.asynchronousFetch = command.asynchronousFetch;
     execution.noRecords = command.noRecords;
     execution.run = [command = std::move(command), timeoutSeconds](Session& session, LONG limit) {
-        return Run(session, command, {timeoutSeconds, limit});
+        return Run(session, command, {timeoutSeconds, limit, false, !command.noRecords});
     };
     return execution;
 }

@@ -42,6 +42,15 @@ constexpr char kPostgresKeys[] =
     "t.relname and pg_catalog.pg_table_is_visible(v.oid))))) order by n.nspname, k.place";
 constexpr std::size_t kPostgresKeyColumns[] = {2, 3, 4, 5, 6, 1};
 
+constexpr CursorStatements kPostgresCursor = {
+    .alone = {.open = "BEGIN;DECLARE tk_rows NO SCROLL CURSOR FOR ", .close = "COMMIT", .undo = "ROLLBACK"},
+    .inTransaction = {.open = "SAVEPOINT tk_rows;DECLARE tk_rows NO SCROLL CURSOR FOR ",
+                      .close = "CLOSE tk_rows;RELEASE SAVEPOINT tk_rows",
+                      .undo = "ROLLBACK TO SAVEPOINT tk_rows;RELEASE SAVEPOINT tk_rows"},
+    .fetch = "FETCH FORWARD 4096 FROM tk_rows",
+    .rows = 4096,
+};
+
 constexpr DefaultKeyword kPostgresDefaults[] = {
     {"BoolsAsChar", "0", false},
     {"MaxVarcharSize", "4000", false},
@@ -113,9 +122,8 @@ constexpr DriverProfile kProfiles[] = {
         .firstBlockRows = 16,
         .fullBlockRows = 1024,
         .connectsInTurn = true,
-        .streaming = Streaming::Attribute,
-        .streamingAttribute = 65539,      // the driver's own: use declare/fetch
-        .streamingRowsAttribute = 65541,  // the driver's own: rows of one fetch
+        .streaming = Streaming::Cursor,
+        .cursor = &kPostgresCursor,
         .readOnlyStatement = "SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY",
         .pingStatement = "SELECT 1",
         .hasBatches = true,

@@ -27,7 +27,7 @@ enum class TimeLimit : unsigned char {
 /// How a large result is kept from being held twice, here and in the driver.
 enum class Streaming : unsigned char {
     None,            // the driver cannot
-    Attribute,       // a connection attribute, switched on for texts that are likely to give many rows
+    Cursor,          // texts that are likely to give many rows are read by a cursor (DriverProfile::cursor)
     SideConnection,  // a keyword of the connection string: such texts run on a second connection that has it
 };
 
@@ -59,6 +59,21 @@ struct Savepoint {
     const char* release;  // null: not needed
 };
 
+/// The statements around a cursor.
+struct CursorFrame {
+    const char* open;  // in front of the query
+    const char* close;
+    const char* undo;
+};
+
+/// A cursor of the server, by statements.
+struct CursorStatements {
+    CursorFrame alone;
+    CursorFrame inTransaction;
+    const char* fetch;  // a part
+    int rows;           // of a full part
+};
+
 struct DriverProfile {
     const char* name;                           // ours, for logs and tests
     std::span<const char* const> libraryWords;  // any of them inside SQL_DRIVER_NAME or the registered driver's name
@@ -71,13 +86,12 @@ struct DriverProfile {
     const char* loginTimeoutKeyword = nullptr;  // where SQL_ATTR_LOGIN_TIMEOUT is ignored
     bool connectsInTurn = false;                // two at once read what the other one frees
     Streaming streaming = Streaming::None;
-    const char* streamingKeywords = nullptr;  // for Streaming::SideConnection
-    int streamingAttribute = 0;               // for Streaming::Attribute: on or off
-    int streamingRowsAttribute = 0;           // ... and the rows that come at a time
-    const char* readOnlyStatement = nullptr;  // makes the server refuse every change of the session
-    const char* lockTimeKeyword = nullptr;    // milliseconds that the driver waits for locks, deaf to everything else
-    int lockedNative = 0;                     // ... and what it says when they are over
-    const char* pingStatement = nullptr;      // where a lost idle connection shows only at its next use
+    const char* streamingKeywords = nullptr;   // for Streaming::SideConnection
+    const CursorStatements* cursor = nullptr;  // for Streaming::Cursor
+    const char* readOnlyStatement = nullptr;   // makes the server refuse every change of the session
+    const char* lockTimeKeyword = nullptr;     // milliseconds that the driver waits for locks, deaf to everything else
+    int lockedNative = 0;                      // ... and what it says when they are over
+    const char* pingStatement = nullptr;       // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;             // SQLMoreResults is worth asking
     bool needsSingleStatements = false;  // a text of several keeps the connection locked, or ends the process

@@ -191,15 +191,11 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
 }
 
-void PhysicalConnection::SetStreaming(bool on) noexcept {
-    if (profile_->streaming != Streaming::Attribute || on == isStreaming_) return;
-    constexpr SQLULEN kRowsAtATime = 1000;
-    const OdbcApi& odbc = Odbc();
-    if (!SQL_SUCCEEDED(odbc.SetConnectAttr(Get(), profile_->streamingAttribute, Number(on ? 1 : 0), SQL_IS_INTEGER))) {
-        return;
-    }
-    if (on) odbc.SetConnectAttr(Get(), profile_->streamingRowsAttribute, Number(kRowsAtATime), SQL_IS_INTEGER);
-    isStreaming_ = on;
+bool PhysicalConnection::RunText(const char* sql) noexcept try {
+    RunSimple(sql);
+    return true;
+} catch (...) {
+    return false;
 }
 
 void PhysicalConnection::RunSimple(const std::string& sql) {
@@ -222,7 +218,6 @@ bool PhysicalConnection::Reset() noexcept try {
         EndTransaction(SQL_ROLLBACK);
         SetAutoCommit(true);
     }
-    SetStreaming(false);
     SetIsolation(firstIsolation_);
     return true;
 } catch (const AdoError&) {

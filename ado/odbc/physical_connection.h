@@ -89,8 +89,8 @@ public:
     SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
 
-    /// Switches the driver's way of streaming results, where it is a connection attribute.
-    void SetStreaming(bool on) noexcept;
+    /// Runs a text without rows. False when it fails.
+    bool RunText(const char* sql) noexcept;
 
     /// For TimeLimit::Variable.
     void SetTimeLimitVariable(LONG seconds);
@@ -111,7 +111,6 @@ private:
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
-    bool isStreaming_ = false;
     std::mutex handlesMutex_;  // a fetch thread returns its handle while the session takes another
     std::vector<std::unique_ptr<StatementHandle>> handles_;
     std::vector<std::pair<std::string, std::unique_ptr<StatementHandle>>> prepared_;  // the oldest first

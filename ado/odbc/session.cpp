@@ -13,6 +13,7 @@
 #include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/physical_connection.h"
 #include "ado/odbc/result_sizes.h"
+#include "ado/odbc/server_cursor.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/session_facts.h"
 #include "ado/odbc/settings_watcher.h"
@@ -294,11 +295,11 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        const auto call = [&](StatementHandle& handle) {
+        const auto execute = [&](StatementHandle& handle, std::string_view query) {
             std::unique_ptr<const ParameterBinding> binding;
             // Drivers take the text as writable; none writes.
-            auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(sql.data()));
-            const auto length = static_cast<SQLINTEGER>(sql.size());
+            auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(query.data()));
+            const auto length = static_cast<SQLINTEGER>(query.size());
             if (options.prepared && !hasPlan) {
                 const SQLRETURN result = Odbc().Prepare(handle.Get(), text, length);
                 if (!SQL_SUCCEEDED(result)) return CallResult{result, nullptr};
@@ -309,15 +310,15 @@ struct Session::Impl {
             if (SQL_SUCCEEDED(result) && binding && binding->HasFailedExecution()) result = SQL_ERROR;
             return CallResult{result, std::move(binding)};
         };
+        const auto call = [&](StatementHandle& handle) { return execute(handle, sql); };
         const bool canStream = kind.isReading && Physical().Profile().streaming != Streaming::None;
         const std::uint64_t name = canStream ? ResultName(*facts->key, sql) : 0;
-        const bool isLarge = IsLikelyLarge(name, kind);
         std::optional<Statement> statement;
-        if (isLarge && !options.prepared && CanUseSide(kind)) statement = TryOnSide(sql, options, call);
-        if (!statement) {
-            Physical().SetStreaming(isLarge);
-            statement = RunOnOwn(sql, kind.isReading, options, call);
+        if (options.wantsRows && !options.prepared && IsLikelyLarge(name, kind)) {
+            if (CanUseSide(kind)) statement = TryOnSide(sql, options, call);
+            if (Physical().Profile().streaming == Streaming::Cursor) statement = TryByCursor(sql, options, execute);
         }
+        if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
         statement->Internals().resultName = name;
         return std::move(*statement);
     }
@@ -336,6 +337,31 @@ struct Session::Impl {
             if (IsEnded(error)) throw;
             return std::nullopt;  // the session's own connection says what is wrong
         }
+    }
+
+    /// A part at a time; nothing where the server has no cursor for the text, or it fails: run as it is, it says why.
+    template <class Execute>
+    std::optional<Statement> TryByCursor(std::string_view sql, const ExecuteOptions& options, Execute&& execute) {
+        ReplaceIfBroken();
+        auto cursor = std::make_unique<ServerCursor>(*Physical().Profile().cursor, isInTransaction);
+        try {
+            Statement statement = RunOnOwn(sql, true, options, [&](StatementHandle& handle) {
+                CallResult called = execute(handle, cursor->OpenText(sql));
+                if (SQL_SUCCEEDED(called.result)) called.result = cursor->FetchFirst(handle);
+                return called;
+            });
+            Statement::Impl& inside = statement.Internals();
+            inside.mayHaveMore = false;
+            inside.cursor = std::move(cursor);
+            if (inside.columnCount > 0) return statement;
+        } catch (const AdoError& error) {
+            cursor->Undo(Physical());
+            if (IsEnded(error) || Physical().IsBroken()) throw;
+        } catch (...) {
+            cursor->Undo(Physical());
+            throw;
+        }
+        return std::nullopt;
     }
 
     void RequireTransaction() const {
@@ -446,7 +472,6 @@ void Session::Begin(LONG isolation, LONG waitSeconds) {
     impl_->ReplaceIfLost();
     PhysicalConnection& connection = impl_->Physical();
     const SQLUINTEGER wanted = OdbcIsolation(isolation, connection.InfoNumber(SQL_TXN_ISOLATION_OPTION));
-    connection.SetStreaming(false);
     connection.SetIsolation(wanted);
     connection.SetAutoCommit(false);
     impl_->isInTransaction = true;

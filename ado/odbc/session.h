@@ -45,6 +45,7 @@ struct ExecuteOptions {
     LONG timeoutSeconds = 30;  // 0: no limit
     LONG maxRows = 0;          // 0: all
     bool prepared = false;     // the text will run again: it is prepared, and the connection keeps it so
+    bool wantsRows = true;     // false: they are not fetched, and the statement does all of its work at once
 };
 
 class Session {

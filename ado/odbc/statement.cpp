@@ -11,6 +11,7 @@ Statement::Impl::~Impl() {
     handle->Finish();
     if (mayHaveMore && columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
     if (mayHaveRows) handle->Close();
+    if (cursor) cursor->Close(*handle, **lease);
     binding.reset();
     if (preparedText.empty()) {
         (*lease)->ReturnHandle(std::move(handle));
@@ -31,6 +32,15 @@ void Statement::Impl::ReadResultShape() {
         SQLLEN rows = -1;  // some drivers succeed without writing
         if (SQL_SUCCEEDED(Odbc().RowCount(handle->Get(), &rows)) && rows >= 0) rowsAffected = static_cast<LONG>(rows);
     }
+}
+
+bool Statement::Impl::FetchPart() {
+    if (cursor == nullptr || cursor->IsAtEnd()) return false;
+    const StatementHandle::RowCalls calls(*handle);
+    ExpectNotEnded();
+    const SQLRETURN result = cursor->FetchNext(*handle);
+    if (!SQL_SUCCEEDED(result)) Fail(result);
+    return true;
 }
 
 void Statement::Impl::Restart() {

@@ -9,6 +9,7 @@
 
 #include "ado/odbc/diagnostics.h"
 #include "ado/odbc/parameter_binding.h"
+#include "ado/odbc/server_cursor.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/statement.h"
 #include "ado/odbc/statement_handle.h"
@@ -27,7 +28,8 @@ struct Statement::Impl {
     std::unique_ptr<StatementHandle> handle;  // null: one of several statements, which left nothing but its numbers
     std::unique_ptr<const ParameterBinding> binding;
     std::shared_ptr<ParameterOutputs> outputs;
-    std::string preparedText;      // what the handle is prepared for; empty: nothing that is worth keeping
+    std::unique_ptr<ServerCursor> cursor;  // null: the driver has, or gets, all rows of the result
+    std::string preparedText;              // what the handle is prepared for; empty: nothing that is worth keeping
     std::string text;              // to describe its rows or outputs; empty for catalog calls, and without either
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
     LONG timeoutSeconds = 0;
@@ -46,6 +48,9 @@ struct Statement::Impl {
 
     /// Reads column and row counts after an execution or a step to the next result.
     void ReadResultShape();
+
+    /// Gets the next part of the rows from a cursor, when the last one has been read; false when there is none.
+    bool FetchPart();
 
     /// Steps to the driver's next result; false when there is none.
     bool NextResult();

@@ -24,6 +24,9 @@ public:
     /// True when the last call has seen the end of the result.
     bool AtEnd() const noexcept { return atEnd_; }
 
+    /// Another result with the same columns has taken the place of the one that is at its end.
+    void GoOn() noexcept { atEnd_ = false; }
+
 protected:
     bool atEnd_ = false;
 };

@@ -41,15 +41,19 @@ bool RowSet::Impl::Step(std::size_t rows) {
     WatchdogGuard guard(stepSeconds, *statement->Internals().handle);
     auto chunk = fetcher->FetchChunk(have, wanted);
     guard.Finish();
-    if (chunk == nullptr) return false;
-    const std::size_t count = chunk->Rows();
-    {
-        const std::lock_guard lock(mutex);
-        chunks.push_back(std::move(chunk));
-        arrived.store(have + count, std::memory_order_release);
+    if (chunk != nullptr) {
+        const std::size_t count = chunk->Rows();
+        {
+            const std::lock_guard lock(mutex);
+            chunks.push_back(std::move(chunk));
+            arrived.store(have + count, std::memory_order_release);
+        }
+        changed.notify_all();
+        if (!fetcher->AtEnd()) return true;
     }
-    changed.notify_all();
-    return !fetcher->AtEnd();
+    if (!statement->Internals().FetchPart()) return false;
+    fetcher->GoOn();
+    return true;
 }
 
 bool RowSet::Impl::FirstStep(std::size_t rows) {

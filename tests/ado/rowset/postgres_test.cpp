@@ -5,45 +5,17 @@
 #include <thread>
 
 #include "ado/odbc/odbc_api.h"
-#include "ado/support/postgres_server.h"
-#include "ado/support/sqlite_file.h"
+#include "ado/rowset/postgres_test.h"
 #include "ado/support/utf8.h"
 
 namespace tk::ado {
 namespace {
 
 using test::Do;
-using test::PostgresServer;
+using test::Postgres;
 using test::Query;
 using test::Show;
 using test::Utf8;
-
-class Postgres : public testing::Test {
-protected:
-    void SetUp() override {
-        server_ = PostgresServer::Instance();
-        if (server_ == nullptr) GTEST_SKIP() << "no PostgreSQL server is installed";
-        SessionCache::Instance().Clear();
-    }
-    void TearDown() override { SessionCache::Instance().Clear(); }
-
-    std::shared_ptr<Session> Open(std::string_view more = {}) const {
-        return Session::Open(test::Settings(server_->Connection(more)));
-    }
-
-    template <class Call>
-    static unsigned Failure(Call&& call, std::u16string* description = nullptr) {
-        try {
-            call();
-            return S_OK;
-        } catch (const AdoError& error) {
-            if (description != nullptr) *description = error.Description();
-            return static_cast<unsigned>(error.Code());
-        }
-    }
-
-    const PostgresServer* server_ = nullptr;
-};
 
 TEST_F(Postgres, ReadsEveryColumnType) {
     const auto session = Open();

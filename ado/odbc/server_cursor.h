@@ -1,0 +1,59 @@
+// ado/odbc/server_cursor.h - a large result that the server hands out a part at a time, by statements of ours.
+//
+//   ServerCursor cursor(*profile.cursor, isInTransaction);
+//   result = odbc.ExecDirect(handle, cursor.OpenText(query));
+//   if (SQL_SUCCEEDED(result)) result = cursor.FetchFirst(handle);  // a result like the query's own: its first rows
+//   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle);    // the next rows; what is bound stays bound
+//   cursor.Close(handle, connection);
+//
+// One driver has a way of its own, which reads past the end of a connection that is lost between two rows. These are
+// executions, and fail like any other.
+//
+// One at a time on a connection. Outside of a transaction the cursor makes one, from its opening to its closing.
+//
+// Threads: one at a time.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "ado/odbc/driver_profile.h"
+#include "ado/odbc/statement_handle.h"
+
+namespace tk::ado {
+
+class PhysicalConnection;
+
+class ServerCursor {
+public:
+    ServerCursor(const CursorStatements& statements, bool isInTransaction) noexcept
+        : statements_(statements), frame_(isInTransaction ? statements.inTransaction : statements.alone) {}
+
+    /// What opens it: a text of two statements, neither with rows.
+    std::string OpenText(std::string_view query) const;
+
+    /// Steps over what opening it answered, and fetches.
+    /// @return the driver's result; SQL_ERROR also for a query that was more than one statement
+    SQLRETURN FetchFirst(StatementHandle& handle) noexcept;
+
+    /// The part before it has been read.
+    SQLRETURN FetchNext(StatementHandle& handle) noexcept;
+
+    /// True when the last part was not a full one.
+    bool IsAtEnd() const noexcept { return isAtEnd_; }
+
+    /// Ends the cursor, and the transaction that it made; what it did is undone when a part has failed. The connection
+    /// is marked broken when neither can be done.
+    void Close(StatementHandle& handle, PhysicalConnection& connection) noexcept;
+
+    /// The same where opening has failed.
+    void Undo(PhysicalConnection& connection) const noexcept;
+
+private:
+    const CursorStatements& statements_;
+    const CursorFrame& frame_;
+    bool isAtEnd_ = false;
+    bool hasFailed_ = false;
+};
+
+}  // namespace tk::ado

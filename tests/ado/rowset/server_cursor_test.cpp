@@ -1,0 +1,181 @@
+// Large results of PostgreSQL, which come by a cursor of the server, a part of 4096 rows at a time.
+#include <unistd.h>
+
+#include <string>
+#include <thread>
+
+#include "ado/rowset/postgres_test.h"
+
+namespace tk::ado {
+namespace {
+
+using test::Do;
+using test::Query;
+using test::Show;
+
+constexpr int kRows = 20000;
+constexpr std::size_t kPart = 4096;
+
+class ServerCursor : public test::Postgres {
+protected:
+    void SetUp() override {
+        Postgres::SetUp();
+        if (IsSkipped()) return;
+        session_ = Open();
+        Do(*session_, "drop table if exists big cascade");
+        Do(*session_, "create table big as select i, 'n' || i as name from generate_series(1, 20000) i");
+    }
+    void TearDown() override {
+        session_.reset();
+        Postgres::TearDown();
+    }
+
+    std::string Ask(const std::string& sql) const { return Show(*Query(session_, sql), 0, 0); }
+
+    std::shared_ptr<Session> session_;
+};
+
+TEST_F(ServerCursor, ReadsALargeResultAndOnlyThat) {
+    const std::string name = "(select name from pg_cursors)";
+    for (const bool isInTransaction : {false, true}) {
+        SCOPED_TRACE(isInTransaction);
+        if (isInTransaction) session_->Begin(0x1000);
+        const auto rows = Query(session_, "select i, " + name + " from big order by i");
+        ASSERT_EQ(rows->CountRows(), std::size_t{kRows});
+        for (std::size_t row = 0; row < kRows; ++row) {
+            ASSERT_EQ(rows->At(row, 0).integer, static_cast<std::int64_t>(row) + 1);
+            ASSERT_EQ(rows->At(row, 1).text, "tk_rows");
+        }
+        // It is gone when the rows are there, and small results are read at once.
+        EXPECT_EQ(Ask("select count(*) from pg_cursors"), "I4 0");
+        EXPECT_EQ(Ask("select " + name + " from big where i = 1"), "NULL");
+        if (isInTransaction) session_->Commit();
+    }
+}
+
+TEST_F(ServerCursor, EndsWhereTheRowsEnd) {
+    for (const std::size_t count : {std::size_t{0}, std::size_t{1}, kPart - 1, kPart, kPart + 1, 2 * kPart}) {
+        SCOPED_TRACE(count);
+        const std::string table = "first_" + std::to_string(count);
+        Do(*session_, "drop table if exists " + table);
+        Do(*session_, "create table " + table + " as select * from big where i <= " + std::to_string(count));
+        const auto rows = Query(session_, "select * from " + table);
+        EXPECT_EQ(rows->CountRows(), count);
+        EXPECT_EQ(rows->Columns().size(), 2u);
+        if (count > 0) {
+            EXPECT_EQ(Show(*rows, count - 1, 1), "BSTR n" + std::to_string(count));
+        }
+    }
+}
+
+TEST_F(ServerCursor, KeepsToAMostOfRows) {
+    ExecuteOptions options;
+    options.maxRows = 5000;
+    EXPECT_EQ(RowSet::Fetch(session_->Execute("select * from big", options), session_, {})->CountRows(), 5000u);
+    EXPECT_EQ(Query(session_, "select * from big")->CountRows(), std::size_t{kRows});
+}
+
+TEST_F(ServerCursor, TakesParameters) {
+    test::Value least;
+    least.vt = VT_BSTR;
+    least.bstrVal = SysAllocString(u"9");
+    Parameter parameter;
+    parameter.value = &least;
+    for (int time = 0; time < 2; ++time) {  // the second time the text is known to give many rows
+        auto statement =
+            session_->Execute("select i, (select name from pg_cursors) from big where name < 'n' || ? order by i",
+                              std::span<const Parameter>(&parameter, 1), {});
+        const auto rows = RowSet::Fetch(std::move(statement), session_, {});
+        EXPECT_EQ(rows->CountRows(), 18889u);
+        EXPECT_EQ(Show(*rows, 18888, 1), time == 0 ? "BSTR " : "BSTR tk_rows");
+    }
+}
+
+TEST_F(ServerCursor, TellsAFailureBehindManyRows) {
+    std::u16string ofStatement;
+    std::u16string text;
+    const auto read = [&] { Query(session_, "select 100 / (i - 9000) from big")->CountRows(); };
+    EXPECT_EQ(Failure([&] { Query(session_, "select 100 / (i - 9000) from big where true"); }, &ofStatement),
+              0x80004005u);
+    EXPECT_EQ(Failure(read, &text), 0x80004005u);
+    EXPECT_EQ(text, ofStatement);
+    EXPECT_NE(text.find(u"division by zero"), std::u16string::npos);
+    EXPECT_EQ(Ask("select count(*) from pg_cursors"), "I4 0");
+    session_->Begin(0x1000);
+    EXPECT_EQ(Do(*session_, "delete from big where i > 15000"), 5000);
+    EXPECT_EQ(Failure(read), 0x80004005u);
+    EXPECT_EQ(Do(*session_, "delete from big where i > 14000"), 1000);  // the transaction goes on
+    session_->Commit();
+    EXPECT_EQ(Ask("select count(*) from big"), "I4 14000");
+}
+
+TEST_F(ServerCursor, TellsWhatIsWrongAsTheStatementItselfWould) {
+    std::u16string text;
+    EXPECT_EQ(Failure([&] { Query(session_, "select * from no_such_table"); }, &text), 0x80040E37u);
+    EXPECT_NE(text.find(u"relation \"no_such_table\" does not exist"), std::u16string::npos);
+    session_->Begin(0x1000);
+    EXPECT_EQ(Do(*session_, "delete from big where i = 1"), 1);
+    EXPECT_EQ(Failure([&] { Query(session_, "select * from no_such_table"); }), 0x80040E37u);
+    session_->Commit();
+    EXPECT_EQ(Ask("select count(*) from big"), "I4 19999");
+}
+
+TEST_F(ServerCursor, LeavesToTheStatementWhatNoCursorCanDo) {
+    Do(*session_, "drop table if exists copied");
+    for (const bool isInTransaction : {false, true}) {
+        if (isInTransaction) session_->Begin(0x1000);
+        Do(*session_, "select * into copied from big");
+        EXPECT_EQ(Ask("select count(*) from copied"), "I4 20000");
+        Do(*session_, "drop table copied");
+        if (isInTransaction) session_->Commit();
+    }
+    // A second statement that hides behind a quote which no other system knows.
+    EXPECT_EQ(Query(session_, R"(select name, E'\'' from big; delete from big where i > 100 -- ')")->CountRows(),
+              std::size_t{kRows});
+    EXPECT_EQ(Ask("select count(*) from big"), "I4 100");
+}
+
+TEST_F(ServerCursor, DoesAllOfTheWorkWhereNobodyWantsTheRows) {
+    Do(*session_, "drop sequence if exists taken");
+    Do(*session_, "create sequence taken");
+    ExecuteOptions options;
+    options.wantsRows = false;
+    EXPECT_TRUE(session_->Execute("select nextval('taken') from big", options).HasRows());
+    EXPECT_EQ(Ask("select last_value from taken where true"), "DECIMAL 20000");
+}
+
+TEST_F(ServerCursor, LimitsTheTimeOfEachPart) {
+    ExecuteOptions options;
+    options.timeoutSeconds = 3;
+    const std::string slow = "select case when i % 5000 = 0 then pg_sleep(1.2)::text end from big where i <= ";
+    // Three parts of 1.2 seconds each.
+    Do(*session_, "create view slow as " + slow + "15000");
+    EXPECT_EQ(RowSet::Fetch(session_->Execute("select * from slow", options), session_, {})->CountRows(), 15000u);
+    options.timeoutSeconds = 1;
+    EXPECT_EQ(
+        Failure([&] { RowSet::Fetch(session_->Execute("select * from slow", options), session_, {})->CountRows(); }),
+        0x80040E31u);
+    EXPECT_EQ(Ask("select count(*) from big"), "I4 20000");
+}
+
+TEST_F(ServerCursor, LosesItsConnectionAtAnyMoment) {
+    const auto other = Open();
+    const auto endOthers = [&] {
+        Do(*other,
+           "select pg_terminate_backend(pid) from pg_stat_activity where pid <> pg_backend_pid() and backend_type = "
+           "'client backend'");
+    };
+    int lost = 0;
+    for (int time = 0; time < 60; ++time) {
+        const auto rows = Query(session_, "select i, repeat('x', 50) from generate_series(1, 100000) i", {true, 0});
+        usleep(static_cast<useconds_t>(time % 30) * 800);
+        endOthers();
+        if (Failure([&] { rows->CountRows(); }) != S_OK) ++lost;
+        while (Failure([&] { Query(session_, "select 1 where true"); }) != S_OK) {}
+    }
+    EXPECT_GT(lost, 0);
+    EXPECT_EQ(Ask("select count(*) from big"), "I4 20000");
+}
+
+}  // namespace
+}  // namespace tk::ado

@@ -15,6 +15,8 @@
 
 namespace tk::ado {
 
+struct DriverProfile;
+
 class ConnectionString {
 public:
     struct Pair {
@@ -98,8 +100,8 @@ ResolvedConnection Resolve(const ConnectionString& text, std::string_view user, 
 /// @return the milliseconds that are left to wait by LockWait; 0: the driver's own waiting is enough
 int TakeLockTime(ConnectionString& odbc);
 
-/// Whether the driver is one that does not bear two connects at once.
-bool ConnectsInTurn(const ConnectionString& odbc);
+/// The profile of the driver that the string will load; the safe one where that is not known before connecting.
+const DriverProfile& ProfileOf(const ConnectionString& odbc);
 
 /// For the drivers that ignore the login time-out of ODBC and have a keyword for it.
 void AddLoginTimeout(ConnectionString& odbc, int seconds);

@@ -125,6 +125,7 @@ constexpr DriverProfile kProfiles[] = {
         .streaming = Streaming::Cursor,
         .cursor = &kPostgresCursor,
         .readOnlyStatement = "SET SESSION CHARACTERISTICS AS TRANSACTION READ ONLY",
+        .lifeQuestion = std::string_view("\0\0\0\10\4\322\26\57", 8),  // whether it encrypts
         .pingStatement = "SELECT 1",
         .hasBatches = true,
         .indexQuery = kPostgresIndexes,
@@ -165,6 +166,7 @@ constexpr DriverProfile kProfiles[] = {
         .timeLimitStatement = "SET SESSION max_statement_time=",
         .loginTimeoutKeyword = "CONN_TIMEOUT",
         .readOnlyStatement = "SET SESSION TRANSACTION READ ONLY",
+        .lifeQuestion = "",
         .hasBatches = true,
         .needsSingleStatements = true,
         .leavesResults = true,
@@ -187,6 +189,8 @@ constexpr DriverProfile kProfiles[] = {
         .fetchMode = FetchMode::BoundThenGet,
         .firstBlockRows = 16,
         .fullBlockRows = 256,
+        // A login begins with both sides' versions, and whether they encrypt.
+        .lifeQuestion = std::string_view("\22\1\0\32\0\0\0\0\0\0\13\0\6\1\0\21\0\1\377\0\0\0\0\0\0\2", 26),
         .pingStatement = "SELECT 1",
         .hasBatches = true,
         .readsBaseFromText = true,  // the server tells base tables only of server cursors

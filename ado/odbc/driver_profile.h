@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -91,7 +92,10 @@ struct DriverProfile {
     const char* readOnlyStatement = nullptr;   // makes the server refuse every change of the session
     const char* lockTimeKeyword = nullptr;     // milliseconds that the driver waits for locks, deaf to everything else
     int lockedNative = 0;                      // ... and what it says when they are over
-    const char* pingStatement = nullptr;       // where a lost idle connection shows only at its next use
+    // What a server answers on a new connection, before it knows who asks: a sign of life. Empty: it speaks first;
+    // none: there is no server, or it is not known how to ask.
+    std::optional<std::string_view> lifeQuestion = {};
+    const char* pingStatement = nullptr;  // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;             // SQLMoreResults is worth asking
     bool needsSingleStatements = false;  // a text of several keeps the connection locked, or ends the process

@@ -8,6 +8,7 @@
 #include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/environment.h"
+#include "ado/odbc/server_call.h"
 
 namespace tk::ado {
 namespace {
@@ -47,7 +48,8 @@ PhysicalConnection::PhysicalConnection(const Request& request)
     std::string completed(4096, '\0');
     SQLSMALLINT length = 0;
     const auto connect = [&] {
-        const ConnectTurn turn(request.connectsInTurn);
+        const ConnectTurn turn(request.likely->connectsInTurn);
+        const ServerCall call(*request.likely, request.loginTimeoutSeconds);
         return odbc.DriverConnect(Get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                                   static_cast<SQLSMALLINT>(text.size()), reinterpret_cast<SQLCHAR*>(completed.data()),
                                   static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
@@ -73,6 +75,7 @@ PhysicalConnection::PhysicalConnection(const Request& request)
 }
 
 PhysicalConnection::~PhysicalConnection() {
+    const ServerCall call(*profile_);
     // The driver manager frees the statements of a connection that ends: these handles end before.
     prepared_.clear();
     handles_.clear();
@@ -105,12 +108,14 @@ unsigned PhysicalConnection::InfoNumber(SQLUSMALLINT item) const {
 
 bool PhysicalConnection::IsDead() const noexcept {
     if (!profile_->hasConnectionDead) return false;
+    const ServerCall call(*profile_);
     SQLUINTEGER dead = SQL_CD_FALSE;
     Odbc().GetConnectAttr(Get(), SQL_ATTR_CONNECTION_DEAD, &dead, SQL_IS_UINTEGER, nullptr);
     return dead == SQL_CD_TRUE;
 }
 
 std::string PhysicalConnection::CurrentCatalog() const {
+    const ServerCall call(*profile_);
     char buffer[512] = {};
     SQLINTEGER length = 0;
     Odbc().GetConnectAttr(Get(), SQL_ATTR_CURRENT_CATALOG, buffer, sizeof buffer - 1, &length);
@@ -118,6 +123,7 @@ std::string PhysicalConnection::CurrentCatalog() const {
 }
 
 void PhysicalConnection::SetCurrentCatalog(std::string_view name) {
+    const ServerCall call(*profile_);
     std::string text(name);
     MarkChanged();
     const SQLRETURN result =
@@ -167,6 +173,7 @@ void PhysicalConnection::ReturnPrepared(std::string text, std::unique_ptr<Statem
 
 void PhysicalConnection::SetAutoCommit(bool on) {
     if (on == isAutoCommit_) return;
+    const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().SetConnectAttr(
         Get(), SQL_ATTR_AUTOCOMMIT, Number(on ? SQL_AUTOCOMMIT_ON : SQL_AUTOCOMMIT_OFF), SQL_IS_UINTEGER);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
@@ -175,18 +182,21 @@ void PhysicalConnection::SetAutoCommit(bool on) {
 
 void PhysicalConnection::SetIsolation(SQLUINTEGER isolation) {
     if (isolation == isolation_ || isolation == 0) return;
+    const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().SetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, Number(isolation), SQL_IS_UINTEGER);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
     isolation_ = isolation;
 }
 
 SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
+    const ServerCall call(*profile_);
     SQLUINTEGER isolation = isolation_;
     Odbc().GetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, &isolation, SQL_IS_UINTEGER, nullptr);
     return isolation;
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
+    const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
 }
@@ -199,6 +209,7 @@ bool PhysicalConnection::RunText(const char* sql) noexcept try {
 }
 
 void PhysicalConnection::RunSimple(const std::string& sql) {
+    const ServerCall call(*profile_);
     OdbcStatement statement(Get());
     std::string text = sql;
     const SQLRETURN result = Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS);

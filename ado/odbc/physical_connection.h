@@ -29,8 +29,8 @@ public:
         std::string odbcString;
         LONG loginTimeoutSeconds = 15;
         bool readOnly = false;
-        bool connectsInTurn = false;  // see DriverProfile
-        int lockMilliseconds = 0;     // for LockWait
+        const DriverProfile* likely = &FindProfile({});  // of the driver that the string names
+        int lockMilliseconds = 0;                        // for LockWait
     };
 
     /// @throws AdoError with the driver's diagnostics

@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "ado/odbc/running_call.h"
+#include "ado/odbc/server_call.h"
 #include "ado/odbc/session.h"
 #include "ado/odbc/watchdog.h"
 
@@ -24,6 +25,7 @@ public:
     /// Waits for what workers still do on the connection.
     /// @throws AdoError when the time is over or the wait was cancelled
     PreparedText(Session& session, std::string_view sql, LONG timeoutSeconds);
+    /// Waits for the server where the driver does, within the usual limit.
     ~PreparedText();
     PreparedText(const PreparedText&) = delete;
     PreparedText& operator=(const PreparedText&) = delete;
@@ -38,6 +40,7 @@ public:
         statement_.Start();
         const RunningCall::Scope running(session_.Running(), statement_);
         WatchdogGuard guard(timeoutSeconds_, statement_);
+        const ServerCall call(statement_.Profile(), timeoutSeconds_, &statement_);
         SQLRETURN result = Prepare();
         if (SQL_SUCCEEDED(result)) result = question(statement_.Get());
         guard.Finish();

@@ -313,7 +313,8 @@ void SetLogin(const ConnectionString& text, std::string_view user, std::string_v
     SetIfGiven(odbc, "PWD", pwd);
 }
 
-/// The profile of the driver that the string will load; the safe one where that is not known before connecting.
+}  // namespace
+
 const DriverProfile& ProfileOf(const ConnectionString& odbc) {
     std::string driver = odbc.Get({"Driver"});
     if (driver.empty()) {
@@ -329,15 +330,9 @@ const DriverProfile& ProfileOf(const ConnectionString& odbc) {
     return byName;
 }
 
-}  // namespace
-
 void AddLoginTimeout(ConnectionString& odbc, int seconds) {
     const char* keyword = ProfileOf(odbc).loginTimeoutKeyword;
     if (keyword != nullptr && seconds > 0) odbc.SetIfAbsent(keyword, std::to_string(seconds));
-}
-
-bool ConnectsInTurn(const ConnectionString& odbc) {
-    return ProfileOf(odbc).connectsInTurn;
 }
 
 int TakeLockTime(ConnectionString& odbc) {

@@ -1,15 +1,15 @@
 #include "ado/odbc/running_call.h"
 
-#include <thread>
+#include "ado/odbc/moments.h"
 
 namespace tk::ado {
 
 void RunningCall::Clear() noexcept {
     std::uintptr_t place = place_.load(std::memory_order_relaxed);
-    for (;;) {
-        // A canceller is inside the driver's cancel call, which is short.
+    for (Moments moments;;) {
+        // A canceller is inside the driver's cancel call.
         if ((place & kReaching) != 0) {
-            std::this_thread::yield();
+            moments.Wait();
             place = place_.load(std::memory_order_acquire);
         } else if (place_.compare_exchange_weak(place, 0, std::memory_order_acq_rel)) {
             return;

@@ -13,6 +13,7 @@
 #include "ado/odbc/parameter_binding.h"
 #include "ado/odbc/physical_connection.h"
 #include "ado/odbc/result_sizes.h"
+#include "ado/odbc/server_call.h"
 #include "ado/odbc/server_cursor.h"
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/session_facts.h"
@@ -131,6 +132,7 @@ struct Session::Impl {
         statement->lease = on;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
+        ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
             if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
@@ -139,6 +141,7 @@ struct Session::Impl {
         } catch (const AdoError&) {
             // Some drivers notice a lost connection only here.
             (*on)->MarkBroken();
+            if (server.WasCut()) throw MakeWaitedError();
             throw;
         }
         StatementHandle& handle = *statement->handle;
@@ -146,6 +149,7 @@ struct Session::Impl {
         handle.SetMaxRows(options.maxRows);
         handle.Start();
         const RunningCall::Scope scope(running, handle);
+        server.Name(handle);
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
         CallResult called = call(handle);
@@ -197,8 +201,9 @@ struct Session::Impl {
         }
         try {
             return Run(lease, sql, options, call);
-        } catch (const AdoError&) {
-            if (!Physical().IsBroken()) throw;
+        } catch (const AdoError& error) {
+            // Its time may be over because the server hangs: the connection was alive then.
+            if (!Physical().IsBroken() || IsEnded(error)) throw;
         }
         Replace();
         return Run(lease, sql, options, call);

@@ -15,7 +15,7 @@ std::shared_ptr<const SessionFacts> WorkOut(const SessionSettings& settings, Ses
     facts->properties = std::move(resolved.properties);
     facts->request.loginTimeoutSeconds = facts->properties.connectTimeoutSeconds.value_or(settings.loginTimeoutSeconds);
     facts->request.readOnly = facts->properties.mode ? IsReadOnlyMode(*facts->properties.mode) : settings.readOnly;
-    facts->request.connectsInTurn = ConnectsInTurn(resolved.odbc);
+    facts->request.likely = &ProfileOf(resolved.odbc);
     AddLoginTimeout(resolved.odbc, facts->request.loginTimeoutSeconds);
     facts->request.lockMilliseconds = TakeLockTime(resolved.odbc);
     facts->request.odbcString = resolved.odbc.ToOdbc();

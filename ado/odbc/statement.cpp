@@ -1,6 +1,7 @@
 #include "ado/odbc/statement.h"
 
 #include "ado/odbc/output_row.h"
+#include "ado/odbc/server_call.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/rowset/describe.h"
 
@@ -9,6 +10,7 @@ namespace tk::ado {
 Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
+    const ServerCall call(handle->Profile());
     if (mayHaveMore && columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
     if (mayHaveRows) handle->Close();
     if (cursor) cursor->Close(*handle, **lease);
@@ -59,7 +61,7 @@ void Statement::Impl::Fail(SQLRETURN result) {
     bool isLost = false;
     for (const DiagnosticRecord& record : records)
         isLost = isLost || Classify(record).connectionLost;
-    if (isLost || (*lease)->IsDead()) (*lease)->MarkBroken();
+    if (isLost || handle->WasCut() || (*lease)->IsDead()) (*lease)->MarkBroken();
     // A server's own time limit reads like a cancellation; nobody has asked for one.
     const bool isExpired = handle->WasExpired();
     // A call that was waiting for a lock when it was ended tells only that; one that had not begun yet, nothing of use.
@@ -120,6 +122,7 @@ bool Statement::Impl::NextResult() {
     if (!mayHaveMore) return false;
     const bool isWatched = handle->Profile().timeLimit == TimeLimit::Watchdog;
     WatchdogGuard guard(isWatched ? timeoutSeconds : 0, *handle);
+    const ServerCall call(handle->Profile(), timeoutSeconds, handle.get());
     const SQLRETURN result = Odbc().MoreResults(handle->Get());
     guard.Finish();
     if (result == SQL_NO_DATA) return mayHaveMore = false;

@@ -3,7 +3,20 @@
 #include <chrono>
 #include <thread>
 
+#include "ado/odbc/moments.h"
+#include "ado/odbc/server_call.h"
+
 namespace tk::ado {
+namespace {
+
+constexpr LONG kCancelSeconds = 5;
+
+}  // namespace
+
+StatementHandle::~StatementHandle() {
+    const ServerCall call(profile_);
+    handle_.Reset();
+}
 
 void StatementHandle::Start() noexcept {
     state_.store(kRunning, std::memory_order_release);
@@ -11,10 +24,11 @@ void StatementHandle::Start() noexcept {
 
 void StatementHandle::Finish() noexcept {
     // Whoever is inside the driver's cancel call uses the handle: its end is waited for, which is a matter of one call.
+    Moments moments;
     unsigned state = state_.load(std::memory_order_acquire);
     while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, state & ~kRunning)) {
         if ((state & kReaching) == 0) continue;
-        std::this_thread::yield();
+        moments.Wait();
         state = state_.load(std::memory_order_acquire);
     }
 }
@@ -40,9 +54,12 @@ bool StatementHandle::RowCallLasts() const noexcept {
 void StatementHandle::Reach(State reason) noexcept {
     unsigned state = state_.load(std::memory_order_acquire);
     do {
-        if ((state & kRunning) == 0 || (state & kReaching) != 0) return;
+        if ((state & kRunning) == 0 || (state & (kReaching | kCut)) != 0) return;
     } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
-    if ((state & kRows) == 0 || RowCallLasts()) Odbc().Cancel(Get());
+    if ((state & kRows) == 0 || RowCallLasts()) {
+        const ServerCall call(profile_, kCancelSeconds);
+        Odbc().Cancel(Get());
+    }
     state_.fetch_and(~static_cast<unsigned>(kReaching), std::memory_order_release);
 }
 
@@ -50,8 +67,17 @@ void StatementHandle::CancelRunning() noexcept {
     Reach(kCancelled);
 }
 
-void StatementHandle::Expire() noexcept {
+int StatementHandle::Expire() noexcept {
     Reach(kExpired);
+    return 0;
+}
+
+bool StatementHandle::BeginCut() noexcept {
+    unsigned state = state_.load(std::memory_order_acquire);
+    do {
+        if ((state & kReaching) != 0) return false;
+    } while (!state_.compare_exchange_weak(state, state | kCut | kExpired));
+    return true;
 }
 
 bool StatementHandle::WasExpired() const noexcept {

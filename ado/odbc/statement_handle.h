@@ -21,7 +21,9 @@ public:
 
 class StatementHandle final : public Expiring {
 public:
-    StatementHandle(SQLHDBC connection, const DriverProfile& profile) : handle_(connection), profile_(profile) {}
+    StatementHandle(SQLHDBC connection, const DriverProfile& profile)
+        : Expiring(MayWait::Yes), handle_(connection), profile_(profile) {}
+    ~StatementHandle();
 
     SQLHSTMT Get() const noexcept { return handle_.Get(); }
     const DriverProfile& Profile() const noexcept { return profile_; }
@@ -54,8 +56,13 @@ public:
     bool IsEnded() const noexcept { return (state_.load(std::memory_order_acquire) & (kCancelled | kExpired)) != 0; }
 
     /// As CancelRunning, because the time is over.
-    void Expire() noexcept override;
+    int Expire() noexcept override;
     bool WasExpired() const noexcept;
+
+    /// The connection that the running call waits for is about to be shut down: from now on until the next Start nobody
+    /// cancels it inside the driver, which does not bear both at once. False, and nothing done, while somebody does.
+    bool BeginCut() noexcept;
+    bool WasCut() const noexcept { return (state_.load(std::memory_order_acquire) & kCut) != 0; }
 
     /// Attributes are sent only when they change.
     void SetTimeout(LONG seconds);
@@ -89,7 +96,15 @@ public:
 
 private:
     // What has happened to the running call; kReaching while another thread is inside the driver's cancel call.
-    enum State : unsigned { kRunning = 1, kReaching = 2, kCancelled = 4, kExpired = 8, kRows = 16, kInRowCalls = 32 };
+    enum State : unsigned {
+        kRunning = 1,
+        kReaching = 2,
+        kCancelled = 4,
+        kExpired = 8,
+        kRows = 16,
+        kInRowCalls = 32,
+        kCut = 64
+    };
     void Reach(State reason) noexcept;
     bool RowCallLasts() const noexcept;
 

@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "ado/odbc/fork.h"
+#include "ado/odbc/moments.h"
 
 namespace tk::ado {
 namespace {
@@ -19,7 +21,8 @@ namespace {
 constexpr auto kInterval = std::chrono::milliseconds(200);
 constexpr int kQuietRounds = 25;  // five seconds without a guard: sleep until the next one
 
-constexpr std::int64_t kSecond = 1'000'000'000;
+constexpr std::int64_t kMillisecond = 1'000'000;
+constexpr std::int64_t kSecond = 1000 * kMillisecond;
 
 // Limits are whole seconds: the clock that is read without a detour through the hardware is good enough.
 std::int64_t Now() noexcept {
@@ -44,15 +47,18 @@ struct WatchSlot {
 
 class Watchdog {
 public:
-    static Watchdog& Instance() {
-        // Never destroyed: calls may run while static objects end. At exit its thread ends.
-        static constinit PerProcess<Watchdog> instance;
+    /// Of all targets that may wait, or of all that do not.
+    static Watchdog& Of(const Expiring& target) {
+        // Never destroyed: calls may run while static objects end. At exit their threads end.
+        static constinit PerProcess<Watchdog> instances[2];
         static const struct AtExit {
             ~AtExit() {
-                if (Watchdog* const own = instance.Existing()) own->ShutDown();
+                for (const auto& instance : instances) {
+                    if (Watchdog* const own = instance.Existing()) own->ShutDown();
+                }
             }
         } atExit;
-        return instance.Get();
+        return instances[target.mayWait_ == Expiring::MayWait::Yes ? 1 : 0].Get();
     }
 
     void ShutDown() {
@@ -69,16 +75,23 @@ public:
         WatchSlot* const slot = target.slot_;
         // Before the look at isAsleep_, as the thread sets that before its last look at the slots: one sees the other.
         slot->deadline.store(deadline, std::memory_order_seq_cst);
-        if (isAsleep_.load(std::memory_order_seq_cst)) Wake();
+        if (!isAsleep_.load(std::memory_order_seq_cst)) return slot;
+        try {
+            Wake();
+        } catch (...) {
+            Leave(slot);
+            throw;
+        }
         return slot;
     }
 
     static void Leave(WatchSlot* slot) noexcept {
         std::int64_t seen = slot->deadline.load(std::memory_order_acquire);
-        // A cancellation under way uses the target: wait for its end, which is a matter of one call.
+        Moments moments;
+        // A call under way uses the target: wait for its end, which is a matter of one call.
         while (seen != kFired && (seen == kFiring || !slot->deadline.compare_exchange_weak(seen, kIdle))) {
             if (seen != kFiring) continue;
-            std::this_thread::yield();
+            moments.Wait();
             seen = slot->deadline.load(std::memory_order_acquire);
         }
         slot->deadline.store(kIdle, std::memory_order_relaxed);
@@ -113,6 +126,17 @@ private:
         wake_.notify_one();
     }
 
+    /// How long the thread may sleep: less than usual where a call is due before that.
+    std::chrono::nanoseconds Interval() const noexcept {
+        std::int64_t interval = std::chrono::nanoseconds(kInterval).count();
+        const std::int64_t now = Now();
+        for (const WatchSlot& slot : slots_) {
+            const std::int64_t deadline = slot.deadline.load(std::memory_order_relaxed);
+            if (deadline > kFired) interval = std::clamp(deadline - now, kMillisecond, interval);
+        }
+        return std::chrono::nanoseconds(interval);
+    }
+
     bool IsAnyWatched() const noexcept {
         for (const WatchSlot& slot : slots_) {
             if (slot.deadline.load(std::memory_order_seq_cst) != kIdle) return true;
@@ -131,7 +155,7 @@ private:
                 isAsleep_ = false;
                 quiet = 0;
             } else {
-                wake_.wait_for(lock, kInterval, [this] { return stop_; });
+                wake_.wait_for(lock, Interval(), [this] { return stop_; });
             }
             for (std::size_t i = 0; i < slots_.size() && !stop_; ++i) {
                 WatchSlot& slot = slots_[i];
@@ -139,9 +163,9 @@ private:
                 if (deadline <= kFired || deadline > Now()) continue;
                 if (!slot.deadline.compare_exchange_strong(deadline, kFiring)) continue;
                 Expiring* target = slot.target;
-                lock.unlock();  // the driver may talk to its server
-                target->Expire();
-                slot.deadline.store(kFired, std::memory_order_release);
+                lock.unlock();
+                const int again = target->Expire();
+                slot.deadline.store(again > 0 ? Now() + again * kMillisecond : kFired, std::memory_order_release);
                 lock.lock();
             }
         }
@@ -157,12 +181,12 @@ private:
 };
 
 Expiring::~Expiring() {
-    if (slot_ != nullptr) Watchdog::Instance().GiveBack(slot_);
+    if (slot_ != nullptr) Watchdog::Of(*this).GiveBack(slot_);
 }
 
-WatchdogGuard::WatchdogGuard(LONG seconds, Expiring& target) {
+WatchdogGuard::WatchdogGuard(LONG seconds, Expiring& target, int milliseconds) {
     if (seconds <= 0) return;
-    slot_ = Watchdog::Instance().Enter(Now() + seconds * kSecond, target);
+    slot_ = Watchdog::Of(target).Enter(Now() + seconds * kSecond + milliseconds * kMillisecond, target);
 }
 
 void WatchdogGuard::Finish() noexcept {

@@ -19,19 +19,24 @@ struct WatchSlot;
 /// What a guard can end; under one guard at a time.
 class Expiring {
 public:
-    Expiring() = default;
     Expiring(const Expiring&) = delete;
     Expiring& operator=(const Expiring&) = delete;
 
-    /// Called on the watchdog's thread when the time is over.
-    virtual void Expire() noexcept = 0;
+    /// Called on a thread of the watchdog's when the time is over.
+    /// @return milliseconds until it is called again, unless the guard has ended; 0: not again
+    virtual int Expire() noexcept = 0;
 
 protected:
+    /// Whether Expire may have to wait, for a server: such ones have a thread of their own.
+    enum class MayWait : unsigned char { No, Yes };
+
+    explicit Expiring(MayWait mayWait) noexcept : mayWait_(mayWait) {}
     ~Expiring();
 
 private:
     friend class Watchdog;
     friend class WatchdogGuard;
+    MayWait mayWait_;
     WatchSlot* slot_ = nullptr;  // from its first guard on
 };
 
@@ -39,7 +44,8 @@ class WatchdogGuard {
 public:
     /// @param seconds  0 watches nothing
     /// @param target  outlives the guard
-    WatchdogGuard(LONG seconds, Expiring& target);
+    /// @param milliseconds  more
+    WatchdogGuard(LONG seconds, Expiring& target, int milliseconds = 0);
     ~WatchdogGuard() { Finish(); }
     WatchdogGuard(const WatchdogGuard&) = delete;
     WatchdogGuard& operator=(const WatchdogGuard&) = delete;

@@ -6,6 +6,7 @@
 
 #include "ado/odbc/lock_wait.h"
 #include "ado/odbc/result_sizes.h"
+#include "ado/odbc/server_call.h"
 #include "ado/odbc/watchdog.h"
 #include "ado/rowset/row_set_impl.h"
 
@@ -38,7 +39,9 @@ bool RowSet::Impl::Step(std::size_t rows) {
     const std::size_t wanted = maxRows == 0 ? rows : std::min(rows, maxRows - have);
     if (wanted == 0) return false;
     // A driver that steps through its rows does its work here, not in the execution.
-    WatchdogGuard guard(stepSeconds, *statement->Internals().handle);
+    Statement::Impl& inside = statement->Internals();
+    WatchdogGuard guard(stepSeconds, *inside.handle);
+    const ServerCall call(inside.handle->Profile(), inside.timeoutSeconds, inside.handle.get());
     auto chunk = fetcher->FetchChunk(have, wanted);
     guard.Finish();
     if (chunk != nullptr) {
@@ -51,7 +54,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
         changed.notify_all();
         if (!fetcher->AtEnd()) return true;
     }
-    if (!statement->Internals().FetchPart()) return false;
+    if (!inside.FetchPart()) return false;
     fetcher->GoOn();
     return true;
 }

@@ -101,4 +101,8 @@ void MariaDbServer::Cut() {
     std::remove(folder_.File("server.log").c_str());
 }
 
+void MariaDbServer::Hold(bool isHeld) {
+    if (server_ != 0) tk::test::Hold(server_, isHeld);
+}
+
 }  // namespace tk::test

@@ -32,6 +32,8 @@ public:
     void Stop();
     /// Ends it as a power cut does: it says nothing to anybody. Nothing happens when it does not run.
     void Cut();
+    /// Holds all of its processes where they are, connections and all, or lets them go on.
+    void Hold(bool isHeld);
 
 private:
     TemporaryFolder folder_;

@@ -97,4 +97,8 @@ void PostgresServer::Cut() {
     std::remove(folder_.File("server.log").c_str());
 }
 
+void PostgresServer::Hold(bool isHeld) {
+    if (server_ != 0) tk::test::Hold(server_, isHeld);
+}
+
 }  // namespace tk::test

@@ -12,10 +12,12 @@
 #include <unistd.h>
 
 #include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tk::test {
@@ -126,6 +128,38 @@ inline void Cut(pid_t child) {
         // One that nobody waits for stays in the list of processes, but without memory.
         while (std::ifstream("/proc/" + std::to_string(each) + "/maps").get() != std::ifstream::traits_type::eof()) {
             if (std::time(nullptr) > end) throw std::runtime_error("a process of the server does not end");
+            Pause();
+        }
+    }
+}
+
+/// True when no thread of a process runs any more, as a stopping signal does not tell at once.
+inline bool IsHeld(pid_t process) {
+    const std::string tasks = "/proc/" + std::to_string(process) + "/task";
+    std::error_code failure;
+    for (const auto& task : std::filesystem::directory_iterator(tasks, failure)) {
+        std::string stat;
+        std::getline(std::ifstream(task.path() / "stat"), stat);
+        const std::size_t behindName = stat.rfind(')');
+        if (behindName == std::string::npos || behindName + 2 >= stat.size()) continue;  // it has ended
+        if (std::string_view("TZX").find(stat[behindName + 2]) == std::string_view::npos) return false;
+    }
+    return true;
+}
+
+/// Holds a child and those it started where they are, without a word, or lets them go on.
+inline void Hold(pid_t child, bool isHeld) {
+    kill(child, isHeld ? SIGSTOP : SIGCONT);  // starts no more of them meanwhile
+    std::vector<pid_t> all = ChildrenOf(child);
+    for (const pid_t each : all)
+        kill(each, isHeld ? SIGSTOP : SIGCONT);
+    if (!isHeld) return;
+    all.push_back(child);
+    constexpr int kSeconds = 30;
+    const std::time_t end = std::time(nullptr) + kSeconds;
+    for (const pid_t each : all) {
+        while (!IsHeld(each)) {
+            if (std::time(nullptr) > end) throw std::runtime_error("a process of the server does not stop");
             Pause();
         }
     }

@@ -276,7 +276,12 @@ TEST_F(LockedFile, KeepsReadersWaitingForAWriterThatLetsNobodyRead) {
 
 class Recorder final : public Expiring {
 public:
-    void Expire() noexcept override { ++expired; }
+    Recorder() : Expiring(MayWait::No) {}
+    int Expire() noexcept override {
+        ++expired;
+        return again;
+    }
+    int again = 0;
     std::atomic<int> expired = 0;
 };
 
@@ -288,6 +293,20 @@ TEST(WatchdogGuard, FiresOnceAfterItsTime) {
     EXPECT_EQ(recorder.expired, 1);
     usleep(300'000);
     EXPECT_EQ(recorder.expired, 1);
+}
+
+TEST(WatchdogGuard, FiresAgainWhenItIsAskedTo) {
+    Recorder recorder;
+    recorder.again = 20;
+    {
+        WatchdogGuard guard(1, recorder);
+        for (int i = 0; i < 300 && recorder.expired < 3; ++i)
+            usleep(10'000);
+    }
+    const int expired = recorder.expired;
+    EXPECT_GE(expired, 3);
+    usleep(300'000);
+    EXPECT_EQ(recorder.expired, expired);
 }
 
 TEST(WatchdogGuard, NeverFiresAfterItsEnd) {

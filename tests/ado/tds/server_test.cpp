@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "ado/odbc/driver_profile.h"
 #include "tds_test.h"
 
 namespace tk::ado::test {
@@ -82,6 +83,16 @@ TEST(TdsServer, ClosesConnectionsThatAreNotOfItsProtocol) {
     }
     const Object opened = Object::Create(kConnectionClass);
     EXPECT_TRUE(opened.Call(connection::kOpen, {Text(ToUtf16(server.ConnectionString()))}).Ok());
+}
+
+TEST(TdsServer, AnswersTheQuestionForASignOfLife) {
+    tk::test::TdsServer server;
+    const RawClient client(server.Port());
+    client.Send(std::string(*FindProfile("tdsodbc").lifeQuestion));
+    client.StopSending();
+    const std::string answer = client.ReadToEnd();
+    ASSERT_FALSE(answer.empty());
+    EXPECT_EQ(answer[0], 4);  // the answer to a login's beginning
 }
 
 TEST(TdsServer, EndsWithItsClientsStillThere) {

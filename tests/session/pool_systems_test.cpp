@@ -155,6 +155,26 @@ protected:
         EXPECT_EQ(server.CloseDatabase(), 1);
     }
 
+    /// Load on a pool whose server hangs for a while.
+    template <typename System>
+    void OutliveItsHanging(System& system) {
+        CTDataServer server;
+        Open(server, system.ConnectionString(), "tester", "pw");
+        Load load(server);
+        EXPECT_TRUE(load.WaitForSuccess(10));
+        system.Hold(true);
+        for (int i = 0; i < 50; ++i) {
+            Pause();
+            ExpectNoneLost(server);
+        }
+        system.Hold(false);
+        EXPECT_TRUE(load.WaitForSuccess(20));
+        load.Stop();
+        EXPECT_EQ(load.wrong, 0);
+        ExpectWhole(server);
+        EXPECT_EQ(server.CloseDatabase(), 1);
+    }
+
     Apartment apartment_;
     PlatformCalls calls_;
 };
@@ -202,6 +222,16 @@ TEST_F(PoolSystems, RecoverWhenPostgresStoppedAndStartedAgain) {
 TEST_F(PoolSystems, RecoverWhenPostgresWasCutOffAndStartedAgain) {
     PostgresServer postgres;
     OutliveItsEnd(postgres, [&] { postgres.Cut(); });
+}
+
+TEST_F(PoolSystems, GoOnWhenPostgresHasHung) {
+    PostgresServer postgres;
+    OutliveItsHanging(postgres);
+}
+
+TEST_F(PoolSystems, GoOnWhenMariaDbHasHung) {
+    MariaDbServer mariadb;
+    OutliveItsHanging(mariadb);
 }
 
 TEST_F(PoolSystems, RecoverWhenMariaDbStoppedAndStartedAgain) {

@@ -11,12 +11,16 @@ constexpr auto kMoment = std::chrono::milliseconds(10);
 
 }  // namespace
 
-bool LockWait::GoesOn(const StatementHandle& handle) {
-    if (connection_.LockMilliseconds() == 0 || handle.WasCancelled() || handle.WasExpired()) return false;
+bool LockWait::GoesOn(StatementHandle& handle) {
+    if (connection_.LockMilliseconds() == 0) return false;
+    handle.HoldCancel();
+    if (handle.IsEnded()) return false;
     const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle.Get());
     const int locked = connection_.Profile().lockedNative;
     if (!std::ranges::any_of(records, [&](const auto& each) { return each.native == locked; })) return false;
-    return GoesOn() && !handle.IsEnded();
+    if (!GoesOn()) return false;
+    handle.AllowCancel();
+    return !handle.IsEnded();
 }
 
 bool LockWait::GoesOn(const AdoError& error) {

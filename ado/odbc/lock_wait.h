@@ -20,7 +20,7 @@ public:
 
     /// After a failed call, before its diagnostics are replaced: true when it failed for a lock and is to be made
     /// again. Waits a moment then.
-    bool GoesOn(const StatementHandle& handle);
+    bool GoesOn(StatementHandle& handle);
 
     /// The same for a failure that has been read already.
     bool GoesOn(const AdoError& error);

@@ -44,6 +44,7 @@ public:
         SQLRETURN result = Prepare();
         if (SQL_SUCCEEDED(result)) result = question(statement_.Get());
         guard.Finish();
+        statement_.HoldCancel();  // the diagnostics are the caller's now
         if (!SQL_SUCCEEDED(result)) ThrowIfEnded();
         return result;
     }

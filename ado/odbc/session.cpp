@@ -167,7 +167,9 @@ struct Session::Impl {
         guard.Finish();
         const SQLRETURN result = called.result;
         if (result == SQL_SUCCESS_WITH_INFO) {
+            handle.HoldCancel();
             statement->warnings = MakeError(ReadDiagnostics(SQL_HANDLE_STMT, handle.Get())).Records();
+            handle.AllowCancel();
         }
         if (options.prepared) statement->preparedText = sql;
         statement->ReadResultShape();

@@ -46,6 +46,8 @@ bool Statement::Impl::FetchPart() {
 }
 
 void Statement::Impl::Restart() {
+    handle->AllowCancel();
+    ExpectNotEnded();
     handle->Close();
     const SQLRETURN result = preparedText.empty()
                                  ? Odbc().ExecDirect(handle->Get(), reinterpret_cast<SQLCHAR*>(text.data()),
@@ -56,6 +58,7 @@ void Statement::Impl::Restart() {
 
 void Statement::Impl::Fail(SQLRETURN result) {
     mayHaveMore = false;
+    handle->HoldCancel();
     std::vector<DiagnosticRecord> records;
     if (result != SQL_INVALID_HANDLE) records = ReadDiagnostics(SQL_HANDLE_STMT, handle->Get());
     bool isLost = false;

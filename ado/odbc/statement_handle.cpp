@@ -22,15 +22,27 @@ void StatementHandle::Start() noexcept {
     state_.store(kRunning, std::memory_order_release);
 }
 
-void StatementHandle::Finish() noexcept {
+void StatementHandle::WaitWhileReached(unsigned clear, unsigned set) noexcept {
     // Whoever is inside the driver's cancel call uses the handle: its end is waited for, which is a matter of one call.
     Moments moments;
     unsigned state = state_.load(std::memory_order_acquire);
-    while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, state & ~kRunning)) {
+    while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, (state & ~clear) | set)) {
         if ((state & kReaching) == 0) continue;
         moments.Wait();
         state = state_.load(std::memory_order_acquire);
     }
+}
+
+void StatementHandle::Finish() noexcept {
+    WaitWhileReached(kRunning, 0);
+}
+
+void StatementHandle::HoldCancel() noexcept {
+    WaitWhileReached(0, kHeld);
+}
+
+void StatementHandle::AllowCancel() noexcept {
+    state_.fetch_and(~static_cast<unsigned>(kHeld));
 }
 
 void StatementHandle::BeginRows() noexcept {
@@ -56,7 +68,7 @@ void StatementHandle::Reach(State reason) noexcept {
     do {
         if ((state & kRunning) == 0 || (state & (kReaching | kCut)) != 0) return;
     } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
-    if ((state & kRows) == 0 || RowCallLasts()) {
+    if ((state & kHeld) == 0 && ((state & kRows) == 0 || RowCallLasts())) {
         const ServerCall call(profile_, kCancelSeconds);
         Odbc().Cancel(Get());
     }

@@ -38,6 +38,12 @@ public:
     void BeginRows() noexcept;
     void EndRows() noexcept;
 
+    /// Between two calls the driver is not to be cancelled either: the driver manager would drop the diagnostics of the
+    /// call before, which may be being read. From HoldCancel to AllowCancel or Start a cancellation only leaves its
+    /// mark, which whoever makes the next call looks for.
+    void HoldCancel() noexcept;
+    void AllowCancel() noexcept;
+
     /// Around the calls that fetch rows.
     class RowCalls {
     public:
@@ -103,8 +109,10 @@ private:
         kExpired = 8,
         kRows = 16,
         kInRowCalls = 32,
-        kCut = 64
+        kCut = 64,
+        kHeld = 128
     };
+    void WaitWhileReached(unsigned clear, unsigned set) noexcept;
     void Reach(State reason) noexcept;
     bool RowCallLasts() const noexcept;
 

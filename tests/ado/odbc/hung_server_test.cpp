@@ -157,6 +157,11 @@ TEST_P(HungServer, EndsACommitThatWaitsForIt) {
 }
 
 TEST_P(HungServer, EndsADescription) {
+#ifdef __SANITIZE_THREAD__
+    if (session_->Profile().name == std::string_view("mariadb")) {
+        GTEST_SKIP() << "the driver's SQLCancel writes its failure where the call that it cancels writes its own";
+    }
+#endif
     Do(*session_, "insert into kept values (1)");
     PreparedText prepared(*session_, "select id from kept where id = ?", 1);
     Hold(true);

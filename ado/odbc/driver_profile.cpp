@@ -43,12 +43,18 @@ constexpr char kPostgresKeys[] =
 constexpr std::size_t kPostgresKeyColumns[] = {2, 3, 4, 5, 6, 1};
 
 constexpr CursorStatements kPostgresCursor = {
-    .alone = {.open = "BEGIN;DECLARE tk_rows NO SCROLL CURSOR FOR ", .close = "COMMIT", .undo = "ROLLBACK"},
-    .inTransaction = {.open = "SAVEPOINT tk_rows;DECLARE tk_rows NO SCROLL CURSOR FOR ",
+    .alone = {.begin = nullptr,
+              .open = "BEGIN;DECLARE tk_rows NO SCROLL CURSOR FOR ",
+              .statements = 2,
+              .close = "COMMIT",
+              .undo = "ROLLBACK"},
+    .inTransaction = {.begin = "SAVEPOINT tk_rows",
+                      .open = "DECLARE tk_rows NO SCROLL CURSOR FOR ",
+                      .statements = 1,
                       .close = "CLOSE tk_rows;RELEASE SAVEPOINT tk_rows",
                       .undo = "ROLLBACK TO SAVEPOINT tk_rows;RELEASE SAVEPOINT tk_rows"},
-    .fetch = "FETCH FORWARD 4096 FROM tk_rows",
-    .rows = 4096,
+    .fetch = "FETCH FORWARD ",
+    .from = " FROM tk_rows",
 };
 
 constexpr DefaultKeyword kPostgresDefaults[] = {
@@ -148,6 +154,7 @@ constexpr DriverProfile kProfiles[] = {
                           "cast(? as pg_catalog.regclass) and a.attnum > 0 and t.typarray <> 0 and t.typtype <> 'c'",
         .mostRows = 5000,
         .cutsAtZero = true,
+        .writtenQuery = "select pg_catalog.txid_current_if_assigned()",
         .savepoint = &kSavepoint,
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,

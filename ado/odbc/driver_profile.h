@@ -62,7 +62,9 @@ struct Savepoint {
 
 /// The statements around a cursor.
 struct CursorFrame {
-    const char* open;  // in front of the query
+    const char* begin;  // a statement of its own, so that `undo` has something to go back to; null: none
+    const char* open;   // in front of the query
+    int statements;     // that `open` makes with it
     const char* close;
     const char* undo;
 };
@@ -71,8 +73,8 @@ struct CursorFrame {
 struct CursorStatements {
     CursorFrame alone;
     CursorFrame inTransaction;
-    const char* fetch;  // a part
-    int rows;           // of a full part
+    const char* fetch;  // a part: in front of its number of rows
+    const char* from;   // ... and behind it
 };
 
 struct DriverProfile {
@@ -113,31 +115,33 @@ struct DriverProfile {
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong
     std::string_view opaqueType = {};                      // its columns are compared as text, after a cast
     bool hasConnectionDead = true;                         // SQL_ATTR_CONNECTION_DEAD exists
-    bool isFileDatabase = false;                 // the database is a local file: its identity tells a replaced one
-    bool hasWideParameters = false;              // texts are sent as national characters
-    bool hasPlainDecimals = false;               // decimal parameters are sent as plain text
-    bool hasOnlyLongBinary = false;              // every binary column is without limit, whatever size is described
-    bool hasUnlimitedAsZero = false;             // a size of 0 is told of texts and binaries without limit
-    bool usesHandlesOnce = false;                // a statement handle keeps the columns of its last result
-    bool hasSparseColumns = false;               // SQLColumns tells names and types only; "describe table" tells sizes
-    const char* tableQuery = nullptr;            // where SQLColumns tells those of indexes as well: asks for schema and
-                                                 // name of tables and views of a name (twice; empty: of all)
-    bool hidesOddMoments = false;                // "infinity", years of five digits: as today's date, as 9999-12-31
-    bool hasLocalRows = false;                   // a fetch waits for nobody, and does not bear being cancelled
-    bool hasUnsigned = true;                     // integer types without a sign
-    bool hasTypedParameters = true;              // a NULL or text needs the type of the column it goes to
-    const char* userQuery = nullptr;             // asks who the user is in the database, where the driver does not say
-    bool hasUnsignedTiny = false;                // the smallest integers have no sign, whatever the catalog leaves out
-    const char* identityQuery = nullptr;         // asks for the number that the last INSERT of the session was given
-    unsigned mostParameters = 0;                 // of an INSERT with a list of rows; 0: one row a statement
-    const char* arrayTypeQuery = nullptr;        // rows travel as arrays, one a column: tells the columns of a table (a
-                                                 // parameter) and what an array of each is called
-    bool hasParameterArrays = false;             // rows travel as parameter arrays, which the driver sends as one
-    unsigned mostRows = 1000;                    // of an INSERT, in whichever way
-    bool isReadOnly = false;                     // no statement changes anything: told before the driver stumbles
-    bool cutsAtZero = false;                     // a text ends at its first zero character
-    const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
-    bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
+    bool isFileDatabase = false;           // the database is a local file: its identity tells a replaced one
+    bool hasWideParameters = false;        // texts are sent as national characters
+    bool hasPlainDecimals = false;         // decimal parameters are sent as plain text
+    bool hasOnlyLongBinary = false;        // every binary column is without limit, whatever size is described
+    bool hasUnlimitedAsZero = false;       // a size of 0 is told of texts and binaries without limit
+    bool usesHandlesOnce = false;          // a statement handle keeps the columns of its last result
+    bool hasSparseColumns = false;         // SQLColumns tells names and types only; "describe table" tells sizes
+    const char* tableQuery = nullptr;      // where SQLColumns tells those of indexes as well: asks for schema and
+                                           // name of tables and views of a name (twice; empty: of all)
+    bool hidesOddMoments = false;          // "infinity", years of five digits: as today's date, as 9999-12-31
+    bool hasLocalRows = false;             // a fetch waits for nobody, and does not bear being cancelled
+    bool hasUnsigned = true;               // integer types without a sign
+    bool hasTypedParameters = true;        // a NULL or text needs the type of the column it goes to
+    const char* userQuery = nullptr;       // asks who the user is in the database, where the driver does not say
+    bool hasUnsignedTiny = false;          // the smallest integers have no sign, whatever the catalog leaves out
+    const char* identityQuery = nullptr;   // asks for the number that the last INSERT of the session was given
+    unsigned mostParameters = 0;           // of an INSERT with a list of rows; 0: one row a statement
+    const char* arrayTypeQuery = nullptr;  // rows travel as arrays, one a column: tells the columns of a table (a
+                                           // parameter) and what an array of each is called
+    bool hasParameterArrays = false;       // rows travel as parameter arrays, which the driver sends as one
+    unsigned mostRows = 1000;              // of an INSERT, in whichever way
+    bool isReadOnly = false;               // no statement changes anything: told before the driver stumbles
+    bool cutsAtZero = false;               // a text ends at its first zero character
+    const char* writtenQuery = nullptr;    // where the driver may undo a whole transaction over a text that cannot
+                                           // be read: NULL when nothing has been written in the running one
+    const Savepoint* savepoint = nullptr;  // undoes a part of a transaction
+    bool hasReturning = false;             // INSERT ... RETURNING gives it without being asked
     const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name
     ProcedureCall procedureCall = ProcedureCall::Escape;
     bool hasOutputRow = false;             // output values come as a row as well; only there a NULL is told

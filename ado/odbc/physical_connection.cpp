@@ -19,6 +19,9 @@ constexpr std::size_t kLongestString = 32767;
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
 constexpr long long kTrustedIdleMs = 1000;
 
+// What nobody waits for, and questions that a server that lives answers at once.
+constexpr LONG kMaintenanceSeconds = 5;
+
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
 }
@@ -47,9 +50,10 @@ PhysicalConnection::PhysicalConnection(const Request& request)
     std::string text = request.odbcString;
     std::string completed(4096, '\0');
     SQLSMALLINT length = 0;
+    // Also for what is asked below, and for leaving a connection that did not answer.
+    const ServerCall call(*request.likely, request.loginTimeoutSeconds);
     const auto connect = [&] {
         const ConnectTurn turn(request.likely->connectsInTurn);
-        const ServerCall call(*request.likely, request.loginTimeoutSeconds);
         return odbc.DriverConnect(Get(), nullptr, reinterpret_cast<SQLCHAR*>(text.data()),
                                   static_cast<SQLSMALLINT>(text.size()), reinterpret_cast<SQLCHAR*>(completed.data()),
                                   static_cast<SQLSMALLINT>(completed.size()), &length, SQL_DRIVER_NOPROMPT);
@@ -75,7 +79,7 @@ PhysicalConnection::PhysicalConnection(const Request& request)
 }
 
 PhysicalConnection::~PhysicalConnection() {
-    const ServerCall call(*profile_);
+    const ServerCall call(*profile_, kMaintenanceSeconds);
     // The driver manager frees the statements of a connection that ends: these handles end before.
     prepared_.clear();
     handles_.clear();
@@ -95,10 +99,12 @@ void PhysicalConnection::ReadFileIdentity() {
 }
 
 std::string PhysicalConnection::InfoText(SQLUSMALLINT item) const {
+    const ServerCall call(*profile_);
     return TextInfo(Get(), item);
 }
 
 unsigned PhysicalConnection::InfoNumber(SQLUSMALLINT item) const {
+    const ServerCall call(*profile_);
     // Some items are 16 bits wide, some 32; little-endian and zeroed, both read right.
     SQLUINTEGER value = 0;
     SQLSMALLINT length = 0;
@@ -201,6 +207,23 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
 }
 
+std::optional<bool> PhysicalConnection::HasWritten() const noexcept try {
+    if (profile_->writtenQuery == nullptr) return std::nullopt;
+    const ServerCall call(*profile_, kMaintenanceSeconds);
+    OdbcStatement statement(Get());
+    std::string text = profile_->writtenQuery;
+    char number[32] = {};
+    SQLLEN length = SQL_NULL_DATA;
+    if (!SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) ||
+        !SQL_SUCCEEDED(Odbc().Fetch(statement.Get())) ||
+        !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_CHAR, number, sizeof number, &length))) {
+        return std::nullopt;
+    }
+    return length != SQL_NULL_DATA;
+} catch (...) {
+    return std::nullopt;
+}
+
 bool PhysicalConnection::RunText(const char* sql) noexcept try {
     RunSimple(sql);
     return true;
@@ -237,6 +260,7 @@ bool PhysicalConnection::Reset() noexcept try {
 
 bool PhysicalConnection::Answers() noexcept try {
     if (profile_->isFileDatabase) return true;
+    const ServerCall call(*profile_, kMaintenanceSeconds);
     if (IsDead()) return false;
     if (profile_->pingStatement != nullptr) RunSimple(profile_->pingStatement);
     return true;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -88,6 +89,10 @@ public:
     void SetIsolation(SQLUINTEGER isolation);
     SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
+
+    /// Whether something has been written in the running transaction; nullopt where the driver needs not be asked, or
+    /// does not say.
+    std::optional<bool> HasWritten() const noexcept;
 
     /// Runs a text without rows. False when it fails.
     bool RunText(const char* sql) noexcept;

@@ -18,6 +18,7 @@ PreparedText::PreparedText(Session& session, std::string_view sql, LONG timeoutS
 
 PreparedText::~PreparedText() {
     statement_.Finish();
+    const ServerCall call(statement_.Profile());
     // One driver loses the description of a statement that is freed without this.
     statement_.Close();
 }
@@ -31,6 +32,7 @@ SQLRETURN PreparedText::Prepare() {
 }
 
 void PreparedText::ThrowIfEnded() const {
+    if (statement_.WasCut()) session_.Physical().MarkBroken();
     if (statement_.WasCancelled()) throw MakeCancelledError();
     if (statement_.WasExpired()) throw MakeWaitedError();
     if (timeoutSeconds_ <= 0) return;

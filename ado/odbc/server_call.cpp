@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <optional>
+#include <utility>
 
 #include "ado/odbc/fork.h"
-#include "ado/odbc/server_probe.h"
+#include "ado/odbc/server_life.h"
 #include "ado/odbc/statement_handle.h"
 #include "ado/odbc/waiting_socket.h"
 #include "ado/odbc/watchdog.h"
@@ -16,16 +16,11 @@
 namespace tk::ado {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 std::atomic<LONG> usualSeconds{30};
 
 // In milliseconds.
 std::atomic<int> patience{5000};
-constexpr int kSoon = 50;             // how often what is under way is looked at
-constexpr int kLongestPause = 60000;  // between two probes of a server that answers
-
-constexpr int kSilentProbes = 2;
+constexpr int kSoon = 50;  // how often what is under way is looked at
 
 /// A thread that is inside of a call, with what the watchdog has found out about it. The fields below the guard are the
 /// watchdog's while the thread is inside, the thread's own otherwise.
@@ -38,12 +33,11 @@ public:
         question_ = question;
         handle_ = handle;
         wasCut_ = false;
-        pause_ = patience.load();
         if (generation_ != ForkGeneration()) {
             thread_ = gettid();
             generation_ = ForkGeneration();
         }
-        guard_.emplace(seconds, *this, pause_);
+        guard_.emplace(seconds, *this, patience.load());
         isInside_ = true;
         return true;
     }
@@ -57,49 +51,38 @@ public:
         Forget();
     }
 
-    int Expire() noexcept override {
-        if (!socket_) return Begin();
+    int Expire() noexcept override try {
+        if (!socket_) {
+            socket_ = WaitingSocket::Find(thread_);
+            if (!socket_) return kSoon;
+            life_ = &ServerLife::Of(socket_->Get());
+        }
         if (!socket_->IsWaitedFor()) {
             Forget();
             return kSoon;
         }
-        switch (probe_->Look()) {
-            case ServerProbe::State::Alive:
+        switch (life_->Look(socket_->Get(), question_, patience.load())) {
+            case ServerLife::Verdict::Unknown:
+                return kSoon;
+            case ServerLife::Verdict::Alive:
                 Forget();
-                pause_ = std::min(pause_ * 2, kLongestPause);
-                return pause_;
-            case ServerProbe::State::Waiting:
-                if (Clock::now() < end_) return kSoon;
-                break;
-            case ServerProbe::State::Silent:
+                return std::max(kSoon, patience.load());
+            case ServerLife::Verdict::Silent:
                 break;
         }
-        if (++silent_ < kSilentProbes) return Probe();
         StatementHandle* const handle = handle_;
         if (handle != nullptr && !handle->BeginCut()) return kSoon;
         wasCut_ = true;  // first: the thread goes on as soon as it is shut down
         socket_->ShutDown();
         Forget();
         return kSoon;  // a driver may go on to wait for something else
+    } catch (...) {
+        Forget();
+        return kSoon;  // no memory now
     }
 
 private:
-    int Begin() noexcept {
-        socket_ = WaitingSocket::Find(thread_);
-        return socket_ ? Probe() : kSoon;
-    }
-
-    int Probe() noexcept {
-        probe_.emplace(socket_->Get(), question_);
-        end_ = Clock::now() + std::chrono::milliseconds(patience.load());
-        return kSoon;
-    }
-
-    void Forget() noexcept {
-        socket_.reset();
-        probe_.reset();
-        silent_ = 0;
-    }
+    void Forget() noexcept { socket_.reset(); }
 
     bool isInside_ = false;
     std::optional<WatchdogGuard> guard_;  // watches nothing when the call has no limit
@@ -109,36 +92,44 @@ private:
     std::atomic<bool> wasCut_ = false;
     pid_t thread_ = 0;
     unsigned generation_ = 0;
-    int pause_ = 0;
     std::optional<WaitingSocket> socket_;
-    std::optional<ServerProbe> probe_;
-    Clock::time_point end_;
-    int silent_ = 0;
+    ServerLife* life_ = nullptr;  // of the server behind it
 };
 
-thread_local WaitingThread thisThread;
+/// Made at the first call, gone with the thread. Objects that end later than that may make another one, which stays.
+thread_local constinit WaitingThread* ofThisThread = nullptr;
+
+WaitingThread& ThisThread() {
+    static thread_local const struct AtEnd {
+        ~AtEnd() { delete std::exchange(ofThisThread, nullptr); }
+    } atEnd;
+    if (ofThisThread == nullptr) ofThisThread = new WaitingThread;
+    return *ofThisThread;
+}
 
 }  // namespace
 
 ServerCall::ServerCall(const DriverProfile& profile) noexcept : ServerCall(profile, usualSeconds.load()) {}
 
-ServerCall::ServerCall(const DriverProfile& profile, LONG seconds, StatementHandle* handle) noexcept try {
+ServerCall::ServerCall(const DriverProfile& profile, LONG seconds, StatementHandle* handle) noexcept {
     if (!profile.lifeQuestion) return;
-    isEntered_ = thisThread.Enter(*profile.lifeQuestion, seconds, handle);
-} catch (...) {
-    // No memory or no thread for watching: the call is made all the same.
+    try {
+        isEntered_ = ThisThread().Enter(*profile.lifeQuestion, seconds, handle);
+    } catch (...) {
+        // No memory or no thread for watching: the call is made all the same.
+    }
 }
 
 ServerCall::~ServerCall() {
-    if (isEntered_) thisThread.Leave();
+    if (isEntered_) ofThisThread->Leave();
 }
 
 void ServerCall::Name(StatementHandle& handle) noexcept {
-    if (isEntered_) thisThread.Name(handle);
+    if (isEntered_) ofThisThread->Name(handle);
 }
 
 bool ServerCall::WasCut() const noexcept {
-    return isEntered_ && thisThread.WasCut();
+    return isEntered_ && ofThisThread->WasCut();
 }
 
 void ServerCall::SetPatience(int milliseconds, LONG seconds) noexcept {

@@ -5,7 +5,7 @@
 //
 // Time limits are kept by the servers, and drivers wait for what they say: a server that hangs without ending, or that
 // the network no longer leads to, would be waited for without end. Some time after the limit the server is asked for a
-// sign of life (see ServerProbe). As long as it gives one the call goes on, however long it takes: to undo a large
+// sign of life (see ServerLife). As long as it gives one the call goes on, however long it takes: to undo a large
 // change, for one. When it gives none twice in a row, the connection that the caller waits for is shut down, and the
 // driver finds it lost. What was being done may still be done by a server that goes on later.
 //

@@ -1,5 +1,7 @@
 #include "ado/odbc/server_cursor.h"
 
+#include <cstdio>
+
 #include "ado/odbc/physical_connection.h"
 
 namespace tk::ado {
@@ -10,32 +12,43 @@ bool Run(StatementHandle& handle, const char* text) noexcept {
     // Drivers take the text as writable; none writes.
     auto* const writable = reinterpret_cast<SQLCHAR*>(const_cast<char*>(text));
     const bool isDone = SQL_SUCCEEDED(Odbc().ExecDirect(handle.Get(), writable, SQL_NTS));
+    if (!isDone) return false;
     handle.TakeRest();
     handle.Close();
-    return isDone;
+    return true;
 }
 
 }  // namespace
+
+SQLRETURN ServerCursor::Begin(StatementHandle& handle) noexcept {
+    hasBegun_ = isOpen_ = false;  // it may be made again, on another connection
+    if (frame_.begin != nullptr && !Run(handle, frame_.begin)) return SQL_ERROR;
+    hasBegun_ = true;
+    return SQL_SUCCESS;
+}
 
 std::string ServerCursor::OpenText(std::string_view query) const {
     return std::string(frame_.open).append(query);
 }
 
 SQLRETURN ServerCursor::FetchFirst(StatementHandle& handle) noexcept {
-    constexpr int kStatements = 2;
+    constexpr std::size_t kRows = 1024;
     int results = 1;
     while (SQL_SUCCEEDED(Odbc().MoreResults(handle.Get())))
         ++results;
-    return results == kStatements ? FetchNext(handle) : SQL_ERROR;
+    if (results != frame_.statements) return SQL_ERROR;
+    isOpen_ = true;
+    return FetchNext(handle, kRows);
 }
 
-SQLRETURN ServerCursor::FetchNext(StatementHandle& handle) noexcept {
+SQLRETURN ServerCursor::FetchNext(StatementHandle& handle, std::size_t rows) noexcept {
     handle.Close();
-    auto* const text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(statements_.fetch));
-    const SQLRETURN result = Odbc().ExecDirect(handle.Get(), text, SQL_NTS);
-    SQLLEN rows = 0;
-    hasFailed_ = !SQL_SUCCEEDED(result) || !SQL_SUCCEEDED(Odbc().RowCount(handle.Get(), &rows));
-    isAtEnd_ = hasFailed_ || rows < statements_.rows;
+    char text[64];
+    std::snprintf(text, sizeof text, "%s%zu%s", statements_.fetch, rows, statements_.from);
+    const SQLRETURN result = Odbc().ExecDirect(handle.Get(), reinterpret_cast<SQLCHAR*>(text), SQL_NTS);
+    SQLLEN count = 0;
+    hasFailed_ = !SQL_SUCCEEDED(result) || !SQL_SUCCEEDED(Odbc().RowCount(handle.Get(), &count));
+    isAtEnd_ = hasFailed_ || static_cast<std::size_t>(count) < rows;
     return hasFailed_ ? SQL_ERROR : result;
 }
 
@@ -46,7 +59,7 @@ void ServerCursor::Close(StatementHandle& handle, PhysicalConnection& connection
 }
 
 void ServerCursor::Undo(PhysicalConnection& connection) const noexcept {
-    if (connection.IsBroken() || connection.RunText(frame_.undo)) return;
+    if (!hasBegun_ || connection.IsBroken() || connection.RunText(frame_.undo)) return;
     connection.MarkBroken();
 }
 

@@ -1,9 +1,10 @@
 // ado/odbc/server_cursor.h - a large result that the server hands out a part at a time, by statements of ours.
 //
 //   ServerCursor cursor(*profile.cursor, isInTransaction);
-//   result = odbc.ExecDirect(handle, cursor.OpenText(query));
+//   result = cursor.Begin(handle);
+//   if (SQL_SUCCEEDED(result)) result = odbc.ExecDirect(handle, cursor.OpenText(query));
 //   if (SQL_SUCCEEDED(result)) result = cursor.FetchFirst(handle);  // a result like the query's own: its first rows
-//   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle);    // the next rows; what is bound stays bound
+//   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle, n); // the next n rows; what is bound stays bound
 //   cursor.Close(handle, connection);
 //
 // One driver has a way of its own, which reads past the end of a connection that is lost between two rows. These are
@@ -29,7 +30,10 @@ public:
     ServerCursor(const CursorStatements& statements, bool isInTransaction) noexcept
         : statements_(statements), frame_(isInTransaction ? statements.inTransaction : statements.alone) {}
 
-    /// What opens it: a text of two statements, neither with rows.
+    /// Before it is opened.
+    SQLRETURN Begin(StatementHandle& handle) noexcept;
+
+    /// What opens it.
     std::string OpenText(std::string_view query) const;
 
     /// Steps over what opening it answered, and fetches.
@@ -37,7 +41,10 @@ public:
     SQLRETURN FetchFirst(StatementHandle& handle) noexcept;
 
     /// The part before it has been read.
-    SQLRETURN FetchNext(StatementHandle& handle) noexcept;
+    SQLRETURN FetchNext(StatementHandle& handle, std::size_t rows) noexcept;
+
+    /// True when the server has taken the query for one: what fails from then on is the query's own failure.
+    bool IsOpen() const noexcept { return isOpen_; }
 
     /// True when the last part was not a full one.
     bool IsAtEnd() const noexcept { return isAtEnd_; }
@@ -52,6 +59,8 @@ public:
 private:
     const CursorStatements& statements_;
     const CursorFrame& frame_;
+    bool hasBegun_ = false;
+    bool isOpen_ = false;
     bool isAtEnd_ = false;
     bool hasFailed_ = false;
 };

@@ -25,11 +25,17 @@ ServerProbe::State ServerProbe::Fail(int error) noexcept {
         case ECONNRESET:
         case EPIPE:
             return state_ = State::Alive;
-        case EMFILE:  // this process cannot ask: nothing is known
+        case EMFILE:  // this machine cannot ask: nothing is known
         case ENFILE:
         case ENOBUFS:
         case ENOMEM:
         case EBADF:
+        case EAGAIN:
+        case EADDRNOTAVAIL:
+        case EACCES:
+        case EPERM:
+        case EAFNOSUPPORT:
+        case EPROTONOSUPPORT:
             return state_ = State::Alive;
         default:
             return state_ = State::Silent;

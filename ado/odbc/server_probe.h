@@ -16,7 +16,7 @@ class ServerProbe {
 public:
     enum class State : unsigned char {
         Waiting,
-        Alive,  // it has answered; also when its machine says that nobody takes connections there
+        Alive,  // it has answered, or its machine says that nobody takes connections there, or this one cannot ask
         Silent  // nothing leads there
     };
 

@@ -76,6 +76,7 @@ struct Session::Impl {
     std::vector<Work> work;
     std::vector<std::weak_ptr<SettingsWatcher>> watchers;
     bool isInTransaction = false;
+    bool hasWritten = false;  // in the transaction, as far as is known
     RunningCall running;
     bool hasPlan = false;  // the handle of the call that runs is prepared for its text already
 
@@ -178,6 +179,7 @@ struct Session::Impl {
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
         PassOutputRow(*statement);
+        if (handle.WasCut()) (*on)->MarkBroken();  // the answer came in the last moment
         return Statement(std::move(statement));
     }
 
@@ -191,12 +193,25 @@ struct Session::Impl {
         Replace();
     }
 
+    /// A driver may have undone all of the transaction over a text that the server could not read, without a word: then
+    /// it is treated as one whose connection was lost.
+    template <class Call>
+    Statement RunInTransaction(std::string_view sql, const ExecuteOptions& options, Call&& call) {
+        try {
+            return Run(lease, sql, options, call);
+        } catch (const AdoError&) {
+            if (hasWritten && !Physical().IsBroken() && Physical().HasWritten() == false) Physical().MarkBroken();
+            throw;
+        }
+    }
+
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
     /// once, when the call does no harm by being made twice.
     template <class Call>
     Statement RunOnOwn(std::string_view sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
         ReplaceIfBroken();
-        if (!lease->IsFreshFromCache() || isInTransaction) return Run(lease, sql, options, call);
+        if (isInTransaction) return RunInTransaction(sql, options, call);
+        if (!lease->IsFreshFromCache()) return Run(lease, sql, options, call);
         if (!isRepeatable) {
             ReplaceIfLost();
             return Run(lease, sql, options, call);
@@ -323,10 +338,11 @@ struct Session::Impl {
         std::optional<Statement> statement;
         if (options.wantsRows && !options.prepared && IsLikelyLarge(name, kind)) {
             if (CanUseSide(kind)) statement = TryOnSide(sql, options, call);
-            if (Physical().Profile().streaming == Streaming::Cursor) statement = TryByCursor(sql, options, execute);
+            if (CanUseCursor()) statement = TryByCursor(sql, options, execute);
         }
         if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
         statement->Internals().resultName = name;
+        hasWritten = isInTransaction && (hasWritten || !kind.isReading);
         return std::move(*statement);
     }
 
@@ -346,14 +362,20 @@ struct Session::Impl {
         }
     }
 
-    /// A part at a time; nothing where the server has no cursor for the text, or it fails: run as it is, it says why.
+    bool CanUseCursor() const noexcept {
+        // A text may have begun a transaction, which is not ours to end.
+        return Physical().Profile().streaming == Streaming::Cursor && (isInTransaction || !Physical().IsChanged());
+    }
+
+    /// A part at a time; nothing where the server has no cursor for the text: run as it is, it works, or says why not.
     template <class Execute>
     std::optional<Statement> TryByCursor(std::string_view sql, const ExecuteOptions& options, Execute&& execute) {
         ReplaceIfBroken();
         auto cursor = std::make_unique<ServerCursor>(*Physical().Profile().cursor, isInTransaction);
         try {
             Statement statement = RunOnOwn(sql, true, options, [&](StatementHandle& handle) {
-                CallResult called = execute(handle, cursor->OpenText(sql));
+                CallResult called{cursor->Begin(handle), nullptr};
+                if (SQL_SUCCEEDED(called.result)) called = execute(handle, cursor->OpenText(sql));
                 if (SQL_SUCCEEDED(called.result)) called.result = cursor->FetchFirst(handle);
                 return called;
             });
@@ -363,7 +385,7 @@ struct Session::Impl {
             if (inside.columnCount > 0) return statement;
         } catch (const AdoError& error) {
             cursor->Undo(Physical());
-            if (IsEnded(error) || Physical().IsBroken()) throw;
+            if (cursor->IsOpen() || IsEnded(error) || Physical().IsBroken()) throw;
         } catch (...) {
             cursor->Undo(Physical());
             throw;
@@ -482,6 +504,7 @@ void Session::Begin(LONG isolation, LONG waitSeconds) {
     connection.SetIsolation(wanted);
     connection.SetAutoCommit(false);
     impl_->isInTransaction = true;
+    impl_->hasWritten = false;
 }
 
 void Session::Commit(LONG waitSeconds) {

@@ -6,6 +6,8 @@
 #include <thread>
 #include <vector>
 
+#include "ado/odbc/watchdog.h"
+
 namespace tk::ado {
 namespace {
 
@@ -29,15 +31,26 @@ struct SessionCache::Impl {
         std::unique_ptr<PhysicalConnection> connection;
         Clock::time_point since;
         bool isDoubted = false;
+        bool isGivenUp = false;
     };
 
     mutable std::mutex mutex;
     std::condition_variable changed;
-    std::vector<Idle> idle;  // the longest idle first
+    std::vector<Idle> idle;  // those given up, then the longest idle first
     std::chrono::milliseconds limit = std::chrono::seconds(60);
     bool stop = false;
     bool isAsleep = false;  // the janitor waits without a limit
     std::thread janitor;
+
+    /// Nobody gets the connections of that key any more.
+    void GiveUp(const SessionKey& key) {
+        const std::lock_guard lock(mutex);
+        for (Idle& each : idle) {
+            if (IsSame(each.key, key)) each.isGivenUp = true;
+        }
+        std::ranges::stable_partition(idle, &Idle::isGivenUp);
+        changed.notify_one();
+    }
 
     /// Closes what has been idle too long; ends when nothing is left to watch.
     void RunJanitor() {
@@ -50,7 +63,7 @@ struct SessionCache::Impl {
                 continue;
             }
             const auto due = idle.front().since + limit;
-            if (Clock::now() < due) {
+            if (Clock::now() < due && !idle.front().isGivenUp) {
                 changed.wait_until(lock, due);
                 continue;
             }
@@ -82,6 +95,7 @@ SessionCache& SessionCache::Instance() {
     // A child leaves the parent's connections open: closing would tell the server that the parent is done with them.
     static constinit PerProcess<SessionCache> instance;
     static const struct AtExit {
+        AtExit() { WatchdogGuard::Prepare(); }  // servers may hang then too
         ~AtExit() {
             if (SessionCache* const own = instance.Existing()) own->ShutDown();
         }
@@ -96,14 +110,17 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
         {
             const std::lock_guard lock(impl_->mutex);
             // The most recently used one: the most likely to be alive.
-            const auto last = std::find_if(impl_->idle.rbegin(), impl_->idle.rend(),
-                                           [&](const Impl::Idle& each) { return IsSame(each.key, key); });
+            const auto last = std::find_if(impl_->idle.rbegin(), impl_->idle.rend(), [&](const Impl::Idle& each) {
+                return !each.isGivenUp && IsSame(each.key, key);
+            });
             if (last == impl_->idle.rend()) return nullptr;
             found = std::move(last->connection);
             idleTime = last->isDoubted ? Clock::duration::max() : Clock::now() - last->since;
             impl_->idle.erase(std::next(last).base());
         }
         if (found->IsUsable(std::chrono::duration_cast<std::chrono::milliseconds>(idleTime).count())) return found;
+        // Nor will the others answer. Closing them may take time: the janitor does it.
+        if (!found->Profile().isFileDatabase) impl_->GiveUp(key);
     }
 }
 

@@ -36,11 +36,11 @@ void Statement::Impl::ReadResultShape() {
     }
 }
 
-bool Statement::Impl::FetchPart() {
+bool Statement::Impl::FetchPart(std::size_t rows) {
     if (cursor == nullptr || cursor->IsAtEnd()) return false;
     const StatementHandle::RowCalls calls(*handle);
     ExpectNotEnded();
-    const SQLRETURN result = cursor->FetchNext(*handle);
+    const SQLRETURN result = cursor->FetchNext(*handle, rows);
     if (!SQL_SUCCEEDED(result)) Fail(result);
     return true;
 }
@@ -98,7 +98,10 @@ std::shared_ptr<const ParameterOutputs> Statement::Outputs() const noexcept {
 }
 
 const std::vector<Column>& Statement::Columns() {
-    if (impl_->shape == nullptr) impl_->shape = DescribeResult(*impl_->handle, impl_->columnCount);
+    if (impl_->shape != nullptr) return impl_->shape->columns;
+    // Drivers may ask the server about columns.
+    const ServerCall call(impl_->handle->Profile(), impl_->timeoutSeconds, impl_->handle.get());
+    impl_->shape = DescribeResult(*impl_->handle, impl_->columnCount);
     return impl_->shape->columns;
 }
 

@@ -50,7 +50,7 @@ struct Statement::Impl {
     void ReadResultShape();
 
     /// Gets the next part of the rows from a cursor, when the last one has been read; false when there is none.
-    bool FetchPart();
+    bool FetchPart(std::size_t rows);
 
     /// Steps to the driver's next result; false when there is none.
     bool NextResult();
@@ -60,8 +60,10 @@ struct Statement::Impl {
 
     /// Before each call that fetches rows: throws when the fetch was cancelled or its time is over.
     void ExpectNotEnded() const {
-        if (handle->IsEnded()) [[unlikely]]
-            throw handle->WasExpired() ? MakeWaitedError() : MakeCancelledError();
+        if (!handle->IsEnded()) [[likely]]
+            return;
+        if (handle->WasCut()) (*lease)->MarkBroken();
+        throw handle->WasExpired() ? MakeWaitedError() : MakeCancelledError();
     }
 
     /// A failure of the handle: diagnostics first, then the question whether the connection still lives.

@@ -24,21 +24,51 @@ struct Word {
 };
 
 constexpr Word kWords[] = {
-    {"advisory", kTouches}, {"alter", kDefines},      {"analyze", kDefines},
-    {"avg", kLimitsCall},   {"chain", kTouches},      {"comment", kDefines},
-    {"count", kLimitsCall}, {"create", kDefines},     {"delete", kWrites},
-    {"drop", kDefines},     {"explain", kReads},      {"fetch", kLimits},
-    {"for", kLimits},       {"from", kFrom},          {"get_lock", kTouches},
-    {"global", kTouches},   {"grant", kDefines},      {"group", kLimits},
-    {"having", kLimits},    {"insert", kWrites},      {"into", kTouches | kLimits},
-    {"limit", kLimits},     {"max", kLimitsCall},     {"merge", kWrites},
-    {"min", kLimitsCall},   {"release", kDefines},    {"replace", kWrites},
-    {"returning", kLimits}, {"revoke", kDefines},     {"rollback", kDefines},
-    {"save", kDefines},     {"savepoint", kDefines},  {"select", kReads},
-    {"session", kTouches},  {"set_config", kTouches}, {"sum", kLimitsCall},
-    {"system", kTouches},   {"temp", kTouches},       {"temporary", kTouches},
-    {"top", kLimits},       {"truncate", kDefines},   {"update", kWrites},
-    {"values", kReads},     {"where", kLimits},       {"with", kReads},
+    {"advisory", kTouches},
+    {"alter", kDefines},
+    {"analyze", kDefines},
+    {"avg", kLimitsCall},
+    {"chain", kTouches},
+    {"comment", kDefines},
+    {"count", kLimitsCall},
+    {"create", kDefines},
+    {"delete", kWrites},
+    {"drop", kDefines},
+    {"explain", kReads | kLimits},
+    {"fetch", kLimits},
+    {"for", kLimits},
+    {"from", kFrom},
+    {"get_lock", kTouches},
+    {"global", kTouches},
+    {"grant", kDefines},
+    {"group", kLimits},
+    {"having", kLimits},
+    {"insert", kWrites},
+    {"into", kTouches | kLimits},
+    {"limit", kLimits},
+    {"max", kLimitsCall},
+    {"merge", kWrites},
+    {"min", kLimitsCall},
+    {"release", kDefines},
+    {"replace", kWrites},
+    {"returning", kLimits},
+    {"revoke", kDefines},
+    {"rollback", kDefines},
+    {"save", kDefines},
+    {"savepoint", kDefines},
+    {"select", kReads},
+    {"session", kTouches},
+    {"set_config", kTouches},
+    {"sum", kLimitsCall},
+    {"system", kTouches},
+    {"temp", kTouches},
+    {"temporary", kTouches},
+    {"top", kLimits},
+    {"truncate", kDefines},
+    {"update", kWrites},
+    {"values", kReads},
+    {"where", kLimits},
+    {"with", kReads},
 };
 static_assert(std::ranges::is_sorted(kWords, {}, &Word::text));
 
@@ -150,6 +180,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
         if (ended) kind.changesSession = true;  // a second statement: anything can be in it
         if (isFirst) {
             first = flags;
+            limited = (flags & kLimits) != 0;
             isFirst = false;
         } else if (flags != 0) {
             if ((flags & kTouches) != 0) kind.changesSession = true;

@@ -1,12 +1,13 @@
 #include "ado/odbc/waiting_socket.h"
 
 #include <fcntl.h>
+#include <linux/tcp.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdio>
 
 namespace tk::ado {
@@ -23,8 +24,9 @@ constexpr WaitingCall kWaitingCalls[] = {
 #ifdef SYS_poll
     {SYS_poll, true},
 #endif
-    {SYS_ppoll, true},   {SYS_recvfrom, false}, {SYS_recvmsg, false}, {SYS_read, false},
-    {SYS_sendto, false}, {SYS_sendmsg, false},  {SYS_write, false},
+    {SYS_ppoll, true},    {SYS_recvfrom, false}, {SYS_recvmsg, false},        {SYS_read, false}, {SYS_sendto, false},
+    {SYS_sendmsg, false}, {SYS_write, false},    {SYS_restart_syscall, true},  // a poll that was interrupted, by a
+                                                                               // debugger or while the machine slept
 };
 
 bool IsConnected(int descriptor) noexcept {
@@ -37,12 +39,13 @@ bool IsConnected(int descriptor) noexcept {
 /// that fails when the thread, and its stack, are gone.
 int FindPolled(std::uintptr_t address, std::size_t count) noexcept {
     std::array<pollfd, 8> polled;
+    if (count > polled.size()) return -1;  // also what a futex that goes on looks like
     const FileDescriptor memory(open("/proc/self/mem", O_RDONLY | O_CLOEXEC));
     if (!memory) return -1;
-    const std::size_t size = std::min(count, polled.size()) * sizeof(pollfd);
+    const std::size_t size = count * sizeof(pollfd);
     const ssize_t got = pread(memory.Get(), polled.data(), size, static_cast<off_t>(address));
     if (got != static_cast<ssize_t>(size)) return -1;
-    for (std::size_t i = 0; i < size / sizeof(pollfd); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         if (IsConnected(polled[i].fd)) return polled[i].fd;
     }
     return -1;
@@ -60,7 +63,17 @@ int FindDescriptor(const char* call) noexcept {
     return IsConnected(descriptor) ? descriptor : -1;
 }
 
+/// What has come on a network connection since it was made; 0 where the system does not count.
+std::uint64_t BytesReceived(int socket) noexcept {
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    return getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) == 0 ? info.tcpi_bytes_received : 0;
+}
+
 }  // namespace
+
+WaitingSocket::WaitingSocket(pid_t thread, const CallText& call, FileDescriptor socket) noexcept
+    : thread_(thread), call_(call), socket_(std::move(socket)), received_(BytesReceived(socket_.Get())) {}
 
 WaitingSocket::CallText WaitingSocket::Read(pid_t thread) noexcept {
     char path[64];
@@ -83,7 +96,7 @@ std::optional<WaitingSocket> WaitingSocket::Find(pid_t thread) noexcept {
 }
 
 bool WaitingSocket::IsWaitedFor() const noexcept {
-    return Read(thread_).View() == call_.View();
+    return Read(thread_).View() == call_.View() && BytesReceived(socket_.Get()) == received_;
 }
 
 void WaitingSocket::ShutDown() const noexcept {

@@ -11,6 +11,7 @@
 #include <sys/types.h>
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -24,7 +25,7 @@ public:
     /// @param thread  of this process, by its number in the system
     static std::optional<WaitingSocket> Find(pid_t thread) noexcept;
 
-    /// True while the thread is in the same call as when it was found.
+    /// True while the thread is in the same call as when it was found, and nothing has come.
     bool IsWaitedFor() const noexcept;
 
     int Get() const noexcept { return socket_.Get(); }
@@ -40,14 +41,14 @@ private:
         std::string_view View() const noexcept { return {text.data(), size}; }
     };
 
-    WaitingSocket(pid_t thread, const CallText& call, system::FileDescriptor socket) noexcept
-        : thread_(thread), call_(call), socket_(std::move(socket)) {}
+    WaitingSocket(pid_t thread, const CallText& call, system::FileDescriptor socket) noexcept;
 
     static CallText Read(pid_t thread) noexcept;
 
     pid_t thread_;
     CallText call_;
     system::FileDescriptor socket_;
+    std::uint64_t received_;
 };
 
 }  // namespace tk::ado

@@ -181,7 +181,15 @@ private:
 };
 
 Expiring::~Expiring() {
-    if (slot_ != nullptr) Watchdog::Of(*this).GiveBack(slot_);
+    if (slot_ != nullptr) Watchdog::Of(*this).GiveBack(std::exchange(slot_, nullptr));
+}
+
+void WatchdogGuard::Prepare() {
+    struct Nobody final : Expiring {
+        Nobody() noexcept : Expiring(MayWait::No) {}
+        int Expire() noexcept override { return 0; }
+    };
+    Watchdog::Of(Nobody());
 }
 
 WatchdogGuard::WatchdogGuard(LONG seconds, Expiring& target, int milliseconds) {

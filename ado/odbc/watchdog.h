@@ -46,6 +46,9 @@ public:
     /// @param target  outlives the guard
     /// @param milliseconds  more
     WatchdogGuard(LONG seconds, Expiring& target, int milliseconds = 0);
+    /// Objects that are made after this end before the watchdog does, at the end of the process.
+    static void Prepare();
+
     ~WatchdogGuard() { Finish(); }
     WatchdogGuard(const WatchdogGuard&) = delete;
     WatchdogGuard& operator=(const WatchdogGuard&) = delete;

@@ -13,6 +13,7 @@
 #include "ado/odbc/parameter.h"
 #include "ado/odbc/physical_connection.h"
 #include "ado/odbc/prepared_text.h"
+#include "ado/odbc/server_call.h"
 #include "ado/rowset/row_set.h"
 #include "ado/rowset/type_map.h"
 #include "ado/rowset/value.h"
@@ -40,6 +41,7 @@ void DescribePrepared(Session& session, std::string_view sql, std::span<Column> 
     SQLSMALLINT count = 0;
     statement.Ask([&](SQLHSTMT handle) { return Odbc().NumResultCols(handle, &count); });
     if (static_cast<std::size_t>(count) != columns.size()) return;
+    const ServerCall call(connection.Profile(), timeoutSeconds);  // a driver asks the server about base tables
     int number = 0;
     for (Column& column : columns) {
         ++number;

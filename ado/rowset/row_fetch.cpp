@@ -16,6 +16,9 @@ namespace {
 // Rows that the opening thread fetches itself: handing over to a worker costs more than they do.
 constexpr std::size_t kInlineRows = 256;
 
+// Of a result that comes in parts; blocks of wide rows are smaller.
+constexpr std::size_t kBlocksOfPart = 4;
+
 constexpr auto kCancelPatience = std::chrono::milliseconds(50);
 constexpr auto kJoinPatience = std::chrono::seconds(2);
 
@@ -54,7 +57,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
         changed.notify_all();
         if (!fetcher->AtEnd()) return true;
     }
-    if (!inside.FetchPart()) return false;
+    if (!inside.FetchPart(fetcher->FullRows() * kBlocksOfPart)) return false;
     fetcher->GoOn();
     return true;
 }

@@ -163,13 +163,40 @@ TEST_P(HungServer, EndsADescription) {
     }
 #endif
     Do(*session_, "insert into kept values (1)");
-    PreparedText prepared(*session_, "select id from kept where id = ?", 1);
+    PreparedText prepared(*session_, "select id from kept where id = 1", 1);
     Hold(true);
     SQLSMALLINT count = 0;
     ExpectToEnd([&] {
         EXPECT_EQ(Failure([&] { prepared.Ask([&](SQLHSTMT handle) { return Odbc().NumResultCols(handle, &count); }); }),
                   kTimeout);
     });
+    Hold(false);
+    EXPECT_EQ(Count(), 1);
+}
+
+TEST_P(HungServer, EndsTheQuestionWhereAColumnComesFrom) {
+    Do(*session_, "drop table if exists wide");
+    Do(*session_, "create table wide (id bigint primary key)");
+    Statement statement = session_->Execute("select id from wide where id > 0", ExecuteOptions{1, 0, false});
+    Hold(true);
+    ExpectToEnd([&] { Failure([&] { RowSet::Fetch(std::move(statement), session_, {})->CountRows(); }); });
+    Hold(false);
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_P(HungServer, IsAskedForOneOfManyIdleConnections) {
+    constexpr int kIdle = 6;
+    {
+        std::shared_ptr<Session> sessions[kIdle];
+        for (auto& session : sessions)
+            session = Session::Open(settings_);
+    }
+    ASSERT_EQ(SessionCache::Instance().IdleCount(), std::size_t{kIdle});
+    usleep(1'100'000);  // long enough to be asked before they are used
+    Hold(true);
+    const double start = Seconds();
+    EXPECT_EQ(Failure([&] { Session::Open(settings_); }), kFailed);
+    EXPECT_LT(Seconds() - start, 15);
 }
 
 TEST_P(HungServer, LetsItsConnectionsBeClosed) {

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,7 +14,7 @@
 #include <string>
 #include <thread>
 
-#include "ado/odbc/driver_profile.h"
+#include "ado/odbc/server_life.h"
 #include "ado/odbc/waiting_socket.h"
 #include "ado/support/sqlite_file.h"
 
@@ -52,6 +54,14 @@ public:
     }
     FileDescriptor Accept() const { return FileDescriptor(accept(socket_.Get(), nullptr, nullptr)); }
     void Close() { socket_ = FileDescriptor(); }
+
+    /// Takes the connections that wait, and closes them.
+    int Pending() const {
+        int count = 0;
+        for (pollfd polled{socket_.Get(), POLLIN, 0}; poll(&polled, 1, 0) == 1; ++count)
+            Accept();
+        return count;
+    }
 
 private:
     sockaddr* Address() { return reinterpret_cast<sockaddr*>(&address_); }
@@ -127,6 +137,39 @@ TEST(ServerProbe, TakesTheEndOfItsConnectionForLife) {
     EXPECT_EQ(LookUntil(probe, State::Alive), State::Alive);
 }
 
+constexpr int kPatience = 100;
+
+TEST(ServerLife, AsksOnceForAllWhoWait) {
+    Listener server;
+    const FileDescriptor first = server.Connect();
+    const FileDescriptor second = server.Connect();
+    const FileDescriptor peers[] = {server.Accept(), server.Accept()};
+    EXPECT_EQ(&ServerLife::Of(first.Get()), &ServerLife::Of(second.Get()));
+    ServerLife& life = ServerLife::Of(first.Get());
+    const auto look = [&](const FileDescriptor& by) { return life.Look(by.Get(), "ask", kPatience); };
+    // Two questions without an answer, however many look.
+    ServerLife::Verdict verdict = look(first);
+    EXPECT_EQ(verdict, ServerLife::Verdict::Unknown);
+    int looks = 0;
+    for (; verdict == ServerLife::Verdict::Unknown && looks < kSeconds * 100; ++looks) {
+        usleep(10'000);
+        verdict = look(looks % 2 == 0 ? second : first);
+    }
+    EXPECT_EQ(verdict, ServerLife::Verdict::Silent);
+    EXPECT_GE(looks, 15);
+    EXPECT_EQ(look(second), ServerLife::Verdict::Silent);
+    EXPECT_EQ(server.Pending(), 2);
+    // It is asked again later, and answers.
+    usleep(150'000);
+    EXPECT_EQ(look(first), ServerLife::Verdict::Unknown);
+    const FileDescriptor asked = server.Accept();
+    EXPECT_EQ(send(asked.Get(), "!", 1, MSG_NOSIGNAL), 1);
+    for (int i = 0; i < kSeconds * 1000 && look(second) != ServerLife::Verdict::Alive; ++i)
+        usleep(1000);
+    EXPECT_EQ(look(first), ServerLife::Verdict::Alive);
+    EXPECT_EQ(server.Pending(), 0);
+}
+
 /// A thread that makes one call and tells its number.
 template <class Call>
 class Waiting {
@@ -186,6 +229,49 @@ TEST(WaitingSocket, FindsWhatAThreadWaitsFor) {
         char byte = 0;
         EXPECT_EQ(recv(peer.Get(), &byte, 1, 0), 0);  // the other side hears of it
     }
+}
+
+TEST(WaitingSocket, FindsAPollThatWasInterrupted) {
+    Listener server;
+    const FileDescriptor client = server.Connect();
+    const FileDescriptor peer = server.Accept();
+    Waiting waiting([&] {
+        pollfd polled{client.Get(), POLLIN, 0};
+        poll(&polled, 1, -1);
+    });
+    ASSERT_TRUE(waiting.Find());
+    const pid_t self = getpid();
+    const pid_t child = fork();
+    if (child == 0) {
+        kill(self, SIGSTOP);
+        usleep(100'000);
+        kill(self, SIGCONT);
+        _exit(0);
+    }
+    waitpid(child, nullptr, 0);
+    const auto found = waiting.Find();
+    EXPECT_TRUE(found);
+    EXPECT_EQ(send(peer.Get(), "x", 1, MSG_NOSIGNAL), 1);
+}
+
+TEST(WaitingSocket, NoticesWhatComesToAPollThatLooksTheSame) {
+    Listener server;
+    const FileDescriptor client = server.Connect();
+    const FileDescriptor peer = server.Accept();
+    Waiting waiting([&] {
+        for (char byte = 0; byte != '!';) {
+            pollfd polled{client.Get(), POLLIN, 0};
+            poll(&polled, 1, -1);
+            recv(client.Get(), &byte, 1, 0);
+        }
+    });
+    const auto found = waiting.Find();
+    ASSERT_TRUE(found);
+    EXPECT_TRUE(found->IsWaitedFor());
+    EXPECT_EQ(send(peer.Get(), "x", 1, MSG_NOSIGNAL), 1);
+    usleep(50'000);  // it waits again, in the same way
+    EXPECT_FALSE(found->IsWaitedFor());
+    EXPECT_EQ(send(peer.Get(), "!", 1, MSG_NOSIGNAL), 1);
 }
 
 TEST(WaitingSocket, FindsNothingElse) {

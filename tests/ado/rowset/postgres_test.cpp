@@ -338,6 +338,32 @@ TEST_F(Postgres, KeepsTransactionsAndStreamingApart) {
     EXPECT_EQ(Show(*Query(session, "select count(*) from big"), 0, 0), "I4 20000");
 }
 
+// The driver rolls all of it back without a word, and would go on in another one.
+TEST_F(Postgres, LosesATransactionOverATextThatCannotBeRead) {
+    const auto session = Open();
+    Do(*session, "drop table if exists kept");
+    Do(*session, "create table kept (i integer)");
+    for (const char* sql : {"insrt into kept values (2)", "select * from kept wher i = 1", "select i wher i = 1"}) {
+        SCOPED_TRACE(sql);
+        session->Begin(0x1000);
+        Do(*session, "insert into kept values (1)");
+        std::u16string text;
+        EXPECT_EQ(Failure([&] { Query(session, sql); }, &text), 0x80040E14u);
+        EXPECT_NE(text.find(u"syntax error"), std::u16string::npos);
+        EXPECT_EQ(Failure([&] { Do(*session, "insert into kept values (3)"); }), 0x80004005u);
+        EXPECT_EQ(Failure([&] { session->Commit(); }), 0x80004005u);
+        EXPECT_FALSE(session->InTransaction());
+        EXPECT_EQ(Show(*Query(session, "select count(*) from kept"), 0, 0), "I4 0");
+    }
+    // Other failures leave it as it was.
+    session->Begin(0x1000);
+    Do(*session, "insert into kept values (1)");
+    EXPECT_NE(Failure([&] { Do(*session, "insert into kept values ('x')"); }), S_OK);
+    EXPECT_NE(Failure([&] { Do(*session, "insert into no_such_table values (1)"); }), S_OK);
+    session->Commit();
+    EXPECT_EQ(Show(*Query(session, "select count(*) from kept"), 0, 0), "I4 1");
+}
+
 TEST_F(Postgres, CanBeDroppedAtAnyMomentOfItsFetch) {
     const auto session = Open();
     for (int delay = 0; delay < 20; ++delay) {

@@ -19,9 +19,6 @@ constexpr std::size_t kLongestString = 32767;
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
 constexpr long long kTrustedIdleMs = 1000;
 
-// What nobody waits for, and questions that a server that lives answers at once.
-constexpr LONG kMaintenanceSeconds = 5;
-
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
 }
@@ -79,7 +76,7 @@ PhysicalConnection::PhysicalConnection(const Request& request)
 }
 
 PhysicalConnection::~PhysicalConnection() {
-    const ServerCall call(*profile_, kMaintenanceSeconds);
+    const ServerCall call(*profile_, ServerCall::ShortSeconds());
     // The driver manager frees the statements of a connection that ends: these handles end before.
     prepared_.clear();
     handles_.clear();
@@ -209,7 +206,7 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
 
 std::optional<bool> PhysicalConnection::HasWritten() const noexcept try {
     if (profile_->writtenQuery == nullptr) return std::nullopt;
-    const ServerCall call(*profile_, kMaintenanceSeconds);
+    const ServerCall call(*profile_, ServerCall::ShortSeconds());
     OdbcStatement statement(Get());
     std::string text = profile_->writtenQuery;
     char number[32] = {};
@@ -260,7 +257,7 @@ bool PhysicalConnection::Reset() noexcept try {
 
 bool PhysicalConnection::Answers() noexcept try {
     if (profile_->isFileDatabase) return true;
-    const ServerCall call(*profile_, kMaintenanceSeconds);
+    const ServerCall call(*profile_, ServerCall::ShortSeconds());
     if (IsDead()) return false;
     if (profile_->pingStatement != nullptr) RunSimple(profile_->pingStatement);
     return true;

@@ -120,6 +120,11 @@ ServerCall::ServerCall(const DriverProfile& profile, LONG seconds, StatementHand
     }
 }
 
+LONG ServerCall::ShortSeconds() noexcept {
+    constexpr LONG kShort = 5;
+    return std::min(kShort, usualSeconds.load());
+}
+
 ServerCall::~ServerCall() {
     if (isEntered_) ofThisThread->Leave();
 }

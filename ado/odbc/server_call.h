@@ -27,6 +27,9 @@ public:
     /// For a call that nobody has set a limit for: the usual one.
     explicit ServerCall(const DriverProfile& profile) noexcept;
 
+    /// The limit for what nobody waits for, and for questions that a server that lives answers at once.
+    static LONG ShortSeconds() noexcept;
+
     /// @param seconds  0: no limit
     /// @param handle  of the statement that the call is for, which ends as "time is over"; it is not shut down while
     ///                another thread cancels it inside the driver. It outlives this. Null: the call cannot be cancelled

@@ -7,11 +7,6 @@
 #include "ado/odbc/server_call.h"
 
 namespace tk::ado {
-namespace {
-
-constexpr LONG kCancelSeconds = 5;
-
-}  // namespace
 
 StatementHandle::~StatementHandle() {
     const ServerCall call(profile_);
@@ -69,7 +64,7 @@ void StatementHandle::Reach(State reason) noexcept {
         if ((state & kRunning) == 0 || (state & (kReaching | kCut)) != 0) return;
     } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
     if ((state & kHeld) == 0 && ((state & kRows) == 0 || RowCallLasts())) {
-        const ServerCall call(profile_, kCancelSeconds);
+        const ServerCall call(profile_, ServerCall::ShortSeconds());
         Odbc().Cancel(Get());
     }
     state_.fetch_and(~static_cast<unsigned>(kReaching), std::memory_order_release);

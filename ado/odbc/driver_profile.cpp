@@ -154,7 +154,7 @@ constexpr DriverProfile kProfiles[] = {
                           "cast(? as pg_catalog.regclass) and a.attnum > 0 and t.typarray <> 0 and t.typtype <> 'c'",
         .mostRows = 5000,
         .cutsAtZero = true,
-        .writtenQuery = "select pg_catalog.txid_current_if_assigned()",
+        .newTransactionQuery = "select 1 where pg_catalog.transaction_timestamp() = pg_catalog.statement_timestamp()",
         .savepoint = &kSavepoint,
         .hasReturning = true,  // a trigger may have used another sequence since
         .procedureCall = ProcedureCall::SelectFromOrCall,

@@ -138,10 +138,11 @@ struct DriverProfile {
     unsigned mostRows = 1000;              // of an INSERT, in whichever way
     bool isReadOnly = false;               // no statement changes anything: told before the driver stumbles
     bool cutsAtZero = false;               // a text ends at its first zero character
-    const char* writtenQuery = nullptr;    // where the driver may undo a whole transaction over a text that cannot
-                                           // be read: NULL when nothing has been written in the running one
-    const Savepoint* savepoint = nullptr;  // undoes a part of a transaction
-    bool hasReturning = false;             // INSERT ... RETURNING gives it without being asked
+    // Where the driver may undo a whole transaction over a text that cannot be read: a SELECT that gives a row when the
+    // transaction begins with it.
+    const char* newTransactionQuery = nullptr;
+    const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
+    bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
     const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name
     ProcedureCall procedureCall = ProcedureCall::Escape;
     bool hasOutputRow = false;             // output values come as a row as well; only there a NULL is told

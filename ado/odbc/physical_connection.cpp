@@ -204,21 +204,15 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
 }
 
-std::optional<bool> PhysicalConnection::HasWritten() const noexcept try {
-    if (profile_->writtenQuery == nullptr) return std::nullopt;
+bool PhysicalConnection::HasLostTransaction() const noexcept try {
+    if (profile_->newTransactionQuery == nullptr) return false;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
     OdbcStatement statement(Get());
-    std::string text = profile_->writtenQuery;
-    char number[32] = {};
-    SQLLEN length = SQL_NULL_DATA;
-    if (!SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) ||
-        !SQL_SUCCEEDED(Odbc().Fetch(statement.Get())) ||
-        !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_CHAR, number, sizeof number, &length))) {
-        return std::nullopt;
-    }
-    return length != SQL_NULL_DATA;
+    std::string text = profile_->newTransactionQuery;
+    return SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) &&
+           SQL_SUCCEEDED(Odbc().Fetch(statement.Get()));
 } catch (...) {
-    return std::nullopt;
+    return false;
 }
 
 bool PhysicalConnection::RunText(const char* sql) noexcept try {

@@ -7,7 +7,6 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -90,9 +89,9 @@ public:
     SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
 
-    /// Whether something has been written in the running transaction; nullopt where the driver needs not be asked, or
-    /// does not say.
-    std::optional<bool> HasWritten() const noexcept;
+    /// True when the driver has undone the transaction that was open and goes on in another one; false also where that
+    /// is not known. A statement has been run in it before.
+    bool HasLostTransaction() const noexcept;
 
     /// Runs a text without rows. False when it fails.
     bool RunText(const char* sql) noexcept;

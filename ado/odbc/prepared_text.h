@@ -7,6 +7,8 @@
 // Drivers prepare when they are first asked something, and the server may let that wait for another session's locks: so
 // the first question is inside the time limit too.
 //
+// It ends before the session runs another statement, which may put a new connection in the place of a lost one.
+//
 // Threads: the session's caller; Session.Cancel ends the question where the driver can.
 #pragma once
 

@@ -76,7 +76,7 @@ struct Session::Impl {
     std::vector<Work> work;
     std::vector<std::weak_ptr<SettingsWatcher>> watchers;
     bool isInTransaction = false;
-    bool hasWritten = false;  // in the transaction, as far as is known
+    bool hasWritten = false;  // in the transaction, as far as its texts tell
     RunningCall running;
     bool hasPlan = false;  // the handle of the call that runs is prepared for its text already
 
@@ -200,7 +200,7 @@ struct Session::Impl {
         try {
             return Run(lease, sql, options, call);
         } catch (const AdoError&) {
-            if (hasWritten && !Physical().IsBroken() && Physical().HasWritten() == false) Physical().MarkBroken();
+            if (hasWritten && !Physical().IsBroken() && Physical().HasLostTransaction()) Physical().MarkBroken();
             throw;
         }
     }

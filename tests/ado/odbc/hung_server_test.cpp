@@ -163,13 +163,16 @@ TEST_P(HungServer, EndsADescription) {
     }
 #endif
     Do(*session_, "insert into kept values (1)");
-    PreparedText prepared(*session_, "select id from kept where id = 1", 1);
-    Hold(true);
-    SQLSMALLINT count = 0;
-    ExpectToEnd([&] {
-        EXPECT_EQ(Failure([&] { prepared.Ask([&](SQLHSTMT handle) { return Odbc().NumResultCols(handle, &count); }); }),
-                  kTimeout);
-    });
+    {
+        PreparedText prepared(*session_, "select id from kept where id = 1", 1);
+        Hold(true);
+        SQLSMALLINT count = 0;
+        ExpectToEnd([&] {
+            EXPECT_EQ(
+                Failure([&] { prepared.Ask([&](SQLHSTMT handle) { return Odbc().NumResultCols(handle, &count); }); }),
+                kTimeout);
+        });
+    }
     Hold(false);
     EXPECT_EQ(Count(), 1);
 }

@@ -357,6 +357,9 @@ TEST_F(Postgres, LosesATransactionOverATextThatCannotBeRead) {
     }
     // Other failures leave it as it was.
     session->Begin(0x1000);
+    Do(*session, "set local work_mem = '5MB'");
+    Do(*session, "delete from kept");  // none
+    EXPECT_NE(Failure([&] { Query(session, "select no_such_column from kept where i = 1"); }), S_OK);
     Do(*session, "insert into kept values (1)");
     EXPECT_NE(Failure([&] { Do(*session, "insert into kept values ('x')"); }), S_OK);
     EXPECT_NE(Failure([&] { Do(*session, "insert into no_such_table values (1)"); }), S_OK);

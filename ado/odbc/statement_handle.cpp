@@ -17,23 +17,21 @@ void StatementHandle::Start() noexcept {
     state_.store(kRunning, std::memory_order_release);
 }
 
-void StatementHandle::WaitWhileReached(unsigned clear, unsigned set) noexcept {
+void StatementHandle::Finish() noexcept {
     // Whoever is inside the driver's cancel call uses the handle: its end is waited for, which is a matter of one call.
     Moments moments;
     unsigned state = state_.load(std::memory_order_acquire);
-    while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, (state & ~clear) | set)) {
+    while ((state & kReaching) != 0 || !state_.compare_exchange_weak(state, state & ~kRunning)) {
         if ((state & kReaching) == 0) continue;
         moments.Wait();
         state = state_.load(std::memory_order_acquire);
     }
 }
 
-void StatementHandle::Finish() noexcept {
-    WaitWhileReached(kRunning, 0);
-}
-
 void StatementHandle::HoldCancel() noexcept {
-    WaitWhileReached(0, kHeld);
+    state_.fetch_or(kHeld);
+    for (Moments moments; (state_.load(std::memory_order_acquire) & kReaching) != 0;)
+        moments.Wait();
 }
 
 void StatementHandle::AllowCancel() noexcept {
@@ -52,7 +50,7 @@ bool StatementHandle::RowCallLasts() const noexcept {
     constexpr int kMilliseconds = 100;
     if (profile_.hasLocalRows) return false;
     for (int i = 0; i < kMilliseconds; ++i) {
-        if ((state_.load(std::memory_order_acquire) & kInRowCalls) == 0) return false;
+        if ((state_.load(std::memory_order_acquire) & (kInRowCalls | kHeld)) != kInRowCalls) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;

@@ -112,7 +112,6 @@ private:
         kCut = 64,
         kHeld = 128
     };
-    void WaitWhileReached(unsigned clear, unsigned set) noexcept;
     void Reach(State reason) noexcept;
     bool RowCallLasts() const noexcept;
 

@@ -48,7 +48,7 @@ struct SessionCache::Impl {
         for (Idle& each : idle) {
             if (IsSame(each.key, key)) each.isGivenUp = true;
         }
-        std::ranges::stable_partition(idle, &Idle::isGivenUp);
+        std::stable_partition(idle.begin(), idle.end(), [](const Idle& each) { return each.isGivenUp; });
         changed.notify_one();
     }
 

@@ -21,11 +21,10 @@ ServerProbe::ServerProbe(int connected, std::string_view question) noexcept : qu
 
 ServerProbe::State ServerProbe::Fail(int error) noexcept {
     switch (error) {
-        case ECONNREFUSED:
+        case ECONNREFUSED:  // its machine answers
         case ECONNRESET:
         case EPIPE:
-            return state_ = State::Alive;
-        case EMFILE:  // this machine cannot ask: nothing is known
+        case EMFILE:  // this one cannot ask: nothing is known
         case ENFILE:
         case ENOBUFS:
         case ENOMEM:

@@ -7,7 +7,7 @@
 //   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle, n); // the next n rows; what is bound stays bound
 //   cursor.Close(handle, connection);
 //
-// One driver has a way of its own, which reads past the end of a connection that is lost between two rows. These are
+// One driver has a way of its own, which follows a null pointer when the connection is lost between two rows. These are
 // executions, and fail like any other.
 //
 // One at a time on a connection. Outside of a transaction the cursor makes one, from its opening to its closing.

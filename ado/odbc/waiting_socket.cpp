@@ -24,9 +24,15 @@ constexpr WaitingCall kWaitingCalls[] = {
 #ifdef SYS_poll
     {SYS_poll, true},
 #endif
-    {SYS_ppoll, true},    {SYS_recvfrom, false}, {SYS_recvmsg, false},        {SYS_read, false}, {SYS_sendto, false},
-    {SYS_sendmsg, false}, {SYS_write, false},    {SYS_restart_syscall, true},  // a poll that was interrupted, by a
-                                                                               // debugger or while the machine slept
+    {SYS_ppoll, true},
+    {SYS_recvfrom, false},
+    {SYS_recvmsg, false},
+    {SYS_read, false},
+    {SYS_sendto, false},
+    {SYS_sendmsg, false},
+    {SYS_write, false},
+    // A poll that was interrupted, by a debugger or while the machine slept.
+    {SYS_restart_syscall, true},
 };
 
 bool IsConnected(int descriptor) noexcept {

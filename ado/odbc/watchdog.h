@@ -4,8 +4,8 @@
 //   result = odbc.ExecDirect(...);
 //   guard.Finish();
 //
-// Entering and leaving cost neither a lock nor a system call: the thread looks at the guards five times a second while
-// there are any, so a limit is kept to within a fifth of a second.
+// Entering and leaving cost neither a lock nor a system call: the threads look at the guards five times a second or
+// more while there are any, so a limit is kept to within a fifth of a second.
 #pragma once
 
 #include <windows.h>

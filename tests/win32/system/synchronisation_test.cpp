@@ -1,5 +1,6 @@
 #include <signal.h>
 
+#include <atomic>
 #include <ctime>
 
 #include "tests/win32/system/support.h"
@@ -43,6 +44,27 @@ TEST(CriticalSection, KeepsAnOrdinaryNumberWhole) {
     for (auto& thread : threads)
         thread.join();
     EXPECT_EQ(sum, 80'000);
+    DeleteCriticalSection(&section);
+}
+
+TEST(CriticalSection, LetsInWhoHasWaitedForLong) {
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    std::atomic<bool> wants = false;
+    bool isLeft = false;  // written and read inside
+    EnterCriticalSection(&section);
+    std::thread waits([&] {
+        wants = true;
+        EnterCriticalSection(&section);
+        EXPECT_TRUE(isLeft);
+        LeaveCriticalSection(&section);
+    });
+    while (!wants)
+        Sleep(1);
+    Sleep(30);
+    isLeft = true;
+    LeaveCriticalSection(&section);
+    waits.join();
     DeleteCriticalSection(&section);
 }
 

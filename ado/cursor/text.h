@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,12 @@ inline std::u16string ToUtf16(std::string_view utf8) {
 }
 inline std::string ToUtf8(std::u16string_view utf16) {
     return tk::text::Utf16ToUtf8(utf16);
+}
+
+/// The same text; quicker than ==, which looks at one unit after the other.
+inline bool SameText(std::u16string_view first, std::u16string_view second) noexcept {
+    if (first.size() != second.size()) return false;
+    return first.empty() || std::memcmp(first.data(), second.data(), first.size() * sizeof(char16_t)) == 0;
 }
 
 /// Into a buffer that keeps its memory for the next text.

@@ -8,7 +8,7 @@
 //       void GetCount(Call& call);
 //   };
 //
-// The table is sorted by id and then by kind; the dispatch walks it and nothing else.
+// The table is sorted by id and then by kind; the dispatch knows it and nothing else.
 //
 // Threads: any thread, one caller at a time for each object unless a member says otherwise.
 #pragma once
@@ -18,7 +18,9 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -64,11 +66,47 @@ constexpr bool IsBefore(const MemberInfo& first, const MemberInfo& second) noexc
 /// For the static_assert beside each table: in order, and no way to call named twice.
 template <class T, std::size_t Count>
 constexpr bool IsMemberTable(const Member<T> (&table)[Count]) noexcept {
+    if (Count >= 255) return false;  // more than MemberPlaces can number
     for (std::size_t i = 1; i < Count; ++i) {
         if (!IsBefore(table[i - 1], table[i])) return false;
     }
     return true;
 }
+
+/// The places of a table's rows by id and kind: a call costs one look instead of a search.
+class MemberPlaces {
+public:
+    template <class Table>
+    explicit MemberPlaces(const Table& table) {
+        places_.fill(kNone);
+        for (std::size_t i = 0; i < table.size(); ++i) {
+            std::size_t at = Begin(table[i].id, table[i].kind);
+            while (places_[at] != kNone)
+                at = Next(at);
+            places_[at] = static_cast<std::uint8_t>(i);
+        }
+    }
+
+    template <class Table>
+    const MemberInfo* Find(const Table& table, DISPID id, MemberKind kind) const noexcept {
+        for (std::size_t at = Begin(id, kind); places_[at] != kNone; at = Next(at)) {
+            const MemberInfo& found = table[places_[at]];
+            if (found.id == id && found.kind == kind) return &found;
+        }
+        return nullptr;
+    }
+
+private:
+    static constexpr std::size_t kSize = 512;  // more than twice as many as the largest table has rows
+    static constexpr std::uint8_t kNone = 255;
+
+    static std::size_t Begin(DISPID id, MemberKind kind) noexcept {
+        return (static_cast<std::size_t>(id) * 8 + kind) % kSize;
+    }
+    static std::size_t Next(std::size_t at) noexcept { return (at + 1) % kSize; }
+
+    std::array<std::uint8_t, kSize> places_;
+};
 
 class AutomationObject : public IDispatch {
 public:
@@ -112,11 +150,8 @@ template <class T>
 class Automation : public AutomationObject {
 protected:
     const MemberInfo* FindMember(DISPID id, MemberKind kind) const noexcept final {
-        const auto table = T::Members();
-        const auto found = std::ranges::lower_bound(
-            table, MemberInfo{id, kind, nullptr, 0, 0},
-            [](const MemberInfo& first, const MemberInfo& second) { return IsBefore(first, second); });
-        return found != table.end() && found->id == id && found->kind == kind ? &*found : nullptr;
+        static const MemberPlaces places(T::Members());
+        return places.Find(T::Members(), id, kind);
     }
     const MemberInfo* FindName(std::u16string_view name) const noexcept final;
     void Run(const MemberInfo& member, Call& call) final {

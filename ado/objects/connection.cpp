@@ -344,8 +344,12 @@ Ref<Connection> ConnectionOf(const Value& given) {
     }
     // Contract: a number where the connection belongs is a wrong argument, not a text.
     if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+    return OpenConnection(ViewOf(given.Get().bstrVal));
+}
+
+Ref<Connection> OpenConnection(std::u16string_view text) {
     auto connection = Make<Connection>();
-    connection->Open(ViewOf(given.Get().bstrVal), {}, {});
+    connection->Open(text, {}, {});
     return connection;
 }
 

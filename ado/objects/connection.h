@@ -131,4 +131,7 @@ private:
 /// @throws AdoError 3001 for anything else, or what opening throws
 Ref<Connection> ConnectionOf(const Value& given);
 
+/// A new connection. @throws AdoError
+Ref<Connection> OpenConnection(std::u16string_view text);
+
 }  // namespace tk::ado

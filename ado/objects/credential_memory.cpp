@@ -22,9 +22,9 @@ SessionSettings Parse(const OpenRequest& request) {
 }  // namespace
 
 bool CredentialMemory::Recent::Answers(const OpenRequest& request) const noexcept {
-    return settings != nullptr && text == request.text && provider == request.provider && user == request.user &&
-           password == request.password && settings->readOnly == request.readOnly &&
-           settings->loginTimeoutSeconds == request.loginTimeoutSeconds;
+    return settings != nullptr && SameText(text, request.text) && SameText(provider, request.provider) &&
+           SameText(user, request.user) && SameText(password, request.password) &&
+           settings->readOnly == request.readOnly && settings->loginTimeoutSeconds == request.loginTimeoutSeconds;
 }
 
 CredentialMemory& CredentialMemory::Instance() {

@@ -223,7 +223,7 @@ private:
     void SettleInView(std::shared_ptr<OpenRows> rows, LONG lock);
     static bool MeansFile(const Ref<Connection>& connection, std::u16string_view text, std::u16string_view source,
                           LONG options);
-    void OpenFile(const std::u16string& text, const std::u16string& source, LONG cursorType, LONG lock);
+    void OpenFile(std::u16string_view text, std::u16string_view source, LONG cursorType, LONG lock);
 
     void SaveEdit();
     void ExpectNoEdit();

@@ -104,12 +104,14 @@ void Recordset::LetGo() {
 void Recordset::Settle(std::shared_ptr<OpenRows> rows, LONG lock) {
     auto cursor = std::make_unique<ClientCursor>(rows->store);
     if (rows->connection) rows->connection->Register(rows);
-    LetGo();
+    Held held;
     {
         const std::lock_guard guard(guard_);
+        held = TakeHeld();
         open_ = std::move(rows);
         cursor_ = std::move(cursor);
     }
+    Drop(std::move(held));
     lock_ = lock == kLockPessimistic ? kLockOptimistic : lock;
     if (lock_ != kLockReadOnly) open_->store->Fetched().DescribeBeforeSettingsChange();
     ++generation_;
@@ -168,27 +170,34 @@ void Recordset::Open(Call& call) {
     if (cursorType < -1 || cursorType > kCursorStatic || lock < -1 || lock == 0 || lock > kLockBatchOptimistic) {
         throw AdoError(ErrorNumber::InvalidArgument);
     }
-    std::u16string source = source_;
+    Value values[2];  // of arguments that are no texts, or references to one
+    const auto argument = [&](UINT index) -> const VARIANT& {
+        const VARIANT& given = call.Argument(index);
+        if (given.vt == VT_BSTR) return given;
+        values[index] = call.Variant(index);
+        return values[index].Get();
+    };
+    std::u16string_view source = source_;
     Ref<CommandObject> object = command_;
     if (!call.IsNothing(0)) {
-        const Value given = call.Variant(0);
-        object = KnownCommand(given);
+        const VARIANT& given = argument(0);
+        object = given.vt == VT_BSTR ? nullptr : KnownCommand(values[0]);
         if (object) return OpenCommand(call, std::move(object), cursorType, lock, options);
-        if (given.Type() != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
+        if (given.vt != VT_BSTR) throw AdoError(ErrorNumber::InvalidArgument);
         command_ = nullptr;
-        source = ViewOf(given.Get().bstrVal);
+        source = ViewOf(given.bstrVal);
     }
     if (object) return OpenCommand(call, std::move(object), cursorType, lock, options);
     LetGo();
     Ref<Connection> connection = connection_;
-    std::u16string text = connectionText_;
+    std::u16string_view text = connectionText_;
     if (!call.IsNothing(1)) {
-        const Value given = call.Variant(1);
-        connection = given.Type() == VT_BSTR ? nullptr : ConnectionOf(given);
-        text = given.Type() == VT_BSTR ? ViewOf(given.Get().bstrVal) : std::u16string_view();
+        const VARIANT& given = argument(1);
+        connection = given.vt == VT_BSTR ? nullptr : ConnectionOf(values[1]);
+        text = given.vt == VT_BSTR ? ViewOf(given.bstrVal) : std::u16string_view();
     }
     if (MeansFile(connection, text, source, options)) return OpenFile(text, source, cursorType, lock);
-    if (!connection && !text.empty()) connection = ConnectionOf(Value::Text(text));
+    if (!connection && !text.empty()) connection = OpenConnection(text);
     if (!connection) {
         if (defined_.empty() || !source.empty()) throw AdoError(ErrorNumber::InvalidConnection);
         if (cursorType != -1) cursorType_ = cursorType;

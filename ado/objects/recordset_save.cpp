@@ -21,11 +21,15 @@ bool IsPersistProvider(std::string_view provider) noexcept {
 /// True for a connection text whose provider is the one of saved recordsets.
 bool NamesPersistProvider(std::u16string_view text) {
     constexpr std::u16string_view kName = u"mspersist";
-    const auto same = [](char16_t unit, char16_t lower) {
-        return unit == lower || (unit >= u'A' && unit <= u'Z' && unit - u'A' + u'a' == lower);
+    constexpr auto small = [](char16_t unit) { return static_cast<char16_t>(unit | 0x20); };  // letters: without case
+    const auto isNameAt = [&](std::size_t at) {
+        return std::ranges::equal(text.substr(at, kName.size()), kName, {}, small);
     };
     // Hardly any text has the name in it, and parsing takes its time.
-    if (std::search(text.begin(), text.end(), kName.begin(), kName.end(), same) == text.end()) return false;
+    std::size_t at = 0;
+    while (at + kName.size() <= text.size() && (small(text[at]) != kName[0] || !isNameAt(at)))
+        ++at;
+    if (at + kName.size() > text.size()) return false;
     return IsPersistProvider(ReadProperties(ConnectionString::Parse(ToUtf8(text))).provider);
 }
 
@@ -58,7 +62,7 @@ bool Recordset::MeansFile(const Ref<Connection>& connection, std::u16string_view
     return !connection && text.empty() && !saysKind && IsRegularFile(ToUtf8(source));
 }
 
-void Recordset::OpenFile(const std::u16string& text, const std::u16string& source, LONG cursorType, LONG lock) {
+void Recordset::OpenFile(std::u16string_view text, std::u16string_view source, LONG cursorType, LONG lock) {
     if (source.empty()) throw AdoError(ErrorNumber::InvalidArgument, std::u16string(kTextNoName));
     const std::string path = ToUtf8(source);
     LoadedFile loaded = LoadRows(path);

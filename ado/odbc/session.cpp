@@ -449,7 +449,10 @@ std::shared_ptr<Session> Session::Open(const SessionSettings& settings) {
     auto impl = std::make_unique<Impl>();
     impl->lease = TakeLease(settings);
     impl->facts = (*impl->lease)->facts;
-    return std::shared_ptr<Session>(new Session(std::move(impl)));
+    struct Made final : Session {  // in one piece of memory with its count
+        explicit Made(std::unique_ptr<Impl> inside) : Session(std::move(inside)) {}
+    };
+    return std::make_shared<Made>(std::move(impl));
 }
 
 const DriverProfile& Session::Profile() const noexcept {

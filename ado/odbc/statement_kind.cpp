@@ -18,9 +18,23 @@ enum WordFlags : std::uint16_t {
     kFrom = 64,
 };
 
+/// The last eight letters of a word as one number, without case: what tells short words apart.
+constexpr std::uint64_t AddLetter(std::uint64_t letters, char letter) noexcept {
+    return letters << 8 |
+           (static_cast<unsigned char>(letter) | 0x20u);  // nothing else becomes the same as in a keyword
+}
+
+constexpr std::uint64_t LettersOf(std::string_view word) noexcept {
+    std::uint64_t letters = 0;
+    for (const char letter : word)
+        letters = AddLetter(letters, letter);
+    return letters;
+}
+
 struct Word {
     std::string_view text;
     std::uint16_t flags;
+    std::uint64_t letters = LettersOf(text);
 };
 
 constexpr Word kWords[] = {
@@ -92,31 +106,65 @@ constexpr auto kInitials = [] {
     return initials;
 }();
 
-std::uint16_t FlagsOf(std::string_view word) noexcept {
-    if (word.size() > kLongestWord)
-        return ContainsNoCase(word, "advisory") ? std::uint16_t{kTouches} : std::uint16_t{0};
-    const auto letter = static_cast<unsigned char>(LowerAscii(word[0]) - 'a');
-    if (letter >= kInitials.size()) return 0;
-    const Initial& initial = kInitials[letter];
-    if ((initial.lengths >> word.size() & 1) == 0) return 0;
-    for (std::size_t i = initial.begin; i < initial.end; ++i) {
-        if (kWords[i].text.size() == word.size() && EqualsNoCase(kWords[i].text, word)) return kWords[i].flags;
-    }
-    return 0;
-}
+enum class Letter : std::uint8_t { Plain, OfWord, Special };
 
-constexpr auto kIsWordLetter = [] {
-    std::array<bool, 256> is{};
-    for (unsigned letter = 0; letter < is.size(); ++letter) {
-        is[letter] = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-                     (letter >= '0' && letter <= '9') || letter == '_' || letter >= 0x80;
+/// What a character does: most, such as blanks and commas, only end words.
+constexpr auto kLetters = [] {
+    std::array<Letter, 256> letters{};
+    for (unsigned letter = 0; letter < letters.size(); ++letter) {
+        const bool isOfWord = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+                              (letter >= '0' && letter <= '9') || letter == '_' || letter >= 0x80;
+        if (isOfWord) letters[letter] = Letter::OfWord;
     }
-    return is;
+    for (const unsigned char letter : std::string_view("'\"`[-/;@#"))
+        letters[letter] = Letter::Special;
+    return letters;
 }();
 
-constexpr bool IsWordLetter(char letter) noexcept {
-    return kIsWordLetter[static_cast<unsigned char>(letter)];
+constexpr Letter LetterOf(char letter) noexcept {
+    return kLetters[static_cast<unsigned char>(letter)];
 }
+
+/// A word of a statement, found where it begins.
+class FoundWord {
+public:
+    FoundWord(std::string_view sql, std::size_t at) noexcept {
+        // Kept in registers: this loop goes over nearly all of the text.
+        const char* const begin = sql.data() + at;
+        const char* const limit = sql.data() + sql.size();
+        const char* end = begin;
+        std::uint64_t letters = 0;
+        for (; end != limit && LetterOf(*end) == Letter::OfWord; ++end)
+            letters = AddLetter(letters, *end);
+        text_ = {begin, end};
+        letters_ = letters;
+        end_ = at + text_.size();
+    }
+
+    std::size_t End() const noexcept { return end_; }
+    std::string_view Text() const noexcept { return text_; }
+
+    std::uint16_t Flags() const noexcept {
+        if (text_.empty()) return 0;
+        if (text_.size() > kLongestWord)
+            return ContainsNoCase(text_, "advisory") ? std::uint16_t{kTouches} : std::uint16_t{0};
+        const auto letter = static_cast<unsigned char>(LowerAscii(text_[0]) - 'a');
+        if (letter >= kInitials.size()) return 0;
+        const Initial& initial = kInitials[letter];
+        if ((initial.lengths >> text_.size() & 1) == 0) return 0;
+        for (std::size_t i = initial.begin; i < initial.end; ++i) {
+            const Word& word = kWords[i];
+            if (word.letters != letters_ || word.text.size() != text_.size()) continue;
+            if (text_.size() <= sizeof letters_ || EqualsNoCase(word.text, text_)) return word.flags;
+        }
+        return 0;
+    }
+
+private:
+    std::string_view text_;
+    std::size_t end_;
+    std::uint64_t letters_;
+};
 
 /// The place after a quoted part, a comment or the single character at `at`.
 std::size_t SkipToken(std::string_view sql, std::size_t at) noexcept {
@@ -143,12 +191,10 @@ std::size_t SkipToken(std::string_view sql, std::size_t at) noexcept {
 /// A single statement that writes, without variables: its first word says all there is to know. True for many, not for
 /// all such statements.
 bool OnlyWrites(std::string_view sql) noexcept {
-    std::size_t end = 0;
-    while (end < sql.size() && IsWordLetter(sql[end]))
-        ++end;
-    if (end == 0 || (FlagsOf(sql.substr(0, end)) & kWrites) == 0) return false;
+    const FoundWord first(sql, 0);
+    if ((first.Flags() & kWrites) == 0) return false;
     for (const char special : {';', '@', '#'}) {
-        if (sql.find(special, end) != std::string_view::npos) return false;
+        if (sql.find(special, first.End()) != std::string_view::npos) return false;
     }
     return true;
 }
@@ -164,31 +210,35 @@ StatementKind Inspect(std::string_view sql) noexcept {
     bool isFirst = true;
     std::uint16_t first = 0;
     for (std::size_t at = 0; at < sql.size();) {
-        const char letter = sql[at];
-        if (!IsWordLetter(letter)) {
-            if (letter == ';') ended = true;
-            // Variables, temporary tables of some systems, assignments inside a SELECT.
-            if (letter == '@' || letter == '#') kind.changesSession = true;
-            at = SkipToken(sql, at);
-            continue;
+        switch (LetterOf(sql[at])) {
+            case Letter::Plain:
+                ++at;
+                continue;
+            case Letter::Special:
+                if (sql[at] == ';') ended = true;
+                // Variables, temporary tables of some systems, assignments inside a SELECT.
+                if (sql[at] == '@' || sql[at] == '#') kind.changesSession = true;
+                at = SkipToken(sql, at);
+                continue;
+            case Letter::OfWord:
+                break;
         }
-        std::size_t end = at;
-        while (end < sql.size() && IsWordLetter(sql[end]))
-            ++end;
+        const FoundWord word(sql, at);
+        at = word.End();
         // What follows in a statement that writes changes nothing about it, so its words are not looked up.
-        const std::uint16_t flags = (first & kWrites) != 0 ? std::uint16_t{0} : FlagsOf(sql.substr(at, end - at));
+        const std::uint16_t flags = (first & kWrites) != 0 ? std::uint16_t{0} : word.Flags();
         if (ended) kind.changesSession = true;  // a second statement: anything can be in it
         if (isFirst) {
             first = flags;
             limited = (flags & kLimits) != 0;
             isFirst = false;
         } else if (flags != 0) {
+            const bool isCall = sql.substr(at, 1) == "(";
             if ((flags & kTouches) != 0) kind.changesSession = true;
-            if ((flags & kWrites) != 0 && sql.substr(end, 1) != "(") first = kWrites;
-            if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && sql.substr(end, 1) == "(")) limited = true;
+            if ((flags & kWrites) != 0 && !isCall) first = kWrites;
+            if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && isCall)) limited = true;
             if ((flags & kFrom) != 0) hasFrom = true;
         }
-        at = end;
     }
     if ((first & (kReads | kWrites | kDefines)) == 0) kind.changesSession = true;
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
@@ -198,13 +248,10 @@ StatementKind Inspect(std::string_view sql) noexcept {
 
 std::string_view ChangingWord(std::string_view sql) noexcept {
     std::size_t at = 0;
-    while (at < sql.size() && !IsWordLetter(sql[at]))
+    while (at < sql.size() && LetterOf(sql[at]) != Letter::OfWord)
         at = SkipToken(sql, at);
-    std::size_t end = at;
-    while (end < sql.size() && IsWordLetter(sql[end]))
-        ++end;
-    const std::string_view word = sql.substr(at, end - at);
-    return !word.empty() && (FlagsOf(word) & (kWrites | kDefines)) != 0 ? word : std::string_view();
+    const FoundWord word(sql, at);
+    return (word.Flags() & (kWrites | kDefines)) != 0 ? word.Text() : std::string_view();
 }
 
 }  // namespace tk::ado

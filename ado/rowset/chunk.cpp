@@ -81,7 +81,8 @@ void ChunkBuilder::AddOutside(std::string text) {
 }
 
 void ChunkBuilder::Grow(std::size_t size) {
-    constexpr std::size_t kFirst = 4096;
+    // Small results are the commonest: pieces of this size are what allocators have at hand for each thread.
+    constexpr std::size_t kFirst = 1000;
     constexpr std::size_t kFirstCells = 64;
     if (capacity_ == 0) ends_.reserve(kFirstCells);
     const std::size_t needed = position_ + size;

@@ -69,7 +69,7 @@ std::string LongName(StatementHandle& handle, int number) {
 
 /// Asks the driver about one column. The record is used again for the next one.
 void Ask(StatementHandle& handle, int number, ToldColumn& told) {
-    char name[512] = {};
+    char name[128] = {};
     SQLSMALLINT nameLength = 0;
     SQLSMALLINT sqlType = 0;
     SQLULEN size = 0;

@@ -125,6 +125,13 @@ std::string RowSet::Impl::MomentText(std::size_t row, std::size_t column) const 
 
 RowSet::RowSet(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
+std::shared_ptr<RowSet> RowSet::Make(std::shared_ptr<Impl> impl) {
+    struct Made final : RowSet {  // in one piece of memory with its count
+        explicit Made(std::shared_ptr<Impl> inside) : RowSet(std::move(inside)) {}
+    };
+    return std::make_shared<Made>(std::move(impl));
+}
+
 RowSet::~RowSet() {
     impl_->Stop();
     const bool isLarge = impl_->isComplete && MemoryBytes() >= kLargeBytes;
@@ -139,7 +146,7 @@ std::shared_ptr<RowSet> RowSet::Build(std::vector<Column> columns) {
     impl->builder = std::make_unique<ChunkBuilder>(impl->layout);
     impl->isComplete = true;
     impl->areOriginsKnown = true;
-    return std::shared_ptr<RowSet>(new RowSet(std::move(impl)));
+    return Make(std::move(impl));
 }
 
 std::shared_ptr<RowSet> RowSet::Assemble(std::vector<Column> columns, RowLayout layout,
@@ -149,7 +156,7 @@ std::shared_ptr<RowSet> RowSet::Assemble(std::vector<Column> columns, RowLayout 
     impl->chunks = std::move(chunks);
     impl->isComplete = true;
     impl->areOriginsKnown = true;
-    return std::shared_ptr<RowSet>(new RowSet(std::move(impl)));
+    return Make(std::move(impl));
 }
 
 void RowSet::Append(std::span<const VARIANT> values) {

@@ -112,6 +112,7 @@ public:
 private:
     struct Impl;
     explicit RowSet(std::shared_ptr<Impl> impl);
+    static std::shared_ptr<RowSet> Make(std::shared_ptr<Impl> impl);
     std::shared_ptr<Impl> impl_;  // shared with the worker
 };
 

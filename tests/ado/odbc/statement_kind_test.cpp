@@ -36,6 +36,10 @@ TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
         {"select * from a; delete from b", kNo, kNo, kYes},
         {"select * into t2 from t", kNo, kNo, kYes},
         {"select set_config('x','y',false)", kNo, kNo, kYes},
+        {"SELECT SET_CONFIG('x','y',FALSE)", kNo, kNo, kYes},
+        {"select xxt_config('x','y',false)", kYes, kNo, kNo},  // its last eight letters are the same
+        {"SELECT a FROM t RETURNING a", kYes, kNo, kNo},
+        {"select a from t xxturning a", kYes, kYes, kNo},
         {"select pg_advisory_lock(1)", kNo, kNo, kYes},
         {"select @x := 1", kNo, kNo, kYes},
         {"select * from #t", kNo, kNo, kYes},

@@ -134,7 +134,7 @@ TEST(RowSet, KeepsLongNamesWhole) {
     const SqliteFile file;
     const auto session = file.Open();
     // Bytes around the size of the first buffer, and a character that would be split there.
-    for (const std::size_t size : {509u, 510u, 511u, 512u, 513u, 1000u, 5000u}) {
+    for (const std::size_t size : {124u, 125u, 126u, 127u, 128u, 129u, 1000u, 5000u}) {
         SCOPED_TRACE(size);
         const std::string name(size, 'n');
         auto rows = Query(session, "select 1 as " + name);
@@ -153,10 +153,10 @@ TEST(RowSet, CutsNamesOfADriverThatCutsThemAtACharacter) {
     table = OdbcApi();
     table.DescribeCol = [](SQLHSTMT, SQLUSMALLINT, SQLCHAR* name, SQLSMALLINT, SQLSMALLINT* length, SQLSMALLINT* type,
                            SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) -> SQLRETURN {
-        // However much room there is, it gives 510 bytes; the last character is half there.
-        std::memset(name, 'n', 509);
-        std::memcpy(name + 509, "\xE4", 2);
-        *length = 510;
+        // However much room there is, it gives 126 bytes; the last character is half there.
+        std::memset(name, 'n', 125);
+        std::memcpy(name + 125, "\xE4", 2);
+        *length = 126;
         *type = SQL_INTEGER;
         *size = 10;
         *digits = 0;
@@ -166,7 +166,7 @@ TEST(RowSet, CutsNamesOfADriverThatCutsThemAtACharacter) {
     const OdbcApi& former = SetOdbcForTest(table);
     const auto rows = Query(session, "select 1 as one");
     SetOdbcForTest(former);
-    EXPECT_EQ(rows->Columns()[0].name, std::u16string(509, u'n'));
+    EXPECT_EQ(rows->Columns()[0].name, std::u16string(125, u'n'));
 }
 
 TEST(RowSet, ReadsEveryColumnTypeOfSqlite) {

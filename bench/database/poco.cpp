@@ -43,12 +43,14 @@ public:
     Checksum PointQuery(long id) override { return Scan(SelectOne(id), false); }
 
     void Insert(long n) override {
+        session_->setFeature("autoCommit", false);  // it begins no transaction otherwise
         session_->begin();
         for (long i = 1; i <= n; ++i) {
             *session_ << InsertOne(i), now;
         }
         *session_ << "DELETE FROM item_copy", now;
         session_->commit();
+        session_->setFeature("autoCommit", true);
     }
 
 private:

@@ -69,7 +69,10 @@ std::string LongName(StatementHandle& handle, int number) {
 
 /// Asks the driver about one column. The record is used again for the next one.
 void Ask(StatementHandle& handle, int number, ToldColumn& told) {
-    char name[128] = {};
+    // Driver managers that translate names for a driver give nonsense, and say nothing, where one does not fit: room
+    // for 128 characters of any kind.
+    char name[512];
+    name[0] = name[sizeof name - 1] = '\0';
     SQLSMALLINT nameLength = 0;
     SQLSMALLINT sqlType = 0;
     SQLULEN size = 0;
@@ -80,7 +83,7 @@ void Ask(StatementHandle& handle, int number, ToldColumn& told) {
                            sizeof name - 1, &nameLength, &sqlType, &size, &digits, &nullable);
     if (!SQL_SUCCEEDED(result)) handle.Throw(result);
     const std::size_t length = strnlen(name, sizeof name);
-    if (length + 2 >= sizeof name) [[unlikely]] {
+    if (result != SQL_SUCCESS || length + 2 >= sizeof name) [[unlikely]] {
         told.name = LongName(handle, number);
     } else {
         told.name.assign(name, length);

@@ -84,17 +84,17 @@ bool RowSet::Impl::FirstStep(std::size_t rows) {
 void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     const bool isWhole = failure == nullptr && !isCancelled;
     fetcher.reset();
-    if (statement) statement->Internals().handle->EndRows();
-    if (isWhole && maxRows == 0 && statement && statement->Internals().resultName != 0) {
+    if (statement != nullptr) statement->Internals().handle->EndRows();
+    if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
         RememberRows(statement->Internals().resultName, arrived);
     }
-    if (isWhole && statement && statement->Internals().handle->Profile().hasBatches) {
+    if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
         if (statement->Internals().following) {
             const std::lock_guard lock(mutex);
             cancelTarget = nullptr;  // the handle goes with the step to the next statement
         }
         try {
-            if (statement->MoreResults()) next = std::make_unique<Statement>(std::move(*statement));
+            if (statement->MoreResults()) next = std::move(statement);
         } catch (...) {
             nextError = CurrentError();
         }
@@ -229,7 +229,7 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
     impl->text = inside.isFirstResult ? inside.text : std::string();
     impl->maxRows = static_cast<std::size_t>(std::max(options.maxRows, inside.maxRows));
     impl->origin = session;
-    impl->statement.emplace(std::move(statement));
+    impl->statement = std::make_unique<Statement>(std::move(statement));
     impl->cancelTarget = inside.handle.get();
     impl->fetcher = MakeFetcher(inside, impl->layout);
     inside.handle->BeginRows();

@@ -9,7 +9,6 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -117,7 +116,7 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     StatementHandle* cancelTarget = nullptr;  // until the statement is let go
 
     // Touched by the one thread that has claimed the job.
-    std::optional<Statement> statement;
+    std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
     LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none

@@ -32,7 +32,7 @@ using LPCRITICAL_SECTION = CRITICAL_SECTION*;
 WINBASEAPI void InitializeCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
 /// The spin count is taken as a hint and not used. @return TRUE
 WINBASEAPI BOOL InitializeCriticalSectionAndSpinCount(LPCRITICAL_SECTION lpCriticalSection, DWORD dwSpinCount);
-/// Tries for some microseconds before it sleeps.
+/// Tries for a moment, at most some microseconds, before it sleeps.
 WINBASEAPI void EnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);
 /// @return FALSE when another thread is inside
 WINBASEAPI BOOL TryEnterCriticalSection(LPCRITICAL_SECTION lpCriticalSection);

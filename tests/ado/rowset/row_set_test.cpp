@@ -134,7 +134,7 @@ TEST(RowSet, KeepsLongNamesWhole) {
     const SqliteFile file;
     const auto session = file.Open();
     // Bytes around the size of the first buffer, and a character that would be split there.
-    for (const std::size_t size : {124u, 125u, 126u, 127u, 128u, 129u, 1000u, 5000u}) {
+    for (const std::size_t size : {128u, 509u, 510u, 511u, 512u, 513u, 1000u, 5000u}) {
         SCOPED_TRACE(size);
         const std::string name(size, 'n');
         auto rows = Query(session, "select 1 as " + name);
@@ -146,27 +146,65 @@ TEST(RowSet, KeepsLongNamesWhole) {
     }
 }
 
+/// A driver whose only column has a name of its own, of which it gives so many bytes at most.
+class NameDriver {
+public:
+    NameDriver(std::string text, std::size_t most, std::size_t character, SQLRETURN whenCut) {
+        name = {std::move(text), most, character, whenCut};
+        static OdbcApi table;
+        table = OdbcApi();
+        table.DescribeCol = [](SQLHSTMT, SQLUSMALLINT, SQLCHAR* out, SQLSMALLINT room, SQLSMALLINT* length,
+                               SQLSMALLINT* type, SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) {
+            const std::size_t fits = std::min(static_cast<std::size_t>(room) - 1, name.most);
+            const std::size_t given = std::min(name.text.size(), fits - fits % name.character);
+            std::memcpy(out, name.text.data(), given);
+            out[given] = '\0';
+            *length = static_cast<SQLSMALLINT>(given);
+            *type = SQL_INTEGER;
+            *size = 10;
+            *digits = 0;
+            *nullable = SQL_NULLABLE;
+            return given < name.text.size() ? name.whenCut : SQLRETURN{SQL_SUCCESS};
+        };
+        former_ = &SetOdbcForTest(table);
+    }
+    NameDriver(const NameDriver&) = delete;
+    NameDriver& operator=(const NameDriver&) = delete;
+    ~NameDriver() { SetOdbcForTest(*former_); }
+
+private:
+    struct Name {
+        std::string text;
+        std::size_t most;
+        std::size_t character;  // it cuts in front of a whole one of so many bytes
+        SQLRETURN whenCut;
+    };
+    static inline Name name;
+    const OdbcApi* former_ = nullptr;
+};
+
 TEST(RowSet, CutsNamesOfADriverThatCutsThemAtACharacter) {
     const SqliteFile file;
     const auto session = file.Open();
-    static OdbcApi table;
-    table = OdbcApi();
-    table.DescribeCol = [](SQLHSTMT, SQLUSMALLINT, SQLCHAR* name, SQLSMALLINT, SQLSMALLINT* length, SQLSMALLINT* type,
-                           SQLULEN* size, SQLSMALLINT* digits, SQLSMALLINT* nullable) -> SQLRETURN {
-        // However much room there is, it gives 126 bytes; the last character is half there.
-        std::memset(name, 'n', 125);
-        std::memcpy(name + 125, "\xE4", 2);
-        *length = 126;
-        *type = SQL_INTEGER;
-        *size = 10;
-        *digits = 0;
-        *nullable = SQL_NULLABLE;
-        return SQL_SUCCESS_WITH_INFO;
-    };
-    const OdbcApi& former = SetOdbcForTest(table);
-    const auto rows = Query(session, "select 1 as one");
-    SetOdbcForTest(former);
-    EXPECT_EQ(rows->Columns()[0].name, std::u16string(125, u'n'));
+    // However much room there is, it gives so many bytes; the last character is half there.
+    for (const std::size_t most : {510u, 126u}) {
+        SCOPED_TRACE(most);
+        const NameDriver driver(std::string(most - 1, 'n') + "\xE4\xB8\xAD", most, 1, SQL_SUCCESS_WITH_INFO);
+        EXPECT_EQ(Query(session, "select 1 as one")->Columns()[0].name, std::u16string(most - 1, u'n'));
+    }
+}
+
+TEST(RowSet, AsksAgainForANameThatWasCutBetweenTwoCharacters) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    std::string name;
+    std::u16string wide;
+    for (int i = 0; i < 150; ++i) {
+        name += Utf8(u8"\U00020000");
+        wide += u"\U00020000";
+    }
+    const NameDriver driver(name, 32000, 4, SQL_SUCCESS_WITH_INFO);
+    EXPECT_TRUE(Query(session, "select 1 as one")->Columns()[0].name == wide);
 }
 
 TEST(RowSet, ReadsEveryColumnTypeOfSqlite) {

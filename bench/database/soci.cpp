@@ -24,7 +24,9 @@ public:
                                      soci::into(cells[2]), soci::into(cells[3]), soci::into(cells[4]));
         statement.execute();
         while (statement.fetch()) {
-            sum.texts += static_cast<long long>(cells[1].size());
+            // A text of the caller's own for each cell, as every contender gives one.
+            const std::string own[5] = {cells[0], cells[1], cells[2], cells[3], cells[4]};
+            sum.texts += static_cast<long long>(own[1].size());
             ++sum.rows;
         }
         return sum;

@@ -21,15 +21,9 @@ bool IsPersistProvider(std::string_view provider) noexcept {
 /// True for a connection text whose provider is the one of saved recordsets.
 bool NamesPersistProvider(std::u16string_view text) {
     constexpr std::u16string_view kName = u"mspersist";
-    constexpr auto small = [](char16_t unit) { return static_cast<char16_t>(unit | 0x20); };  // letters: without case
-    const auto isNameAt = [&](std::size_t at) {
-        return std::ranges::equal(text.substr(at, kName.size()), kName, {}, small);
-    };
+    const auto same = [](char16_t unit, char16_t lower) { return (unit | 0x20) == lower; };  // letters: without case
     // Hardly any text has the name in it, and parsing takes its time.
-    std::size_t at = 0;
-    while (at + kName.size() <= text.size() && (small(text[at]) != kName[0] || !isNameAt(at)))
-        ++at;
-    if (at + kName.size() > text.size()) return false;
+    if (std::search(text.begin(), text.end(), kName.begin(), kName.end(), same) == text.end()) return false;
     return IsPersistProvider(ReadProperties(ConnectionString::Parse(ToUtf8(text))).provider);
 }
 

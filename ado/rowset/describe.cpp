@@ -60,7 +60,7 @@ std::string LongName(StatementHandle& handle, int number) {
                                static_cast<SQLSMALLINT>(size - 1), &length, &sqlType, &columnSize, &digits, &nullable);
         if (!SQL_SUCCEEDED(result)) handle.Throw(result);
         stored = strnlen(name.data(), size - 1);
-        if (stored + 2 < size || size == kMost) break;
+        if ((result == SQL_SUCCESS && stored + 2 < size) || size == kMost) break;
     }
     name.resize(stored);
     name.resize(WholeUtf8(name));  // the driver may have cut it within a character

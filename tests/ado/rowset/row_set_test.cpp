@@ -197,14 +197,18 @@ TEST(RowSet, CutsNamesOfADriverThatCutsThemAtACharacter) {
 TEST(RowSet, AsksAgainForANameThatWasCutBetweenTwoCharacters) {
     const SqliteFile file;
     const auto session = file.Open();
-    std::string name;
-    std::u16string wide;
-    for (int i = 0; i < 150; ++i) {
-        name += Utf8(u8"\U00020000");
-        wide += u"\U00020000";
+    // More than the first buffer, and more than the second.
+    for (const int characters : {150, 1500}) {
+        SCOPED_TRACE(characters);
+        std::string name;
+        std::u16string wide;
+        for (int i = 0; i < characters; ++i) {
+            name += Utf8(u8"\U00020000");
+            wide += u"\U00020000";
+        }
+        const NameDriver driver(name, 32000, 4, SQL_SUCCESS_WITH_INFO);
+        EXPECT_TRUE(Query(session, "select 1 as one")->Columns()[0].name == wide);
     }
-    const NameDriver driver(name, 32000, 4, SQL_SUCCESS_WITH_INFO);
-    EXPECT_TRUE(Query(session, "select 1 as one")->Columns()[0].name == wide);
 }
 
 TEST(RowSet, ReadsEveryColumnTypeOfSqlite) {

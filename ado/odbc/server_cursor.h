@@ -5,6 +5,9 @@
 //   if (SQL_SUCCEEDED(result)) result = odbc.ExecDirect(handle, cursor.OpenText(query));
 //   if (SQL_SUCCEEDED(result)) result = cursor.FetchFirst(handle);  // a result like the query's own: its first rows
 //   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle, n); // the next n rows; what is bound stays bound
+//
+// A server may collect all rows of a fetch before it sends the first one. So several fetches go to it in one text, more
+// of them as long as they are quick: it collects the rows of one while the driver still reads those of the one before.
 //   cursor.Close(handle, connection);
 //
 // One driver has a way of its own, which follows a null pointer when the connection is lost between two rows. These are
@@ -41,6 +44,7 @@ public:
     SQLRETURN FetchFirst(StatementHandle& handle) noexcept;
 
     /// The part before it has been read.
+    /// @param rows  counts when the server is asked: not for every part
     SQLRETURN FetchNext(StatementHandle& handle, std::size_t rows) noexcept;
 
     /// True when the server has taken the query for one: what fails from then on is the query's own failure.
@@ -57,8 +61,14 @@ public:
     void Undo(PhysicalConnection& connection) const noexcept;
 
 private:
+    SQLRETURN Ask(StatementHandle& handle, std::size_t rows) noexcept;
+    SQLRETURN Enter(StatementHandle& handle, SQLRETURN result) noexcept;
+
     const CursorStatements& statements_;
     const CursorFrame& frame_;
+    std::size_t rowsOfPart_ = 0;
+    int partsAtOnce_ = 1;
+    int partsAtDriver_ = 0;  // behind the one that is read
     bool hasBegun_ = false;
     bool isOpen_ = false;
     bool isAtEnd_ = false;

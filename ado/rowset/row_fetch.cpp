@@ -16,8 +16,8 @@ namespace {
 // Rows that the opening thread fetches itself: handing over to a worker costs more than they do.
 constexpr std::size_t kInlineRows = 256;
 
-// Of a result that comes in parts; blocks of wide rows are smaller.
-constexpr std::size_t kBlocksOfPart = 4;
+// Of a result that comes in parts: fewer rows are asked for when they are wide. The driver keeps some parts at a time.
+constexpr std::size_t kMostBytesOfPart = std::size_t{512} * 1024;
 
 constexpr auto kCancelPatience = std::chrono::milliseconds(50);
 constexpr auto kJoinPatience = std::chrono::seconds(2);
@@ -49,6 +49,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
     guard.Finish();
     if (chunk != nullptr) {
         const std::size_t count = chunk->Rows();
+        arrivedBytes += chunk->Bytes();
         {
             const std::lock_guard lock(mutex);
             chunks.push_back(std::move(chunk));
@@ -57,9 +58,14 @@ bool RowSet::Impl::Step(std::size_t rows) {
         changed.notify_all();
         if (!fetcher->AtEnd()) return true;
     }
-    if (!inside.FetchPart(fetcher->FullRows() * kBlocksOfPart)) return false;
+    if (!inside.FetchPart(RowsOfPart())) return false;
     fetcher->GoOn();
     return true;
+}
+
+std::size_t RowSet::Impl::RowsOfPart() const noexcept {
+    const std::size_t rowBytes = arrivedBytes / std::max<std::size_t>(arrived, 1);
+    return std::clamp(kMostBytesOfPart / std::max<std::size_t>(rowBytes, 1), std::size_t{1}, fetcher->FullRows());
 }
 
 bool RowSet::Impl::FirstStep(std::size_t rows) {

@@ -62,6 +62,9 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// The commonest cells, which need no reading. False, and nothing done, for the others.
     bool ReadPlain(std::size_t row, std::size_t column, VARIANT& value) const;
 
+    /// Apart from the above: what it needs on the stack would be paid for by them.
+    [[gnu::noinline]] void ReadOther(std::size_t row, std::size_t column, VARIANT& value) const;
+
     /// A date that no automation date can say, as text.
     std::string MomentText(std::size_t row, std::size_t column) const;
 
@@ -75,6 +78,9 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// Fetches up to `rows` more rows, within the statement's time limit; false after the last one. The caller has
     /// claimed the job.
     bool Step(std::size_t rows);
+
+    /// How many rows the next part of a cursor's result is to have.
+    std::size_t RowsOfPart() const noexcept;
 
     /// The same for the first rows, which may have to wait for a lock.
     bool FirstStep(std::size_t rows);
@@ -119,6 +125,7 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
+    std::size_t arrivedBytes = 0;
     LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none
     std::unique_ptr<Statement> next;
     std::unique_ptr<AdoError> nextError;

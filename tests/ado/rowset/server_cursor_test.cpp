@@ -1,8 +1,10 @@
 // Large results of PostgreSQL, which come by a cursor of the server, some thousand rows at a time.
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "ado/odbc/physical_connection.h"
 #include "ado/rowset/postgres_test.h"
@@ -15,8 +17,8 @@ using test::Query;
 using test::Show;
 
 constexpr int kRows = 20000;
-constexpr std::size_t kFirstPart = 1024;
-constexpr std::size_t kPart = 4096;
+constexpr std::size_t kFirstPart = 256;
+constexpr std::size_t kPart = 1024;
 
 class ServerCursor : public test::Postgres {
 protected:
@@ -56,8 +58,12 @@ TEST_F(ServerCursor, ReadsALargeResultAndOnlyThat) {
 }
 
 TEST_F(ServerCursor, EndsWhereTheRowsEnd) {
-    for (const std::size_t count : {std::size_t{0}, std::size_t{1}, kFirstPart - 1, kFirstPart, kFirstPart + 1,
-                                    kFirstPart + kPart - 1, kFirstPart + kPart, kFirstPart + kPart + 1}) {
+    std::vector<std::size_t> counts = {0, 1};
+    for (const std::size_t parts : {0, 1, 2, 3, 7, 15, 16, 17}) {  // they come one, two, four, eight at a time
+        for (const int more : {-1, 0, 1})
+            counts.push_back(kFirstPart + parts * kPart + more);
+    }
+    for (const std::size_t count : counts) {
         SCOPED_TRACE(count);
         const std::string table = "first_" + std::to_string(count);
         Do(*session_, "drop table if exists " + table);
@@ -193,6 +199,52 @@ TEST_F(ServerCursor, ReadsWideRowsInSmallerParts) {
     const auto rows = Query(session_, "select i, repeat('x', 30000) from big");
     EXPECT_EQ(rows->CountRows(), std::size_t{kRows});
     EXPECT_EQ(rows->At(kRows - 1, 1).text.size(), 30000u);
+}
+
+/// The rows that each fetch of a text asks for.
+std::vector<int> FetchesIn(const std::string& text) {
+    const std::string word = "FETCH FORWARD ";
+    std::vector<int> rows;
+    for (auto at = text.find(word); at != text.npos; at = text.find(word, at + 1))
+        rows.push_back(std::stoi(text.substr(at + word.size())));
+    return rows;
+}
+
+TEST_F(ServerCursor, AsksForMoreRowsAtATimeTheMoreThereAre) {
+    const auto rows = Query(session_, "select current_query() from big");
+    ASSERT_EQ(rows->CountRows(), std::size_t{kRows});
+    std::size_t parts = 1;
+    std::size_t mostParts = 0;
+    EXPECT_EQ(FetchesIn(Show(*rows, 0, 0)), std::vector<int>{256});
+    for (std::size_t row = 256; row < kRows; row += parts * 1024) {
+        const std::vector<int> fetches = FetchesIn(Show(*rows, row, 0));
+        ASSERT_FALSE(fetches.empty());
+        EXPECT_LE(fetches.size(), std::min<std::size_t>(parts * 2, 16));
+        EXPECT_EQ(fetches, std::vector<int>(fetches.size(), 1024));
+        parts = fetches.size();
+        mostParts = std::max(mostParts, parts);
+    }
+    EXPECT_GT(mostParts, 1u);  // how many they get to be depends on the time that the first ones take
+}
+
+TEST_F(ServerCursor, AsksForFewerRowsWhenTheyAreWide) {
+    Do(*session_, "drop table if exists wide");
+    Do(*session_, "create table wide as select i, repeat('x', 20000) as text from generate_series(1, 1000) i");
+    const auto rows = Query(session_, "select i, text, current_query() from wide");
+    ASSERT_EQ(rows->CountRows(), 1000u);
+    EXPECT_EQ(FetchesIn(Show(*rows, 0, 2)), std::vector<int>{256});
+    EXPECT_EQ(FetchesIn(Show(*rows, 256, 2)), std::vector<int>(2, 26));
+}
+
+TEST_F(ServerCursor, AsksForFewerRowsAtATimeWhenTheyComeSlowly) {
+    Do(*session_, "drop table if exists slowly");
+    Do(*session_, "create table slowly as select * from big where i <= 4400");
+    // A thousand of them, a part, take half a second.
+    const auto rows =
+        Query(session_, "select i, current_query(), pg_sleep(case when i % 100 = 0 then 0.05 end) from slowly");
+    ASSERT_EQ(rows->CountRows(), 4400u);
+    EXPECT_EQ(FetchesIn(Show(*rows, 255, 1)), std::vector<int>{256});
+    EXPECT_EQ(FetchesIn(Show(*rows, 4399, 1)), std::vector<int>{1024});
 }
 
 TEST_F(ServerCursor, DoesAllOfTheWorkWhereNobodyWantsTheRows) {

@@ -11,14 +11,14 @@ namespace tk::catalog {
 namespace {
 
 using driver::Guard;
-using driver::Owned;
+using driver::Take;
 
 constexpr int kTypeBits = 0xFF;
 constexpr unsigned int kLongFlag = 0x80;
 constexpr unsigned int kFixedFlag = 0x10;
 
 int Flag(CTRecordset& columns, const char* name) {
-    return BooleanPart(Owned(columns.GetValue(name)));
+    return Take(BooleanPart, columns.GetValue(name));
 }
 
 template <std::size_t Size>

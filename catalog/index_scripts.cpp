@@ -10,7 +10,7 @@
 
 using namespace tk::catalog;
 using tk::driver::Guard;
-using tk::driver::Owned;
+using tk::driver::Take;
 using tk::util::OrEmpty;
 
 namespace {
@@ -87,7 +87,7 @@ int CTDatabase::ListIndexes(const char* szTable, CStringArray& ar, const char* s
     // One row for each column of an index; SQL Server adds rows about the table itself, without a name.
     for (; !indexes.GetEof(); indexes.MoveNext()) {
         const CString name = indexes.GetStringValue("INDEX_NAME");
-        if (BooleanPart(Owned(indexes.GetValue("PRIMARY_KEY"))) != VARIANT_FALSE) continue;
+        if (Take(BooleanPart, indexes.GetValue("PRIMARY_KEY")) != VARIANT_FALSE) continue;
         if (name.IsEmpty() || name.CompareNoCase("NULL") == 0 || StringInArray(ar, name)) continue;
         ar.Add(name);
     }

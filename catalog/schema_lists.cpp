@@ -7,7 +7,7 @@
 
 using namespace tk::catalog;
 using tk::driver::Guard;
-using tk::driver::Owned;
+using tk::driver::Take;
 
 int CTDatabase::GetAllFields(const char* szTable, CStringArray& ar) {
     const int before = ar.GetSize();
@@ -19,7 +19,7 @@ int CTDatabase::IsFieldNull(const char* szTable, const char* /*szField*/) {
         CTRecordset columns;
         if (!ShowRowset(columns, GetFieldSet(szTable, nullptr)) || columns.GetEof()) return 0;
         // Contract: the table's first column answers for every field, and 1 says that it takes no nulls.
-        return BooleanPart(Owned(columns.GetValue("IS_NULLABLE"))) == VARIANT_FALSE ? 1 : 0;
+        return Take(BooleanPart, columns.GetValue("IS_NULLABLE")) == VARIANT_FALSE ? 1 : 0;
     });
 }
 

@@ -61,7 +61,7 @@ int CTDataDriver::OnInitProperty(IDispatch* pProperties) {
         V_I4(&index) = 0;
         for (; V_I4(&index) < properties.GetCount(); ++V_I4(&index)) {
             CTProperty property = properties.GetItem(index);
-            const CString text = VariantToString(Owned(property.GetValue()));
+            const CString text = Take(VariantToString, property.GetValue());
             properties_.SetAt(property.GetName(), text);
         }
         return V_I4(&index) > 0 ? 1 : 0;

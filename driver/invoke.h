@@ -47,25 +47,20 @@ inline IUnknown* GetUnknown(COleDispatchDriver& object, DISPID id) {
     return result;
 }
 
-/// Takes over a VARIANT that a call returned. Most values are numbers and dates, which have nothing to free: for them
-/// this costs a comparison.
-class Owned {
-public:
-    explicit Owned(const VARIANT& value) noexcept : value_(value) {}
-    ~Owned() {
-        if (!IsPlain(V_VT(&value_))) VariantClear(&value_);
-    }
-    Owned(const Owned&) = delete;
-    Owned& operator=(const Owned&) = delete;
-    operator const VARIANT&() const noexcept { return value_; }
-
-private:
-    static constexpr bool IsPlain(VARTYPE type) noexcept {
-        return type < VT_BSTR || type == VT_BOOL || type == VT_DECIMAL;  // VT_EMPTY to VT_DATE
-    }
-
-    VARIANT value_;
-};
+/// What `convert` makes of a VARIANT that a call returned, which is cleared after that. The call writes it where it is
+/// read: whoever copies one that has just been written field by field waits until the fields are in memory.
+template <class Result>
+Result Take(Result (*convert)(const VARIANT&), VARIANT value) {
+    struct Clearing {
+        VARIANT& value;
+        ~Clearing() {
+            // Most values are numbers and dates, which have nothing to free: for them this costs a comparison.
+            const VARTYPE type = V_VT(&value);
+            if (type >= VT_BSTR && type != VT_BOOL && type != VT_DECIMAL) VariantClear(&value);
+        }
+    } const clearing{value};
+    return convert(value);
+}
 
 template <typename... Arguments>
 void Put(COleDispatchDriver& object, DISPID id, const BYTE* parms, Arguments... arguments) {

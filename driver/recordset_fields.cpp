@@ -46,7 +46,7 @@ long CTRecordset::GetFieldType(VARIANT key) {
 CString CTRecordset::GetPropertyValue(const char* szName) {
     return Guard::Run(*this, kGetPropertyValueFailed, CString(), [&] {
         if (GetState() != kStateOpen) return CString();
-        return VariantToString(Owned(GetProperties().GetItem(COleVariant(szName, VT_BSTR)).GetValue()));
+        return Take(VariantToString, GetProperties().GetItem(COleVariant(szName, VT_BSTR)).GetValue());
     });
 }
 

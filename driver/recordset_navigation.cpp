@@ -55,5 +55,5 @@ int CTRecordset::SetFilter(const char* szFilter) {
 
 CString CTRecordset::GetFilter() {
     return Guard::Run(*this, kGetFilterFailed, CString(),
-                      [&] { return VariantToString(Owned(GetVariant(dispatch_, recordset::kFilter))); });
+                      [&] { return Take(VariantToString, GetVariant(dispatch_, recordset::kFilter)); });
 }

@@ -80,32 +80,33 @@ DATE DateOf(const VARIANT& value) noexcept {
 
 // ---- reading -------------------------------------------------------------------------------------------------------
 
+// One VARIANT in each, so that it is written where the caller wants it.
+
 VARIANT CTRecordset::GetValue(const char* szName) {
-    if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch)) {
-        LONG index = 0;
-        VARIANT value;
-        if (FindField(*rows, szName, &index) && rows->GetValue(index, &value) == S_OK) return value;
-    }
-    return ReadField(COleVariant(szName, VT_BSTR));
+    VARIANT value;
+    LONG index = 0;
+    IRowAccess* const rows = rows_.Of(dispatch_.m_lpDispatch);
+    const bool isRead = rows != nullptr && FindField(*rows, szName, &index) && rows->GetValue(index, &value) == S_OK;
+    if (!isRead) value = ReadField(COleVariant(szName, VT_BSTR));
+    return value;
 }
 
 VARIANT CTRecordset::GetValue(long nIndex) {
-    if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch)) {
-        VARIANT value;
-        if (rows->GetValue(static_cast<LONG>(nIndex), &value) == S_OK) return value;
-    }
-    return ReadField(COleVariant(nIndex));
+    VARIANT value;
+    IRowAccess* const rows = rows_.Of(dispatch_.m_lpDispatch);
+    const bool isRead = rows != nullptr && rows->GetValue(static_cast<LONG>(nIndex), &value) == S_OK;
+    if (!isRead) value = ReadField(COleVariant(nIndex));
+    return value;
 }
 
 VARIANT CTRecordset::GetValue(VARIANT key) {
-    if (V_VT(&key) == VT_I4 || V_VT(&key) == VT_I2) {
-        if (IRowAccess* rows = rows_.Of(dispatch_.m_lpDispatch)) {
-            VARIANT value;
-            const LONG index = V_VT(&key) == VT_I4 ? V_I4(&key) : V_I2(&key);
-            if (rows->GetValue(index, &value) == S_OK) return value;
-        }
-    }
-    return ReadField(key);
+    VARIANT value;
+    const bool isIndex = V_VT(&key) == VT_I4 || V_VT(&key) == VT_I2;
+    IRowAccess* const rows = isIndex ? rows_.Of(dispatch_.m_lpDispatch) : nullptr;
+    const auto index = [&]() -> LONG { return V_VT(&key) == VT_I4 ? V_I4(&key) : V_I2(&key); };
+    const bool isRead = rows != nullptr && rows->GetValue(index(), &value) == S_OK;
+    if (!isRead) value = ReadField(key);
+    return value;
 }
 
 /// Fields.Item(key).Value by late-bound calls; VT_EMPTY with the reason in the last-error text when that fails.
@@ -138,10 +139,10 @@ CString CTRecordset::GetStringValue(const char* szName) {
         if (FindField(*rows, szName, &index)) {
             VARIANT value;
             if (ReadText(*rows, index, &text)) return text;
-            if (rows->GetValue(index, &value) == S_OK) return VariantToString(Owned(value));
+            if (rows->GetValue(index, &value) == S_OK) return Take(VariantToString, value);
         }
     }
-    return VariantToString(Owned(ReadField(COleVariant(szName, VT_BSTR))));
+    return Take(VariantToString, ReadField(COleVariant(szName, VT_BSTR)));
 }
 
 CString CTRecordset::GetStringValue(long nIndex) {
@@ -150,11 +151,11 @@ CString CTRecordset::GetStringValue(long nIndex) {
         rows != nullptr && ReadText(*rows, static_cast<LONG>(nIndex), &text)) {
         return text;
     }
-    return VariantToString(Owned(GetValue(nIndex)));
+    return Take(VariantToString, GetValue(nIndex));
 }
 
 CString CTRecordset::GetStringValueStr(const char* szName) {
-    return VARIANTToString(Owned(GetValue(szName)));
+    return Take(VARIANTToString, GetValue(szName));
 }
 
 CString CTRecordset::GetStringValueStr(long nIndex) {
@@ -163,39 +164,39 @@ CString CTRecordset::GetStringValueStr(long nIndex) {
         rows != nullptr && ReadLiteral(*rows, static_cast<LONG>(nIndex), &text)) {
         return text;
     }
-    return VARIANTToString(Owned(GetValue(nIndex)));
+    return Take(VARIANTToString, GetValue(nIndex));
 }
 
 // ---- plain types ---------------------------------------------------------------------------------------------------
 
 double CTRecordset::GetDoubleValue(const char* szName) {
-    return DoubleOf(Owned(GetValue(szName)));
+    return Take(DoubleOf, GetValue(szName));
 }
 
 double CTRecordset::GetDoubleValue(long nIndex) {
-    return DoubleOf(Owned(GetValue(nIndex)));
+    return Take(DoubleOf, GetValue(nIndex));
 }
 
 int CTRecordset::GetIntValue(const char* szName) {
-    return IntOf(Owned(GetValue(szName)));
+    return Take(IntOf, GetValue(szName));
 }
 
 int CTRecordset::GetIntValue(long nIndex) {
-    return IntOf(Owned(GetValue(nIndex)));
+    return Take(IntOf, GetValue(nIndex));
 }
 
 char CTRecordset::GetCharValue(const char* szName) {
-    return CharOf(Owned(GetValue(szName)));
+    return Take(CharOf, GetValue(szName));
 }
 
 char CTRecordset::GetCharValue(long nIndex) {
-    return CharOf(Owned(GetValue(nIndex)));
+    return Take(CharOf, GetValue(nIndex));
 }
 
 DATE CTRecordset::GetDateValue(const char* szName) {
-    return DateOf(Owned(GetValue(szName)));
+    return Take(DateOf, GetValue(szName));
 }
 
 DATE CTRecordset::GetDateValue(long nIndex) {
-    return DateOf(Owned(GetValue(nIndex)));
+    return Take(DateOf, GetValue(nIndex));
 }

@@ -55,6 +55,7 @@ public:
 
     RowSet& Fetched() noexcept { return *fetched_; }
     const std::vector<Column>& Columns() const noexcept { return fetched_->Columns(); }
+    std::size_t ColumnCount() const noexcept { return fetched_->ColumnCount(); }
 
     /// True when the row exists, deleted or not; waits for it while the fetch runs.
     bool HasRow(std::size_t row) { return added_ == 0 ? fetched_->HasRow(row) : row < fetchedRows_ + added_; }
@@ -87,6 +88,8 @@ public:
     void SetStatus(std::size_t row, LONG status);
 
     void Read(std::size_t row, std::size_t column, VARIANT& value) const {
+        if (states_.empty()) [[likely]]
+            return fetched_->Read(row, column, value);
         const Place place = Current(row, column);
         place.set->Read(place.row, place.column, value);
     }
@@ -95,6 +98,8 @@ public:
         return place.set->At(place.row, place.column);
     }
     std::optional<std::string_view> TextAt(std::size_t row, std::size_t column) const {
+        if (states_.empty()) [[likely]]
+            return fetched_->TextAt(row, column);
         const Place place = Current(row, column);
         return place.set->TextAt(place.row, place.column);
     }
@@ -173,10 +178,9 @@ private:
     };
 
     const State* Find(std::size_t row) const {
-        if (states_.empty()) return nullptr;
-        const auto found = states_.find(row);
-        return found == states_.end() ? nullptr : &found->second;
+        return states_.empty() ? nullptr : FindTouched(row);
     }
+    [[gnu::noinline]] const State* FindTouched(std::size_t row) const;
     Place Current(std::size_t row, std::size_t column) const {
         const State* state = Find(row);
         return state == nullptr ? Place{fetched_.get(), row, column} : state->current[column];

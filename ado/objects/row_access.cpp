@@ -35,13 +35,13 @@ ULONG RowAccess::Release() {
 }
 
 HRESULT RowAccess::GetValue(LONG index, VARIANT* value) {
-    VariantInit(value);
+    value->vt = VT_EMPTY;
     return Try([&]() -> HRESULT {
         ClientCursor* const cursor = owner_.FastCursor();
         if (cursor == nullptr) return S_FALSE;
         const RowStore& rows = cursor->Store();
         const auto column = static_cast<std::size_t>(index);
-        if (column >= rows.Columns().size()) return S_FALSE;
+        if (column >= rows.ColumnCount()) return S_FALSE;
         const auto row = cursor->LiveRow();
         if (!row) return S_FALSE;
         owner_.LeaveChunks(column);
@@ -67,7 +67,7 @@ HRESULT RowAccess::GetText(LONG index, const char** text, ULONG* length) {
         if (cursor == nullptr) return S_FALSE;
         const RowStore& rows = cursor->Store();
         const auto column = static_cast<std::size_t>(index);
-        if (column >= rows.Columns().size()) return S_FALSE;
+        if (column >= rows.ColumnCount()) return S_FALSE;
         const auto row = cursor->LiveRow();
         if (!row) return S_FALSE;
         owner_.LeaveChunks(column);
@@ -121,7 +121,7 @@ HRESULT RowAccess::GetFieldCount(LONG* count) {
     return Try([&]() -> HRESULT {
         ClientCursor* const cursor = owner_.AnyCursor();
         if (cursor == nullptr) return S_FALSE;
-        *count = static_cast<LONG>(cursor->Store().Columns().size());
+        *count = static_cast<LONG>(cursor->Store().ColumnCount());
         return S_OK;
     });
 }

@@ -88,7 +88,7 @@ void RowReader::ReadFetched(std::size_t row) {
         if (place.isVariable) {
             value.text = chunk.Variable(layout, inside, place.slot);
             value.form = value.text.data() == nullptr ? SavedValue::Form::Null : SavedValue::Form::Text;
-        } else if (chunk.IsNullFixed(layout, inside, place.slot)) {
+        } else if (chunk.IsNullFixed(inside, place.slot)) {
             value.form = SavedValue::Form::Null;
         } else {
             ReadFixed(layout, chunk, fetched.Columns()[i].kind, inside, place.slot, value);

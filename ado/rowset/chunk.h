@@ -76,9 +76,8 @@ public:
         return {start, (end & kPosition) - begin};
     }
 
-    bool IsNullFixed(const RowLayout& layout, std::size_t row, std::size_t slot) const noexcept {
+    bool IsNullFixed(std::size_t row, std::size_t slot) const noexcept {
         const char* bits = memory_.get() + nullsAt_ + slot * ((rows_ + 7) / 8);
-        static_cast<void>(layout);
         return (bits[row / 8] >> (row % 8) & 1) != 0;
     }
 

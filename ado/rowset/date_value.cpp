@@ -110,6 +110,24 @@ bool SkipZone(DigitReader& reader) noexcept {
     return reader.AtEnd();
 }
 
+/// `2003-07-04 13:05:09`, the commonest form by far. Nullopt for every other text, of which some are moments too.
+std::optional<CalendarTime> ParseUsualMoment(std::string_view text) noexcept {
+    constexpr std::size_t kLetters = 19;
+    if (text.size() != kLetters) return std::nullopt;
+    bool isUsual = text[4] == '-' && text[7] == '-' && text[10] == ' ' && text[13] == ':' && text[16] == ':';
+    const auto pair = [&](std::size_t at) {
+        const auto tens = static_cast<unsigned>(text[at] - '0');
+        const auto ones = static_cast<unsigned>(text[at + 1] - '0');
+        isUsual &= tens <= 9 && ones <= 9;
+        return static_cast<int>(tens * 10 + ones);
+    };
+    const CalendarTime time = {pair(0) * 100 + pair(2), pair(5), pair(8), pair(11), pair(14), pair(17), 0};
+    isUsual = isUsual && time.month >= 1 && time.month <= 12 && time.day >= 1 && time.hour <= 23 && time.minute <= 59 &&
+              time.second <= 59;
+    if (!isUsual || time.day > DaysOfMonth(time.year, time.month)) return std::nullopt;
+    return time;
+}
+
 }  // namespace
 
 std::optional<DATE> ToAutomationDate(const CalendarTime& time) noexcept {
@@ -144,6 +162,7 @@ CalendarTime FromAutomationDate(DATE date, long nanoseconds) noexcept {
 }
 
 std::optional<CalendarTime> ParseCalendarTime(std::string_view text) noexcept {
+    if (const auto usual = ParseUsualMoment(text)) return usual;
     while (!text.empty() && text.back() == ' ')
         text.remove_suffix(1);
     DigitReader reader(text);

@@ -1,6 +1,7 @@
 #include "ado/rowset/number_value.h"
 
 #include <algorithm>
+#include <charconv>
 #include <limits>
 
 namespace tk::ado {
@@ -24,7 +25,39 @@ Wide Magnitude(const DECIMAL& value) noexcept {
     return (static_cast<Wide>(value.Hi32) << 64) | value.Lo64;
 }
 
+/// Up to 15 digits around a point: they are an integer that a double holds, and so is the power of ten that it is
+/// divided by, which leaves one rounding. Not for anything else.
+std::optional<double> ParseShortReal(std::string_view text) noexcept {
+    constexpr std::size_t kMostLetters = 16;  // with the point
+    static constexpr double kPowers[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const bool isNegative = !text.empty() && text.front() == '-';
+    if (isNegative) text.remove_prefix(1);
+    if (text.size() > kMostLetters) return std::nullopt;
+    const std::size_t point = text.find('.');
+    const std::size_t whole = std::min(point, text.size());
+    const std::size_t fraction = point == text.npos ? 0 : text.size() - point - 1;
+    if (whole == 0 || whole + fraction >= kMostLetters || (fraction == 0 && point != text.npos)) return std::nullopt;
+    long long digits = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i == point) continue;
+        const int digit = text[i] - '0';
+        if (digit < 0 || digit > 9) return std::nullopt;
+        digits = digits * 10 + digit;
+    }
+    const double magnitude = static_cast<double>(digits) / kPowers[fraction];
+    return isNegative ? -magnitude : magnitude;
+}
+
 }  // namespace
+
+std::optional<double> ParseReal(std::string_view text) noexcept {
+    if (const auto real = ParseShortReal(text)) return real;
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
 
 bool IsPlainDecimal(std::string_view text) noexcept {
     if (!text.empty() && (text.front() == '-' || text.front() == '+')) text.remove_prefix(1);

@@ -9,6 +9,7 @@
 
 #include "ado/rowset/chunk.h"
 #include "ado/rowset/column.h"
+#include "ado/rowset/plain_cell.h"
 
 namespace tk::ado {
 
@@ -27,13 +28,25 @@ struct ToldColumn {
 
 struct ResultShape {
     ResultShape(std::vector<ToldColumn> from, std::vector<Column> described, bool allVariable)
-        : told(std::move(from)), columns(std::move(described)), layout(columns, allVariable) {}
+        : told(std::move(from)), columns(std::move(described)), layout(columns, allVariable) {
+        FindPlainCells();
+    }
     ResultShape(std::vector<Column> described, RowLayout places)
-        : columns(std::move(described)), layout(std::move(places)) {}
+        : columns(std::move(described)), layout(std::move(places)) {
+        FindPlainCells();
+    }
 
     std::vector<ToldColumn> told;  // empty: not described by a driver
     std::vector<Column> columns;
     RowLayout layout;
+    std::vector<PlainCell> plain;  // of each column
+
+private:
+    void FindPlainCells() {
+        plain.reserve(columns.size());
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            plain.push_back(PlainCellOf(columns[i], layout.At(i)));
+    }
 };
 
 }  // namespace tk::ado

@@ -105,7 +105,7 @@ Cell RowSet::Impl::At(std::size_t row, std::size_t column) const {
     const std::size_t inside = row - chunk.FirstRow();
     const CellKind kind = columns[column].kind;
     if (place.isVariable) return CellFromText(kind, chunk.Variable(layout, inside, place.slot));
-    if (chunk.IsNullFixed(layout, inside, place.slot)) return {};
+    if (chunk.IsNullFixed(inside, place.slot)) return {};
     return FixedCell(layout, chunk, kind, inside, place.slot);
 }
 
@@ -123,7 +123,7 @@ std::string RowSet::Impl::MomentText(std::size_t row, std::size_t column) const 
         CalendarForm::DateTime);
 }
 
-RowSet::RowSet(std::shared_ptr<Impl> impl) : impl_(std::move(impl)) {}
+RowSet::RowSet(std::shared_ptr<Impl> impl) : impl_(std::move(impl)), columnCount_(impl_->shape->columns.size()) {}
 
 std::shared_ptr<RowSet> RowSet::Make(std::shared_ptr<Impl> impl) {
     struct Made final : RowSet {  // in one piece of memory with its count
@@ -277,40 +277,48 @@ void RowSet::Interrupt() noexcept {
 }
 
 bool RowSet::Impl::ReadPlain(std::size_t row, std::size_t column, VARIANT& value) const {
+    const PlainCell form = shape->plain[column];
+    if (form == PlainCell::None) return false;
     const Chunk& chunk = Locate(row);
-    const RowLayout::Place& place = layout.At(column);
-    if (place.isVariable) return false;
+    const std::size_t slot = layout.At(column).slot;
     const std::size_t inside = row - chunk.FirstRow();
-    if (chunk.IsNullFixed(layout, inside, place.slot)) {
+    if (form >= PlainCell::LongText) {
+        const std::string_view text = chunk.Variable(layout, inside, slot);
+        if (text.data() != nullptr) return ReadPlainText(form, text, value);
         value.vt = VT_NULL;
         return true;
     }
-    switch (columns[column].type) {
-        case kTypeInteger:
-            if (columns[column].kind != CellKind::Integer32) return false;
-            value.vt = VT_I4;
-            value.lVal = chunk.Fixed<std::int32_t>(layout, inside, place.slot);
-            return true;
-        case kTypeDouble:
-            if (columns[column].kind != CellKind::Real64) return false;
-            value.vt = VT_R8;
-            value.dblVal = chunk.Fixed<double>(layout, inside, place.slot);
-            return true;
-        default:
-            return false;
+    if (chunk.IsNullFixed(inside, slot)) {
+        value.vt = VT_NULL;
+        return true;
     }
+    if (form == PlainCell::Moment)
+        return ReadPlainMoment(chunk.Fixed<SQL_TIMESTAMP_STRUCT>(layout, inside, slot), value);
+    if (form == PlainCell::Double) {
+        value.vt = VT_R8;
+        value.dblVal = chunk.Fixed<double>(layout, inside, slot);
+    } else {
+        value.vt = VT_I4;
+        value.lVal = chunk.Fixed<std::int32_t>(layout, inside, slot);
+    }
+    return true;
 }
 
 void RowSet::Read(std::size_t row, std::size_t column, VARIANT& value) const {
-    if (impl_->ReadPlain(row, column, value)) return;
-    const Cell cell = impl_->At(row, column);
+    if (impl_->ReadPlain(row, column, value)) [[likely]]
+        return;
+    impl_->ReadOther(row, column, value);
+}
+
+void RowSet::Impl::ReadOther(std::size_t row, std::size_t column, VARIANT& value) const {
+    const Cell cell = At(row, column);
     if (cell.form == Cell::Form::Date && (cell.real <= kBeforeAll || cell.real >= kAfterAll)) [[unlikely]] {
         value.vt = VT_EMPTY;
-        value.bstrVal = MakeBstr(impl_->MomentText(row, column));
+        value.bstrVal = MakeBstr(MomentText(row, column));
         value.vt = VT_BSTR;
         return;
     }
-    MakeVariant(cell, impl_->columns[column], value);
+    MakeVariant(cell, columns[column], value);
 }
 
 Cell RowSet::At(std::size_t row, std::size_t column) const {

@@ -56,6 +56,7 @@ public:
     ~RowSet();
 
     const std::vector<Column>& Columns() const noexcept;
+    std::size_t ColumnCount() const noexcept { return columnCount_; }
 
     /// Fills in what Columns() only knows after asking the database: the base names, isAutoIncrement, isKey, the key
     /// flag of the attributes. To be called before an update and before Field.Properties are read; further calls do
@@ -114,6 +115,7 @@ private:
     explicit RowSet(std::shared_ptr<Impl> impl);
     static std::shared_ptr<RowSet> Make(std::shared_ptr<Impl> impl);
     std::shared_ptr<Impl> impl_;  // shared with the worker
+    const std::size_t columnCount_;
 };
 
 }  // namespace tk::ado

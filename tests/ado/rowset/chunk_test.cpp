@@ -87,8 +87,8 @@ TEST(Chunk, GivesBackFixedValuesAndTheirNulls) {
         const auto chunk = builder.Seal(0, rows, blocks);
         for (std::size_t row = 0; row < rows; ++row) {
             EXPECT_EQ(chunk->Fixed<int>(layout, row, layout.At(0).slot), static_cast<int>(row) * 3);
-            EXPECT_FALSE(chunk->IsNullFixed(layout, row, layout.At(0).slot));
-            EXPECT_EQ(chunk->IsNullFixed(layout, row, layout.At(2).slot), row % 3 == 0);
+            EXPECT_FALSE(chunk->IsNullFixed(row, layout.At(0).slot));
+            EXPECT_EQ(chunk->IsNullFixed(row, layout.At(2).slot), row % 3 == 0);
             EXPECT_EQ(chunk->Fixed<long long>(layout, row, layout.At(2).slot), static_cast<long long>(row) << 40);
             EXPECT_EQ(chunk->Variable(layout, row, 0), std::string_view("xyz").substr(0, row % 4));
         }

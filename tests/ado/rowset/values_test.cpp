@@ -1,6 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <charconv>
 #include <limits>
+#include <optional>
+#include <random>
+#include <string>
 
 #include "ado/rowset/cell_reader.h"
 #include "ado/rowset/date_value.h"
@@ -58,6 +63,116 @@ TEST(ParseCalendarTime, ReadsWhatDatabasesWrite) {
         SCOPED_TRACE(row.text);
         const auto read = ParseCalendarTime(row.text);
         EXPECT_EQ(read ? FormatCalendarTime(*read, CalendarForm::DateTime) : "", row.moment);
+    }
+}
+
+TEST(ParseCalendarTime, GivesTheSameForTheUsualFormAndForOthers) {
+    // A blank behind it makes it another one. Each text differs from a moment in one letter.
+    const std::string moment = "2004-02-29 23:59:59";
+    for (std::size_t at = 0; at < moment.size(); ++at) {
+        for (int letter = 1; letter < 256; ++letter) {
+            std::string text = moment;
+            text[at] = static_cast<char>(letter);
+            const auto usual = ParseCalendarTime(text);
+            const auto other = ParseCalendarTime(text + ' ');
+            ASSERT_EQ(usual.has_value(), other.has_value()) << text;
+            if (usual) {
+                ASSERT_EQ(FormatCalendarTime(*usual, CalendarForm::DateTime),
+                          FormatCalendarTime(*other, CalendarForm::DateTime));
+            }
+        }
+    }
+}
+
+TEST(ParseInteger, TakesTheWholeTextOrNothing) {
+    constexpr long long kLargest = std::numeric_limits<long long>::max();
+    const struct {
+        const char* text;
+        std::optional<long long> value;
+    } rows[] = {
+        {"0", 0},
+        {"-0", 0},
+        {"7", 7},
+        {"-2147483648", -2147483648LL},
+        {"000000000000000012", 12},
+        {"999999999999999999", 999999999999999999LL},
+        {"-99999999999999999", -99999999999999999LL},
+        {"-999999999999999999", -999999999999999999LL},
+        {"0000000000000000000000012", 12},
+        {"9223372036854775807", kLargest},
+        {"-9223372036854775808", -kLargest - 1},
+        {"9223372036854775808", std::nullopt},
+        {"", std::nullopt},
+        {"-", std::nullopt},
+        {"+1", std::nullopt},
+        {"--1", std::nullopt},
+        {"1-", std::nullopt},
+        {" 1", std::nullopt},
+        {"1 ", std::nullopt},
+        {"1.0", std::nullopt},
+        {"1e3", std::nullopt},
+        {"/", std::nullopt},
+        {":", std::nullopt},
+        {"\xB1", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_EQ(ParseInteger(row.text), row.value);
+    }
+}
+
+/// As the standard library reads it.
+std::optional<double> StandardReal(const std::string& text) {
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+TEST(ParseReal, GivesTheNearestNumberToTheLastBit) {
+    std::mt19937_64 random(20040229);
+    const auto expectTheSame = [](const std::string& text) {
+        const auto ours = ParseReal(text);
+        const auto theirs = StandardReal(text);
+        ASSERT_EQ(ours.has_value(), theirs.has_value()) << text;
+        if (ours) {
+            ASSERT_EQ(std::bit_cast<std::uint64_t>(*ours), std::bit_cast<std::uint64_t>(*theirs)) << text;
+        }
+    };
+    for (const char* text : {"",
+                             "-",
+                             ".",
+                             "-.",
+                             "5.",
+                             ".5",
+                             "-0",
+                             "0.0",
+                             "-0.0",
+                             "1.2.3",
+                             "+1",
+                             "1e5",
+                             "nan",
+                             "inf",
+                             "999999999999999",
+                             "9999999999999999",
+                             "0.99999999999999",
+                             "0.999999999999999",
+                             "123456789012345.6",
+                             "1 ",
+                             " 1",
+                             "1,5",
+                             "--1",
+                             "1-"}) {
+        expectTheSame(text);
+    }
+    for (int time = 0; time < 200'000; ++time) {
+        std::string text = random() % 2 == 0 ? "-" : "";
+        const std::size_t digits = random() % 19;
+        for (std::size_t i = 0; i < digits; ++i)
+            text += static_cast<char>('0' + random() % 10);
+        if (random() % 4 != 0) text.insert(random() % (text.size() + 1), ".");
+        if (random() % 16 == 0 && !text.empty()) text[random() % text.size()] = "+-.e x"[random() % 6];
+        expectTheSame(text);
     }
 }
 

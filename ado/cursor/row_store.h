@@ -177,9 +177,7 @@ private:
         bool deleted = false;
     };
 
-    const State* Find(std::size_t row) const {
-        return states_.empty() ? nullptr : FindTouched(row);
-    }
+    const State* Find(std::size_t row) const { return states_.empty() ? nullptr : FindTouched(row); }
     [[gnu::noinline]] const State* FindTouched(std::size_t row) const;
     Place Current(std::size_t row, std::size_t column) const {
         const State* state = Find(row);

@@ -5,10 +5,11 @@
 //   if (SQL_SUCCEEDED(result)) result = odbc.ExecDirect(handle, cursor.OpenText(query));
 //   if (SQL_SUCCEEDED(result)) result = cursor.FetchFirst(handle);  // a result like the query's own: its first rows
 //   while (!cursor.IsAtEnd()) result = cursor.FetchNext(handle, n); // the next n rows; what is bound stays bound
+//   cursor.Close(handle, connection);
 //
 // A server may collect all rows of a fetch before it sends the first one. So several fetches go to it in one text, more
-// of them as long as they are quick: it collects the rows of one while the driver still reads those of the one before.
-//   cursor.Close(handle, connection);
+// of them as long as they are quick: it collects the rows of one while the driver still receives those of the one
+// before. When one of them fails, the driver gives none of the text's rows.
 //
 // One driver has a way of its own, which follows a null pointer when the connection is lost between two rows. These are
 // executions, and fail like any other.

@@ -50,6 +50,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
     if (chunk != nullptr) {
         const std::size_t count = chunk->Rows();
         arrivedBytes += chunk->Bytes();
+        lastRowBytes = chunk->Bytes() / count;
         {
             const std::lock_guard lock(mutex);
             chunks.push_back(std::move(chunk));
@@ -64,7 +65,8 @@ bool RowSet::Impl::Step(std::size_t rows) {
 }
 
 std::size_t RowSet::Impl::RowsOfPart() const noexcept {
-    const std::size_t rowBytes = arrivedBytes / std::max<std::size_t>(arrived, 1);
+    // Narrow rows may come before wide ones.
+    const std::size_t rowBytes = std::max(arrivedBytes / std::max<std::size_t>(arrived, 1), lastRowBytes);
     return std::clamp(kMostBytesOfPart / std::max<std::size_t>(rowBytes, 1), std::size_t{1}, fetcher->FullRows());
 }
 

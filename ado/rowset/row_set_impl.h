@@ -126,7 +126,8 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
     std::size_t arrivedBytes = 0;
-    LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none
+    std::size_t lastRowBytes = 0;  // of the last chunk, on average
+    LONG stepSeconds = 0;          // the time limit of a step; 0: the driver keeps it itself, or there is none
     std::unique_ptr<Statement> next;
     std::unique_ptr<AdoError> nextError;
 

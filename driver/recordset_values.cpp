@@ -103,8 +103,8 @@ VARIANT CTRecordset::GetValue(VARIANT key) {
     VARIANT value;
     const bool isIndex = V_VT(&key) == VT_I4 || V_VT(&key) == VT_I2;
     IRowAccess* const rows = isIndex ? rows_.Of(dispatch_.m_lpDispatch) : nullptr;
-    const auto index = [&]() -> LONG { return V_VT(&key) == VT_I4 ? V_I4(&key) : V_I2(&key); };
-    const bool isRead = rows != nullptr && rows->GetValue(index(), &value) == S_OK;
+    const bool isRead =
+        rows != nullptr && rows->GetValue(V_VT(&key) == VT_I4 ? V_I4(&key) : V_I2(&key), &value) == S_OK;
     if (!isRead) value = ReadField(key);
     return value;
 }

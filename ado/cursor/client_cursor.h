@@ -110,7 +110,7 @@ private:
     void TakeChanges() {
         if (!view_.IsCurrent()) FollowChanges();
     }
-    [[gnu::cold]] void FollowChanges();
+    void FollowChanges();
     void StandFirst();
     bool StandAt(long long index);
     [[noreturn]] static void ThrowNoRecord();

@@ -4,11 +4,6 @@
 
 namespace tk::ado {
 
-const RowStore::State* RowStore::FindTouched(std::size_t row) const {
-    const auto found = states_.find(row);
-    return found == states_.end() ? nullptr : &found->second;
-}
-
 RowStore::State& RowStore::Touch(std::size_t row) {
     const auto [found, isNew] = states_.try_emplace(row);
     State& state = found->second;

@@ -88,8 +88,6 @@ public:
     void SetStatus(std::size_t row, LONG status);
 
     void Read(std::size_t row, std::size_t column, VARIANT& value) const {
-        if (states_.empty()) [[likely]]
-            return fetched_->Read(row, column, value);
         const Place place = Current(row, column);
         place.set->Read(place.row, place.column, value);
     }
@@ -98,8 +96,6 @@ public:
         return place.set->At(place.row, place.column);
     }
     std::optional<std::string_view> TextAt(std::size_t row, std::size_t column) const {
-        if (states_.empty()) [[likely]]
-            return fetched_->TextAt(row, column);
         const Place place = Current(row, column);
         return place.set->TextAt(place.row, place.column);
     }
@@ -177,8 +173,11 @@ private:
         bool deleted = false;
     };
 
-    const State* Find(std::size_t row) const { return states_.empty() ? nullptr : FindTouched(row); }
-    [[gnu::noinline]] const State* FindTouched(std::size_t row) const;
+    const State* Find(std::size_t row) const {
+        if (states_.empty()) return nullptr;
+        const auto found = states_.find(row);
+        return found == states_.end() ? nullptr : &found->second;
+    }
     Place Current(std::size_t row, std::size_t column) const {
         const State* state = Find(row);
         return state == nullptr ? Place{fetched_.get(), row, column} : state->current[column];

@@ -28,16 +28,15 @@ Wide Magnitude(const DECIMAL& value) noexcept {
 /// Up to 15 digits around a point: they are an integer that a double holds, and so is the power of ten that it is
 /// divided by, which leaves one rounding. Not for anything else.
 std::optional<double> ParseShortReal(std::string_view text) noexcept {
-    constexpr std::size_t kMostLetters = 16;  // with the point
-    static constexpr double kPowers[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    constexpr std::size_t kMostDigits = 15;
+    static constexpr double kPowers[kMostDigits] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
     const bool isNegative = !text.empty() && text.front() == '-';
     if (isNegative) text.remove_prefix(1);
-    if (text.size() > kMostLetters) return std::nullopt;
     const std::size_t point = text.find('.');
     const std::size_t whole = std::min(point, text.size());
     const std::size_t fraction = point == text.npos ? 0 : text.size() - point - 1;
-    if (whole == 0 || whole + fraction >= kMostLetters || (fraction == 0 && point != text.npos)) return std::nullopt;
+    if (whole == 0 || whole + fraction > kMostDigits || (fraction == 0 && point != text.npos)) return std::nullopt;
     long long digits = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (i == point) continue;

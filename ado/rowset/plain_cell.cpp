@@ -1,12 +1,26 @@
 #include "ado/rowset/plain_cell.h"
 
+#include <algorithm>
+
 #include "ado/rowset/date_value.h"
-#include "ado/rowset/moment_fields.h"
 #include "ado/rowset/number_value.h"
 #include "ado/rowset/type_map.h"
 
 namespace tk::ado {
 namespace {
+
+PlainCell PlainCellOf(const Column& column) noexcept {
+    switch (column.kind) {
+        case CellKind::Integer32:
+            return column.type == kTypeInteger ? PlainCell::Long : PlainCell::None;
+        case CellKind::Real64:
+            return column.type == kTypeDouble ? PlainCell::Double : PlainCell::None;
+        case CellKind::Timestamp:
+            return PlainCell::Moment;
+        default:
+            return PlainCell::None;
+    }
+}
 
 bool SetMoment(const CalendarTime& time, VARIANT& value) noexcept {
     const auto date = ToAutomationDate(time);
@@ -18,22 +32,14 @@ bool SetMoment(const CalendarTime& time, VARIANT& value) noexcept {
 
 }  // namespace
 
-PlainCell PlainCellOf(const Column& column, const RowLayout::Place& place) noexcept {
-    const auto either = [&](PlainCell text, PlainCell fixed) { return place.isVariable ? text : fixed; };
-    switch (column.kind) {
-        case CellKind::Integer32:
-            return column.type == kTypeInteger ? either(PlainCell::LongText, PlainCell::Long) : PlainCell::None;
-        case CellKind::Real64:
-            return column.type == kTypeDouble ? either(PlainCell::DoubleText, PlainCell::Double) : PlainCell::None;
-        case CellKind::Timestamp:
-            return either(PlainCell::MomentText, PlainCell::Moment);
-        default:
-            return PlainCell::None;
-    }
+std::vector<PlainCell> PlainCellsOf(std::span<const Column> columns) {
+    std::vector<PlainCell> plain(columns.size());
+    std::ranges::transform(columns, plain.begin(), PlainCellOf);
+    return plain;
 }
 
 bool ReadPlainMoment(const SQL_TIMESTAMP_STRUCT& stamp, VARIANT& value) noexcept {
-    if (stamp.month == kMonthOfText) return false;
+    // One that stands for a text has no month either.
     return SetMoment(
         {stamp.year, stamp.month, stamp.day, stamp.hour, stamp.minute, stamp.second, static_cast<int>(stamp.fraction)},
         value);
@@ -41,27 +47,28 @@ bool ReadPlainMoment(const SQL_TIMESTAMP_STRUCT& stamp, VARIANT& value) noexcept
 
 bool ReadPlainText(PlainCell form, std::string_view text, VARIANT& value) noexcept {
     switch (form) {
-        case PlainCell::LongText: {
+        case PlainCell::Long: {
             const auto integer = ParseInteger(text);
             if (!integer || *integer != static_cast<LONG>(*integer)) return false;
             value.vt = VT_I4;
             value.lVal = static_cast<LONG>(*integer);
             return true;
         }
-        case PlainCell::DoubleText: {
+        case PlainCell::Double: {
             const auto real = ParseReal(text);
             if (!real) return false;
             value.vt = VT_R8;
             value.dblVal = *real;
             return true;
         }
-        case PlainCell::MomentText: {
+        case PlainCell::Moment: {
             const auto time = ParseCalendarTime(text);
             return time && SetMoment(*time, value);
         }
-        default:
-            return false;
+        case PlainCell::None:
+            break;
     }
+    return false;
 }
 
 }  // namespace tk::ado

@@ -5,18 +5,20 @@
 
 #include <oleauto.h>
 
+#include <span>
 #include <string_view>
+#include <vector>
 
 #include "ado/odbc/odbc_api.h"
-#include "ado/rowset/chunk.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
 
-/// What a column's cells are as a rule: fixed-width values, or texts of them.
-enum class PlainCell : unsigned char { None, Long, Double, Moment, LongText, DoubleText, MomentText };
+/// What a column's cells are as a rule; the layout says whether as fixed-width values or as texts of them.
+enum class PlainCell : unsigned char { None, Long, Double, Moment };
 
-PlainCell PlainCellOf(const Column& column, const RowLayout::Place& place) noexcept;
+/// Of each column.
+std::vector<PlainCell> PlainCellsOf(std::span<const Column> columns);
 
 // Each gives the VARIANT of a cell that is not NULL; false, and nothing done, for a value that is not of the plain
 // kind.

@@ -28,25 +28,14 @@ struct ToldColumn {
 
 struct ResultShape {
     ResultShape(std::vector<ToldColumn> from, std::vector<Column> described, bool allVariable)
-        : told(std::move(from)), columns(std::move(described)), layout(columns, allVariable) {
-        FindPlainCells();
-    }
+        : told(std::move(from)), columns(std::move(described)), layout(columns, allVariable) {}
     ResultShape(std::vector<Column> described, RowLayout places)
-        : columns(std::move(described)), layout(std::move(places)) {
-        FindPlainCells();
-    }
+        : columns(std::move(described)), layout(std::move(places)) {}
 
     std::vector<ToldColumn> told;  // empty: not described by a driver
     std::vector<Column> columns;
     RowLayout layout;
-    std::vector<PlainCell> plain;  // of each column
-
-private:
-    void FindPlainCells() {
-        plain.reserve(columns.size());
-        for (std::size_t i = 0; i < columns.size(); ++i)
-            plain.push_back(PlainCellOf(columns[i], layout.At(i)));
-    }
+    std::vector<PlainCell> plain = PlainCellsOf(columns);
 };
 
 }  // namespace tk::ado

@@ -49,8 +49,6 @@ bool RowSet::Impl::Step(std::size_t rows) {
     guard.Finish();
     if (chunk != nullptr) {
         const std::size_t count = chunk->Rows();
-        arrivedBytes += chunk->Bytes();
-        lastRowBytes = chunk->Bytes() / count;
         {
             const std::lock_guard lock(mutex);
             chunks.push_back(std::move(chunk));
@@ -65,9 +63,10 @@ bool RowSet::Impl::Step(std::size_t rows) {
 }
 
 std::size_t RowSet::Impl::RowsOfPart() const noexcept {
-    // Narrow rows may come before wide ones.
-    const std::size_t rowBytes = std::max(arrivedBytes / std::max<std::size_t>(arrived, 1), lastRowBytes);
-    return std::clamp(kMostBytesOfPart / std::max<std::size_t>(rowBytes, 1), std::size_t{1}, fetcher->FullRows());
+    const std::size_t full = fetcher->FullRows();
+    if (chunks.empty()) return full;
+    const Chunk& last = *chunks.back();
+    return std::clamp(kMostBytesOfPart * last.Rows() / last.Bytes(), std::size_t{1}, full);
 }
 
 bool RowSet::Impl::FirstStep(std::size_t rows) {

@@ -280,28 +280,33 @@ bool RowSet::Impl::ReadPlain(std::size_t row, std::size_t column, VARIANT& value
     const PlainCell form = shape->plain[column];
     if (form == PlainCell::None) return false;
     const Chunk& chunk = Locate(row);
-    const std::size_t slot = layout.At(column).slot;
+    const RowLayout::Place& place = layout.At(column);
     const std::size_t inside = row - chunk.FirstRow();
-    if (form >= PlainCell::LongText) {
-        const std::string_view text = chunk.Variable(layout, inside, slot);
+    if (place.isVariable) {
+        const std::string_view text = chunk.Variable(layout, inside, place.slot);
         if (text.data() != nullptr) return ReadPlainText(form, text, value);
         value.vt = VT_NULL;
         return true;
     }
-    if (chunk.IsNullFixed(inside, slot)) {
+    if (chunk.IsNullFixed(inside, place.slot)) {
         value.vt = VT_NULL;
         return true;
     }
-    if (form == PlainCell::Moment)
-        return ReadPlainMoment(chunk.Fixed<SQL_TIMESTAMP_STRUCT>(layout, inside, slot), value);
-    if (form == PlainCell::Double) {
-        value.vt = VT_R8;
-        value.dblVal = chunk.Fixed<double>(layout, inside, slot);
-    } else {
-        value.vt = VT_I4;
-        value.lVal = chunk.Fixed<std::int32_t>(layout, inside, slot);
+    switch (form) {
+        case PlainCell::Long:
+            value.vt = VT_I4;
+            value.lVal = chunk.Fixed<std::int32_t>(layout, inside, place.slot);
+            return true;
+        case PlainCell::Double:
+            value.vt = VT_R8;
+            value.dblVal = chunk.Fixed<double>(layout, inside, place.slot);
+            return true;
+        case PlainCell::Moment:
+            return ReadPlainMoment(chunk.Fixed<SQL_TIMESTAMP_STRUCT>(layout, inside, place.slot), value);
+        case PlainCell::None:
+            break;
     }
-    return true;
+    return false;
 }
 
 void RowSet::Read(std::size_t row, std::size_t column, VARIANT& value) const {

@@ -79,11 +79,11 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// claimed the job.
     bool Step(std::size_t rows);
 
-    /// How many rows the next part of a cursor's result is to have.
-    std::size_t RowsOfPart() const noexcept;
-
     /// The same for the first rows, which may have to wait for a lock.
     bool FirstStep(std::size_t rows);
+
+    /// How many rows the next part of a cursor's result is to have: fewer when those of the last chunk are wide.
+    std::size_t RowsOfPart() const noexcept;
 
     /// Fetches until `until` rows have arrived, until the patience is over, or to the end. The caller has claimed the
     /// job.
@@ -125,9 +125,7 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
-    std::size_t arrivedBytes = 0;
-    std::size_t lastRowBytes = 0;  // of the last chunk, on average
-    LONG stepSeconds = 0;          // the time limit of a step; 0: the driver keeps it itself, or there is none
+    LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none
     std::unique_ptr<Statement> next;
     std::unique_ptr<AdoError> nextError;
 

@@ -1,7 +1,5 @@
 #include "ado/odbc/physical_connection.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 
 #include "ado/messages.h"
@@ -17,7 +15,7 @@ constexpr std::size_t kKeptHandles = 4;
 constexpr std::size_t kLongestString = 32767;
 
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
-constexpr long long kTrustedIdleMs = 1000;
+constexpr long long kTrustedIdleMicroseconds = 1'000'000;
 
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
@@ -66,7 +64,7 @@ PhysicalConnection::PhysicalConnection(const Request& request)
         SQLUINTEGER isolation = 0;
         odbc.GetConnectAttr(Get(), SQL_ATTR_TXN_ISOLATION, &isolation, SQL_IS_UINTEGER, nullptr);
         firstIsolation_ = isolation_ = isolation;
-        ReadFileIdentity();
+        if (profile_->isFileDatabase) file_ = FileIdentity(TextInfo(Get(), SQL_DATABASE_NAME));
         // Most drivers take the access mode for a hint.
         if (request.readOnly && profile_->readOnlyStatement != nullptr) RunSimple(profile_->readOnlyStatement);
     } catch (...) {
@@ -82,17 +80,6 @@ PhysicalConnection::~PhysicalConnection() {
     handles_.clear();
     if (!isAutoCommit_) Odbc().EndTran(SQL_HANDLE_DBC, Get(), SQL_ROLLBACK);
     Odbc().Disconnect(Get());
-}
-
-void PhysicalConnection::ReadFileIdentity() {
-    if (!profile_->isFileDatabase) return;
-    file_ = TextInfo(Get(), SQL_DATABASE_NAME);
-    struct stat status = {};
-    if (file_.empty() || stat(file_.c_str(), &status) != 0) {
-        file_.clear();
-        return;
-    }
-    fileIdentity_ = {status.st_dev, status.st_ino};
 }
 
 std::string PhysicalConnection::InfoText(SQLUSMALLINT item) const {
@@ -238,7 +225,7 @@ void PhysicalConnection::SetTimeLimitVariable(LONG seconds) {
 
 bool PhysicalConnection::Reset() noexcept try {
     if (isBroken_ || isChanged_) return false;
-    if (profile_->isFileDatabase && file_.empty()) return false;  // in memory: it belongs to one session alone
+    if (profile_->isFileDatabase && !file_.IsKnown()) return false;  // in memory: it belongs to one session alone
     if (!isAutoCommit_) {
         EndTransaction(SQL_ROLLBACK);
         SetAutoCommit(true);
@@ -259,13 +246,10 @@ bool PhysicalConnection::Answers() noexcept try {
     return false;
 }
 
-bool PhysicalConnection::IsUsable(long long idleMs) noexcept {
-    if (profile_->isFileDatabase) {
-        // A file put in the place of the former one is another database.
-        struct stat status = {};
-        return stat(file_.c_str(), &status) == 0 && fileIdentity_ == std::pair{status.st_dev, status.st_ino};
-    }
-    return idleMs < kTrustedIdleMs || Answers();
+bool PhysicalConnection::IsUsable(long long idle, long long now) noexcept {
+    // A file put in the place of the former one is another database.
+    if (profile_->isFileDatabase) return file_.IsStillThere(now);
+    return idle < kTrustedIdleMicroseconds || Answers();
 }
 
 }  // namespace tk::ado

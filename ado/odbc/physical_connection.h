@@ -2,8 +2,6 @@
 // the session cache can tell whether it may be used again.
 #pragma once
 
-#include <sys/types.h>
-
 #include <atomic>
 #include <memory>
 #include <mutex>
@@ -13,6 +11,7 @@
 #include <vector>
 
 #include "ado/odbc/driver_profile.h"
+#include "ado/odbc/file_identity.h"
 #include "ado/odbc/odbc_handle.h"
 #include "ado/odbc/statement_handle.h"
 
@@ -55,7 +54,7 @@ public:
     int LockMilliseconds() const noexcept { return lockMilliseconds_; }
 
     /// A file database whose file is known: another connection to it sees the same.
-    bool IsPlainFile() const noexcept { return !file_.empty(); }
+    bool IsPlainFile() const noexcept { return file_.IsKnown(); }
 
     std::string CurrentCatalog() const;
     void SetCurrentCatalog(std::string_view name);
@@ -81,7 +80,8 @@ public:
     bool Answers() noexcept;
 
     /// Before another session gets it: still connected, and to the same database.
-    bool IsUsable(long long idleMs) noexcept;
+    /// @param idle, now  by a steady clock, in microseconds
+    bool IsUsable(long long idle, long long now) noexcept;
 
     bool IsAutoCommit() const noexcept { return isAutoCommit_; }
     void SetAutoCommit(bool on);
@@ -100,14 +100,12 @@ public:
     void SetTimeLimitVariable(LONG seconds);
 
 private:
-    void ReadFileIdentity();
     void RunSimple(const std::string& sql);
 
     OdbcConnection dbc_;
     const DriverProfile* profile_ = nullptr;
     std::string quote_;
-    std::string file_;  // of a file database; empty when it is in memory
-    std::pair<dev_t, ino_t> fileIdentity_{};
+    FileIdentity file_;  // of a file database; none when it is in memory
     SQLUINTEGER firstIsolation_ = 0;
     SQLUINTEGER isolation_ = 0;
     LONG timeLimit_ = 0;

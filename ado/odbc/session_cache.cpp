@@ -14,6 +14,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMostIdle = 16;
 
+long long Microseconds(Clock::duration time) noexcept {
+    return std::chrono::duration_cast<std::chrono::microseconds>(time).count();
+}
+
 bool IsSame(const SessionKey& first, const SessionKey& second) noexcept {
     return first == second || *first == *second;
 }
@@ -106,6 +110,7 @@ SessionCache& SessionCache::Instance() {
 std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
     for (;;) {
         std::unique_ptr<PhysicalConnection> found;
+        const auto now = Clock::now();
         Clock::duration idleTime{};
         {
             const std::lock_guard lock(impl_->mutex);
@@ -115,10 +120,10 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
             });
             if (last == impl_->idle.rend()) return nullptr;
             found = std::move(last->connection);
-            idleTime = last->isDoubted ? Clock::duration::max() : Clock::now() - last->since;
+            idleTime = last->isDoubted ? Clock::duration::max() : now - last->since;
             impl_->idle.erase(std::next(last).base());
         }
-        if (found->IsUsable(std::chrono::duration_cast<std::chrono::milliseconds>(idleTime).count())) return found;
+        if (found->IsUsable(Microseconds(idleTime), Microseconds(now.time_since_epoch()))) return found;
         // Nor will the others answer. Closing them may take time: the janitor does it.
         if (!found->Profile().isFileDatabase) impl_->GiveUp(key);
     }

@@ -34,9 +34,15 @@ constexpr bool IsLeadByte(char byte) {
     return code >= 0x81 && code <= 0xFE;
 }
 
-/// Bytes of the character at a position: 2 for a lead byte with something behind it, else 1.
+constexpr bool IsTrailByte(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    return code >= 0x40 && code <= 0xFE && code != 0x7F;
+}
+
+/// Bytes of the character at a position: 2 for a lead byte with a proper second one, else 1: half a character does not
+/// swallow the blank or the separator behind it. CString tells characters apart in the same way.
 constexpr std::size_t CharacterLength(std::string_view text, std::size_t position) {
-    return IsLeadByte(text[position]) && position + 1 < text.size() ? 2 : 1;
+    return IsLeadByte(text[position]) && position + 1 < text.size() && IsTrailByte(text[position + 1]) ? 2 : 1;
 }
 
 /// The text within a limit of bytes, cut behind a whole character.

@@ -72,6 +72,7 @@ TEST(DateToString, TakesNoByteOfACharacterForALetter) {
     EXPECT_STREQ(DateToString(date, "\x81sss"), "\x81s03");
     EXPECT_STREQ(DateToString(date, "Y\x81YYY"), "Y\x81Y07");
     EXPECT_STREQ(DateToString(date, "DD\x81"), "29\x81");  // half a character at the end
+    EXPECT_STREQ(DateToString(date, "\x81 DD\x81-MM"), "\x81 29\x81-09");
 }
 
 TEST(DateToString, PrintsTheWholeRangeOfDates) {

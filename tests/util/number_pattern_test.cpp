@@ -111,7 +111,13 @@ TEST(DoubleToStringByPattern, KeepsTextAroundTheNumber) {
         {12.5, "'\"'0.0'\\'", "\"12.5\\"},
         {12.5, "\"\"0.0", "12.5"},
         {12.5, "0.0\\中", "12.5中"},
-        {12.5, "\x81\\0.0\x81#", "\x81\\12.5\x81#"},  // second bytes are no characters of the pattern
+        {12.5, "\x81\\0.0\x81\\", "\x81\\12.5\x81\\"},  // second bytes are no characters of the pattern
+        {12.5,
+         "\x81"
+         "0.0\x81",
+         "\x81"
+         "12.5\x81"},  // half a character takes no place to itself
+        {12.5, "\x81'#'0.0", "\x81#12.5"},
         {12.5, "1 0.0", "1 12.5"},
         {-12.5, "￥0.00", "-￥12.50"},
         {12.5, "0.0.", "12.5."},

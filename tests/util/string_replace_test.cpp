@@ -61,6 +61,7 @@ TEST(ReplaceString, EndsWithTheLastReplacement) {
         {"null text", nullptr, "a", "b", ""},
         {"all of it", "aaa", "a", "b", "bbb"},
         {"Chinese", "库-存-量", "-", "＋", "库＋存＋"},
+        {"by bytes", "\x81|", "|", "x", "\x81x"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);

@@ -32,6 +32,9 @@ TEST(TrimLeft, RemovesLeadingCharactersOfTheSet) {
         {"never half a character", "库存", "\xBF", -1, "库存"},  // the first byte of the text
         {"no other character with the same bytes", "\xB0\xA1", "\xA1\xB0", -1, "\xB0\xA1"},
         {"a letter is not taken from a second byte", "\x81\x61", "a", -1, "\x81\x61"},
+        {"up to half a character at the end", " \xB0", " ", 1, "\xB0"},
+        {"half a character takes no blank to itself", "\xB0 a", "\xB0 ", 2, "a"},
+        {"a member behind half a character", " a", "\xB0 ", 1, "a"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -58,6 +61,17 @@ TEST(TrimRight, RemovesTrailingCharactersOfTheSet) {
          "aa",
          "a", 2, "\x81\x61"},
         {"no other character with the same bytes", "\xB0\xA1", "\xA1\xB0", -1, "\xB0\xA1"},
+        {"Chinese and others", "a　 　", " 　", 5, "a"},
+        {"the second byte of a character", "存", "\xE6", -1, "存"},
+        {"a blank behind half a character", "ab\xB0 ", " ", 1, "ab\xB0"},
+        {"blanks behind half a character", "ab\xB0  ", " ", 2, "ab\xB0"},
+        {"half a character at the end", "ab \xB0", " ", -1, "ab \xB0"},
+        {"a member behind half a character", "ab ", "\xB0 ", 1, "ab"},
+        {"lowest second byte", "\xB0\x40", "\x40", -1, "\xB0\x40"},
+        {"below the second bytes", "\xB0\x3F", "\x3F", 1, "\xB0"},
+        {"a gap in the second bytes", "\xB0\x7F", "\x7F", 1, "\xB0"},
+        {"highest second byte", "\xB0\xFE", "\xFE", -1, "\xB0\xFE"},
+        {"above the second bytes", "\xB0\xFF", "\xFF", 1, "\xB0"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -104,6 +118,28 @@ TEST(TrimRight, MirrorsTrimLeft) {
     }
 }
 
+TEST(TrimRight, TellsCharactersApartAsCStringDoes) {
+    // Lead and second bytes in any order: whole characters, halves, and what is no part of one.
+    constexpr char kBytes[] = "a |\x3F\x40\x7E\x7F\x80\x81\xB0\xFE\xFF";
+    Random random;
+    SCOPED_TRACE(testing::Message() << "TK_TEST_SEED=" << random.Seed());
+    for (int i = 0; i < 50000; ++i) {
+        const std::string text = random.TextOf(kBytes, 8);
+        const std::string set = random.TextOf(kBytes, 4);
+        CString kept(text.c_str());
+        kept.TrimRight(set.c_str());
+        std::string right = text;
+        TrimRight(right.data(), set.c_str());
+        ASSERT_STREQ(right.c_str(), kept) << testing::PrintToString(text) << " without " << testing::PrintToString(set);
+
+        kept = text.c_str();
+        kept.TrimLeft(set.c_str());
+        std::string left = text;
+        TrimLeft(left.data(), set.c_str());
+        ASSERT_STREQ(left.c_str(), kept) << testing::PrintToString(text) << " without " << testing::PrintToString(set);
+    }
+}
+
 TEST(TruncString, CutsTheLastOtherCharacterAsWell) {
     const struct {
         const char* label;
@@ -125,6 +161,13 @@ TEST(TruncString, CutsTheLastOtherCharacterAsWell) {
         {"Chinese last", "库存", '0', "库"},
         {"a second byte is not the character", "ab\x81\x61", 'a', "ab"},
         {"a first byte is not the character", "ab\x81\x61", '\x81', "ab"},
+        {"half a character at the end", "ab\xB0", '0', "ab"},
+        {"half a character before the zeros",
+         "a\xB0"
+         "00",
+         '0', "a"},
+        {"half a character before a blank and another", "ab\xB0 c", 'c', "ab\xB0"},
+        {"a gap in the second bytes", "ab\xB0\x7F", '0', "ab\xB0"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);

@@ -13,6 +13,7 @@ TEST(IsExist, FindsACharacter) {
     EXPECT_EQ(IsExist("", 'a'), 0);
     EXPECT_EQ(IsExist(nullptr, 'a'), 0);
     EXPECT_EQ(IsExist("abc", '\0'), 0) << "the terminator is no character of the text";
+    EXPECT_EQ(IsExist("\x81|", '|'), 1) << "searched by bytes";
 }
 
 TEST(CutString, RemovesACharacterAndKeepsDoubleByteOnesWhole) {
@@ -23,6 +24,13 @@ TEST(CutString, RemovesACharacterAndKeepsDoubleByteOnesWhole) {
     EXPECT_STREQ(CutString(nullptr, '-'), "");
     EXPECT_STREQ(CutString("\x81|a|", '|'), "\x81|a");
     EXPECT_STREQ(CutString("库 存", ' '), "库存");
+}
+
+TEST(CutString, TakesNothingForTheSecondHalfThatIsNone) {
+    EXPECT_STREQ(CutString("a\xB0 ", ' '), "a\xB0");
+    EXPECT_STREQ(CutString("a \xB0", ' '), "a\xB0");
+    EXPECT_STREQ(CutString("\xB0-- ", '-'), "\xB0 ");
+    EXPECT_STREQ(CutString("\xB0\x7F.", '\x7F'), "\xB0.");
 }
 
 TEST(StringLeft, CopiesAtMostWhatThereIs) {

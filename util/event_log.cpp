@@ -20,10 +20,10 @@ struct Record {
 };
 
 int Write(const Record& record) {
-    if (record.type == EVENTLOG_ERROR_TYPE) tk::util::SoundAlarm();
-
     _tagPATHITEM program;
     const char* source = GetAppName(&program) != 0 ? program.szFileName : kUnknownSource;
+    if (record.type == EVENTLOG_ERROR_TYPE) tk::util::SoundAlarm();
+
     const HANDLE log = RegisterEventSourceA(nullptr, source);
     if (log == nullptr) return 0;
 

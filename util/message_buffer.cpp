@@ -14,8 +14,8 @@ CString ComposeMessage(const char* format, const char* first, const char* second
 
 CString ExceptionMessage(CException* exception) {
     char text[kMessageBytes] = {};
-    if (exception == nullptr || !exception->GetErrorMessage(text, sizeof(text))) return {};
-    // An exception class of the application may fill the buffer to its end.
+    // The buffer is the answer, whatever is returned; an exception class of the application may fill it to its end.
+    if (exception != nullptr) exception->GetErrorMessage(text, sizeof(text));
     return ToText(WholeCharacters({text, strnlen(text, sizeof(text))}, sizeof(text) - 1));
 }
 

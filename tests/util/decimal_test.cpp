@@ -54,7 +54,8 @@ TEST(StringToDouble, ReadsNumbersAndGivesZeroForTheRest) {
         const char* text;
         double number;
     } kRows[] = {
-        {"12.75", 12.75}, {"-0.5", -0.5}, {" 42 ", 42.0}, {"1e3", 1000.0}, {"", 0.0}, {"abc", 0.0}, {"1.5x", 0.0},
+        {"12.75", 12.75},    {"-0.5", -0.5}, {" 42 ", 42.0}, {"1e3", 1000.0},
+        {"1,234.5", 1234.5}, {"", 0.0},      {"abc", 0.0},   {"1.5x", 0.0},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.text);

@@ -135,6 +135,22 @@ TEST(GetExceptionError, LeavesNoHalfCharacterOfWhatAnExceptionWrites) {
     EXPECT_EQ(Std(GetExceptionError(&exception)), characters);
 }
 
+/// An exception of an application that fills the buffer, and says that it has no message.
+class ModestException : public CException {
+public:
+    ModestException() : CException(FALSE) {}
+    ~ModestException() override = default;
+    BOOL GetErrorMessage(LPTSTR text, UINT size, PUINT) override {
+        std::snprintf(text, size, "连接失败");
+        return FALSE;
+    }
+};
+
+TEST(GetExceptionError, TakesTheBufferAsAnExceptionLeavesIt) {
+    ModestException exception;
+    EXPECT_STREQ(GetExceptionError(&exception), "连接失败");
+}
+
 TEST(GetExceptionError, NamesTheServiceAndThePlace) {
     EXPECT_STREQ(GetExceptionError("数据库服务器", "OpenDatabase"),
                  "数据库服务器出现异常,面临崩溃危险[异常位置:OpenDatabase]");
@@ -149,6 +165,13 @@ TEST(GetExceptionError, CutsLongTextsBehindAWholeCharacter) {
     // 254 letters leave one byte, half of the next character.
     EXPECT_EQ(Std(GetExceptionError(where.substr(0, 254).c_str(), "x")), where.substr(0, 254));
     EXPECT_EQ(Std(GetExceptionError(where.substr(0, 253).c_str(), "x")), where.substr(0, 253) + "出");
+}
+
+TEST(GetExceptionError, KeepsHalfACharacterThatWasOneBefore) {
+    const std::string where = std::string(254, 'w') + "\xB0";
+    EXPECT_EQ(Std(GetExceptionError((where + " ").c_str(), "x")), where);
+    COleDispatchException exception((where + " ").c_str());
+    EXPECT_EQ(Std(GetExceptionError(&exception)), where);
 }
 
 }  // namespace

@@ -3,6 +3,9 @@
 
 #include <afxdisp.h>
 
+#include <condition_variable>
+#include <map>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -20,6 +23,32 @@ constexpr DWORD kFixedId = 0x4000000C;
 std::string Reason(DWORD code) {
     return Std(LookupErrorText(code));
 }
+
+constexpr DWORD kUnknownCode = 0x2FFFFFFF;
+
+/// Keeps threads waiting until as many have arrived as it takes.
+class Gate {
+public:
+    explicit Gate(int arrivals) : missing_(arrivals) {}
+
+    /// Does not wait.
+    void Arrive() {
+        const std::lock_guard guard(lock_);
+        --missing_;
+        changed_.notify_all();
+    }
+    /// @return whether all the others came, which is waited for ten seconds at most
+    bool ArriveAndWait() {
+        Arrive();
+        std::unique_lock guard(lock_);
+        return changed_.wait_for(guard, std::chrono::seconds(10), [this] { return missing_ <= 0; });
+    }
+
+private:
+    std::mutex lock_;
+    std::condition_variable changed_;
+    int missing_;
+};
 
 class EventLog : public testing::Test {
 protected:
@@ -60,6 +89,18 @@ TEST_F(EventLog, AddErrorLogAppendsTheLastErrorWhenAsked) {
     EXPECT_EQ(AddErrorLog("失败", 1, 0, nullptr), 7);
     EXPECT_EQ(Only(), (LogRecord{"stock.v2", 1, 0, kFixedId, false, {"失败", "\r\n", Reason(5)}, ""}));
     EXPECT_THAT(calls_.Steps(), ElementsAre("beep 2300 50", "open", "report", "close"));
+}
+
+TEST_F(EventLog, AddErrorLogTakesAnyFlagButZero) {
+    SetLastError(5);
+    EXPECT_EQ(AddErrorLog("x", -1, 0, nullptr), 7);
+    EXPECT_THAT(Only().strings, ElementsAre("x", "\r\n", Reason(5)));
+}
+
+TEST_F(EventLog, AddErrorLogHasNoReasonForAnUnknownCode) {
+    SetLastError(kUnknownCode);
+    EXPECT_EQ(AddErrorLog("x", 1, 0, nullptr), 7);
+    EXPECT_THAT(Only().strings, ElementsAre("x", "\r\n", ""));
 }
 
 TEST_F(EventLog, AddErrorLogLeavesTheLastErrorOut) {
@@ -119,6 +160,33 @@ TEST_F(EventLog, AddExcepLogNeedsNoPlaceForItsMessage) {
     EXPECT_EQ(calls_.Records().size(), 2U);
 }
 
+TEST_F(EventLog, AddExcepLogNeedsNoPlaceForItsMessageWhenTheLogDoesNotOpen) {
+    calls_.logOpens = false;
+    COleDispatchException exception("x");
+    EXPECT_EQ(AddExcepLog(&exception, "a", nullptr), 0);
+    EXPECT_EQ(AddExcepLog("a", "b", nullptr), 0);
+    EXPECT_THAT(calls_.Records(), ElementsAre());
+}
+
+/// An exception whose message costs a call that fails.
+class CostlyException : public CException {
+public:
+    CostlyException() : CException(FALSE) {}
+    ~CostlyException() override = default;
+    BOOL GetErrorMessage(LPTSTR text, UINT, PUINT) override {
+        text[0] = 'x';
+        SetLastError(2);
+        return TRUE;
+    }
+};
+
+TEST_F(EventLog, AddExcepLogTakesTheLastErrorWhenItsMessageIsComposed) {
+    CostlyException exception;
+    SetLastError(5);
+    EXPECT_EQ(AddExcepLog(&exception, "服务"), 7);
+    EXPECT_THAT(Only().strings, ElementsAre("服务出现异常,以至于面临崩溃危险:\r\nx", "\r\n", Reason(2)));
+}
+
 TEST_F(EventLog, GivesItsMessageAlsoWhenTheLogDoesNotOpen) {
     calls_.logOpens = false;
     CString message;
@@ -152,6 +220,14 @@ TEST_F(EventLog, NamesAnUnknownService) {
     EXPECT_EQ(Only().source, "UnknownService");
 }
 
+TEST_F(EventLog, FetchesItsSourceBeforeTheAlarm) {
+    calls_.onStep = [this](const std::string& step) {
+        if (step.starts_with("beep")) calls_.programPath = kSamplePathWithoutExtension.full;
+    };
+    AddErrorLog("a", 0, 0, nullptr);
+    EXPECT_EQ(Only().source, "stock.v2");
+}
+
 TEST_F(EventLog, CutsALongSourceToTheWidthOfItsField) {
     const std::string path = LongFolder() + std::string(40, 'n') + ".exe";
     calls_.programPath = path.c_str();
@@ -177,6 +253,11 @@ TEST_F(EventLog, CutsALongExceptionMessageBehindAWholeCharacter) {
     AddExcepLog(where.c_str(), "b", &message);
     EXPECT_EQ(Std(message), where.substr(0, 254));
     EXPECT_EQ(Only().strings.at(0), where.substr(0, 254));
+
+    COleDispatchException exception("x");
+    AddExcepLog(&exception, where.c_str(), &message);
+    EXPECT_EQ(Std(message), where.substr(0, 254));
+    EXPECT_EQ(calls_.Records().back().strings.at(0), Std(message));
 }
 
 TEST_F(EventLog, WritesLongTextsOfCallersWhole) {
@@ -200,6 +281,46 @@ TEST_F(EventLog, OnWarningMessageSweepsInTheBackground) {
     const auto tones = calls_.Tones();
     EXPECT_EQ(std::vector<std::string>(tones.begin(), tones.begin() + 30), sweep);
     EXPECT_EQ(std::vector<std::string>(tones.begin() + 30, tones.end()), sweep);
+}
+
+TEST_F(EventLog, OnWarningMessageDoesNotWaitForItsSweep) {
+    Gate called(2);  // the first tone waits until the call has returned
+    bool wentOn = false;
+    calls_.onStep = [&, first = true](const std::string& step) mutable {
+        if (!first || !step.starts_with("beep")) return;
+        first = false;
+        wentOn = called.ArriveAndWait();
+    };
+    OnWarningMessage(1);
+    called.Arrive();
+    ASSERT_TRUE(calls_.WaitForTones(30));
+    EXPECT_TRUE(wentOn);
+}
+
+TEST_F(EventLog, OnWarningMessageSoundsSeveralSweepsAtOnce) {
+    Gate both(2);  // the first tones wait for each other
+    std::mutex lock;
+    std::map<std::thread::id, int> tones;
+    bool together = true;
+    calls_.onStep = [&](const std::string& step) {
+        if (!step.starts_with("beep")) return;
+        bool first;
+        {
+            const std::lock_guard guard(lock);
+            first = ++tones[std::this_thread::get_id()] == 1;
+        }
+        if (!first) return;
+        const bool met = both.ArriveAndWait();
+        const std::lock_guard guard(lock);
+        together = together && met;
+    };
+    OnWarningMessage(1);
+    OnWarningMessage(1);
+    ASSERT_TRUE(calls_.WaitForTones(60));
+    EXPECT_TRUE(together);
+    ASSERT_EQ(tones.size(), 2U);
+    for (const auto& [thread, count] : tones)
+        EXPECT_EQ(count, 30);
 }
 
 TEST_F(EventLog, OnWarningMessagePlaysNothingForACountBelowOne) {

@@ -58,6 +58,37 @@ TEST(GetAppName, CutsEachPartToItsWidth) {
     EXPECT_EQ(item.szHome, LongFolder().substr(0, 255));
 }
 
+TEST(GetAppName, CutsALongFolderToTheWidthOfItsFields) {
+    const std::string home = LongFolder() + std::string(100, 'b') + LongFolder().back();
+    const std::string path = home + "n.exe";
+    PlatformCalls calls;
+    calls.programPath = path.c_str();
+    _tagPATHITEM item;
+    EXPECT_EQ(GetAppName(&item), 1);
+    EXPECT_EQ(item.szFullPath, path.substr(0, 255));
+    EXPECT_STREQ(item.szDrive, kSamplePath.drive);
+    EXPECT_EQ(item.szDir, home.substr(std::strlen(kSamplePath.drive), 255));
+    EXPECT_EQ(item.szHome, home.substr(0, 255));
+    EXPECT_STREQ(item.szFileName, "n");
+    EXPECT_STREQ(item.szExt, ".exe");
+}
+
+TEST(GetAppName, TakesThePartThatFitsOfALongPath) {
+    const std::string path = LongFolder() + std::string(600 - LongFolder().size(), 'n');
+    PlatformCalls calls;
+    calls.programPath = path.c_str();
+    _tagPATHITEM item;
+    std::memset(&item, 'x', sizeof(item));
+    EXPECT_EQ(GetAppName(&item), 1);
+    EXPECT_EQ(std::string(item.szFullPath, strnlen(item.szFullPath, sizeof(item.szFullPath))), path.substr(0, 255));
+    EXPECT_LT(strnlen(item.szDrive, sizeof(item.szDrive)), sizeof(item.szDrive));
+    EXPECT_LT(strnlen(item.szDir, sizeof(item.szDir)), sizeof(item.szDir));
+    EXPECT_LT(strnlen(item.szFileName, sizeof(item.szFileName)), sizeof(item.szFileName));
+    EXPECT_LT(strnlen(item.szExt, sizeof(item.szExt)), sizeof(item.szExt));
+    EXPECT_LT(strnlen(item.szHome, sizeof(item.szHome)), sizeof(item.szHome));
+    EXPECT_EQ(item.szFileName, std::string(31, 'n'));
+}
+
 TEST(GetAppName, CutsBehindWholeCharacters) {
     std::string name;
     for (int i = 0; i < 20; ++i)

@@ -84,9 +84,10 @@ BOOL PlatformCalls::OnClose(HANDLE log) {
 }
 
 DWORD PlatformCalls::OnProgramPath(char* path, DWORD size) {
-    const std::size_t length = std::min<std::size_t>(std::strlen(programPath), size - 1);
+    // A path that does not fit fills the buffer to its last byte: old systems leave no room for a terminator.
+    const std::size_t length = std::min<std::size_t>(std::strlen(programPath), size);
     std::copy_n(programPath, length, path);
-    path[length] = '\0';
+    if (length < size) path[length] = '\0';
     return static_cast<DWORD>(length);
 }
 

@@ -43,7 +43,7 @@ public:
     bool logOpens = true;
     bool recordIsTaken = true;
     BOOL closeResult = 7;                            // any nonzero value, handed on
-    const char* programPath = "";                    // "" is a failure; null asks the platform
+    const char* programPath = "";                    // "" is a failure; null asks the platform; cut where it is long
     std::function<DWORD()> clock;                    // the tick count; none asks the platform
     std::function<void(const std::string&)> onStep;  // called at each step; may throw
     bool remembersSteps = true;                      // false keeps the steps of a long run from piling up

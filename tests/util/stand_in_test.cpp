@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tkkernel/util.h"
+#include "util/counted_object.h"
 #include "util/values.h"
 
 namespace {
@@ -16,6 +17,75 @@ TEST(CopyVariant, KeepsADestinationThatIsInUse) {
     EXPECT_EQ(destination->vt, VT_ARRAY | VT_UI1);
     SafeArrayUnaccessData(destination->parray);
     EXPECT_STREQ(VariantToString(destination), "abc");
+}
+
+TEST(CopyVariant, DoesNotCopyTheDatabaseLayersNumeric) {
+    Value destination = Text("old");
+    CopyVariant(destination.Get(), Decimal(1275, 2, false, 131));
+    EXPECT_EQ(destination->vt, VT_EMPTY);
+}
+
+TEST(VariantPlus, WidensBytesThatOutgrowAByte) {
+    VARIANT sum = VariantPlus(Byte(200), Byte(100));
+    EXPECT_EQ(sum.vt, VT_I2);
+    EXPECT_EQ(sum.iVal, 300);
+    VariantClear(&sum);
+}
+
+TEST(VariantPlus, IsEmptyForAnAmountBeyondTheLargest) {
+    VARIANT sum = VariantPlus(Currency(9223372036854775807LL), Currency(1));
+    EXPECT_EQ(sum.vt, VT_EMPTY);
+    VariantClear(&sum);
+}
+
+TEST(VariantToString, IsZeroForADecimalThatDoesNotExist) {
+    for (const int type : {static_cast<int>(VT_DECIMAL), 131}) {
+        SCOPED_TRACE(type);
+        VARIANT value = {};
+        value.decVal = MakeDecimal(1, 29);
+        value.vt = static_cast<VARTYPE>(type);
+        EXPECT_STREQ(VariantToString(value), "0");
+        EXPECT_STREQ(VARIANTToString(value), "0");
+    }
+}
+
+TEST(VariantToSqlText, TakesTheDefaultValueOfAnObject) {
+    CountedObject object(OLESTR("O'Brien"));
+    VARIANT value = {};
+    value.vt = VT_DISPATCH;
+    value.pdispVal = &object;
+    EXPECT_STREQ(VARIANTToString(value), "'O'Brien'");
+    EXPECT_EQ(value.vt, VT_DISPATCH);
+    EXPECT_EQ(value.pdispVal, &object);
+    EXPECT_EQ(object.References(), 1U);
+
+    value.pdispVal = nullptr;
+    EXPECT_STREQ(VARIANTToString(value), "");
+}
+
+TEST(VariantToSqlText, IsEmptyForAnArrayBehindAReference) {
+    Value bytes = Bytes("abc");
+    VARIANT reference = {};
+    reference.vt = VT_BYREF | VT_VARIANT;
+    reference.pvarVal = &bytes.Get();
+    EXPECT_STREQ(VARIANTToString(reference), "");
+    EXPECT_EQ(reference.pvarVal, &bytes.Get());
+    EXPECT_STREQ(VariantToString(bytes), "abc");
+}
+
+TEST(StringToDouble, KnowsTheSignOfTheCurrency) {
+    EXPECT_EQ(StringToDouble("￥12.5"), 12.5);
+    EXPECT_STREQ(DecimalToString(StringToDecimal("￥12.5")), "12.5");
+}
+
+TEST(StringToDouble, IsZeroForANumberBeyondTheLargest) {
+    EXPECT_EQ(StringToDouble("1e400"), 0.0);
+    EXPECT_EQ(StringToDouble("-1e400"), 0.0);
+}
+
+TEST(DecimalToString, HasNoNegativeZero) {
+    EXPECT_STREQ(DecimalToString(MakeDecimal(0, 0, true)), "0");
+    EXPECT_STREQ(DecimalToString(MakeDecimal(0, 2, true)), "0");
 }
 
 TEST(DecimalToString, IsEmptyForADecimalThatDoesNotExist) {

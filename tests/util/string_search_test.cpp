@@ -40,6 +40,7 @@ TEST(FindStringNoCase, TakesTheTextFirst) {
         {"both null", nullptr, nullptr, -1},
         {"Chinese around", "库ABC存", "abc存", 2},
         {"a second byte is no letter", "\x81\x41", "\x81\x61", -1},
+        {"full-width letters have case", "库ＡＢ", "ａｂ", 2},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -56,6 +57,7 @@ TEST(FindString, GivesTheTextBefore) {
     } kRows[] = {
         {"middle", "=", "key=value=x", "key"}, {"start", "k", "key", ""},      {"absent", "x", "key", ""},
         {"empty pattern", "", "key", ""},      {"null", nullptr, nullptr, ""}, {"Chinese", "存", "库存", "库"},
+        {"by bytes", "|", "\x81|", "\x81"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -94,6 +96,7 @@ constexpr UnitRow kUnits[] = {
     {"null text", "<", nullptr, ">", "", -1},
     {"null text, no marks", nullptr, nullptr, nullptr, "", 0},
     {"Chinese", "【", "库【存】量", "】", "存", 8},
+    {"by bytes", "|", "\x81|x;", ";", "x", 4},
 };
 
 TEST(GetUnit, CutsBetweenHeadAndTail) {
@@ -136,6 +139,10 @@ TEST(GetUnitNoCase, IgnoresCaseAndKeepsThatOfTheText) {
     EXPECT_STREQ(GetUnitNoCase("SELECT ", "select Name From Stock", " FROM", position), "Name");
     EXPECT_EQ(position, 16);
     EXPECT_STREQ(GetUnitNoCase("从", "取从Name到", "到", position), "Name");
+    EXPECT_STREQ(GetUnitNoCase("Ａ", "xａ1Ｂ", "ｂ", position), "1");
+    EXPECT_EQ(position, 6);
+    EXPECT_STREQ(GetUnitNoCase("\x81\x61", "x\x81\x41y;", ";", position), "") << "a second byte is no letter";
+    EXPECT_EQ(position, -1);
 }
 
 TEST(GetSubString, CutsBesideAMark) {
@@ -165,6 +172,9 @@ TEST(GetSubString, CutsBesideAMark) {
         {"null text", "=", nullptr, 0, -1, ""},
         {"empty mark, after", "", "abc", 0, 2, "ab"},
         {"null mark, before", nullptr, "abc", 1, 2, ""},
+        {"by bytes", "|", "\x81|x", 0, -1, "x"},
+        {"a count is one of bytes, before", "=", "库=存", 1, 1, "\xE2"},
+        {"a count is one of bytes, after", "=", "库=存", 0, 1, "\xB4"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);

@@ -57,6 +57,9 @@ TEST(StringToArray, SplitsATextThatLiesInTheArrayItself) {
     Assign(array, {";", "a;b"});
     StringToArray(array, array[1], array[0]);
     EXPECT_THAT(ToTexts(array), ElementsAre("a", "b"));
+    Assign(array, {"ab"});
+    StringToArray(array, array[0], 3);  // with its terminator
+    EXPECT_THAT(ToTexts(array), ElementsAre("ab"));
 }
 
 TEST(StringToArray, ReadsPackedTexts) {
@@ -175,6 +178,9 @@ TEST(DivideString, HandlesTheEdges) {
     text = "abc";
     EXPECT_STREQ(DivideString(text, '\0'), "") << "the terminator is no character of the text";
     EXPECT_STREQ(text, "abc");
+    text = "\x81|a";
+    EXPECT_STREQ(DivideString(text, '|'), "\x81") << "searched by bytes";
+    EXPECT_STREQ(text, "a");
 }
 
 TEST(CountSubString, CountsFieldsNotSeparators) {
@@ -184,7 +190,7 @@ TEST(CountSubString, CountsFieldsNotSeparators) {
         int count;
     } kRows[] = {
         {"a,b,c", ',', 3}, {"abc", ',', 0}, {"", ',', 0},     {",", ',', 2},
-        {",,", ',', 3},    {"a,", ',', 2},  {"abc", '\0', 0},
+        {",,", ',', 3},    {"a,", ',', 2},  {"abc", '\0', 0}, {"\x81|", '|', 2},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.text);

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "tkkernel/util.h"
+#include "util/counted_object.h"
 #include "util/values.h"
 
 namespace {
@@ -38,6 +39,36 @@ TEST(CopyVariant, ClearsTheDestinationAndCopiesDeep) {
     EXPECT_NE(destination->bstrVal, source->bstrVal);
     source->bstrVal[0] = 'N';
     EXPECT_STREQ(VariantToString(destination), "new");
+}
+
+TEST(CopyVariant, CopiesTheBytesOfAnArray) {
+    Value destination = Int4(1);
+    Value source = Bytes("abc", 5);
+    CopyVariant(destination.Get(), source);
+    ASSERT_EQ(destination->vt, VT_ARRAY | VT_UI1);
+    EXPECT_NE(destination->parray, source->parray);
+    LONG index = 5;
+    BYTE changed = 'X';
+    ASSERT_EQ(SafeArrayPutElement(source->parray, &index, &changed), S_OK);
+    EXPECT_STREQ(VariantToString(source), "Xbc");
+    EXPECT_STREQ(VariantToString(destination), "abc");
+}
+
+TEST(CopyVariant, SharesAnObject) {
+    CountedObject object;
+    {
+        Value destination = Text("old");
+        VARIANT source = {};
+        source.vt = VT_DISPATCH;
+        source.pdispVal = &object;
+        CopyVariant(destination.Get(), source);
+        EXPECT_EQ(destination->vt, VT_DISPATCH);
+        EXPECT_EQ(destination->pdispVal, &object);
+        EXPECT_EQ(object.References(), 2U);
+        CopyVariant(destination.Get(), Value(VT_EMPTY));
+        EXPECT_EQ(object.References(), 1U) << "a destination lets go of what it held";
+    }
+    EXPECT_EQ(object.References(), 1U);
 }
 
 TEST(CopyVariant, LeavesTheDestinationClearedWhenTheSourceCannotBeCopied) {
@@ -81,6 +112,18 @@ TEST(VariantPlus, AddsAsThePlatformDoes) {
 
     const Sum withNull(Int4(1), Value(VT_NULL));
     EXPECT_EQ(withNull.Get().vt, VT_NULL);
+
+    const Sum digits(Text("2"), Int4(3));
+    EXPECT_EQ(digits.Get().vt, VT_R8);
+    EXPECT_EQ(digits.Get().dblVal, 5.0);
+
+    const Sum dates(Date(1.0), Real8(0.5));
+    EXPECT_EQ(dates.Get().vt, VT_DATE);
+    EXPECT_EQ(dates.Get().date, 1.5);
+
+    const Sum withNothing(Value(VT_EMPTY), Int4(3));
+    EXPECT_EQ(withNothing.Get().vt, VT_I4);
+    EXPECT_EQ(withNothing.Get().lVal, 3);
 }
 
 TEST(VariantPlus, IsEmptyWhenTheTwoCannotBeAdded) {

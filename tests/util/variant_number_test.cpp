@@ -60,6 +60,8 @@ TEST(VariantToLong, GivesTheSentinelForNumbersOutOfRange) {
     EXPECT_EQ(VariantToLong(Real8(-2147483648.9)), -2147483647L - 1);
     EXPECT_EQ(VariantToLong(Real8(2147483646.9)), 2147483646);
     EXPECT_EQ(VariantToLong(Currency(9223372036854775807LL)), 2147483647);
+    EXPECT_EQ(VariantToLong(Real4(3e9F)), 2147483647);
+    EXPECT_EQ(VariantToLong(Real4(-3e9F)), 2147483647);
 }
 
 TEST(VariantToDouble, ReadsEachType) {
@@ -72,17 +74,20 @@ TEST(VariantToDouble, ReadsEachType) {
         {"null", Value(VT_NULL), 2147483647.0},
         {"I2", Int2(-5), -5.0},
         {"true is -1", Bool(VARIANT_TRUE), -1.0},
+        {"false", Bool(VARIANT_FALSE), 0.0},
         {"I4", Int4(2147483647), 2147483647.0},
         {"byte", Byte(255), 255.0},
         {"R4", Real4(0.5F), 0.5},
         {"R8", Real8(-2.7), -2.7},
         {"R8 has no range to leave", Real8(1e300), 1e300},
         {"date is its number", Date(36345.75), 36345.75},
+        {"negative date", Date(-1.25), -1.25},
         {"currency is rounded", Currency(10050), 1.01},
         {"negative currency", Currency(-10050), -1.01},
         {"decimal loses its fraction", Decimal(1275, 2), 12.0},
         {"numeric loses its fraction", Decimal(1275, 2, true, 131), -12.0},
         {"of a decimal ten characters count", Decimal(123456789012ULL, 0), 1234567890.0},
+        {"ten digits wrap around", Decimal(9999999999ULL, 0), 1410065407.0},
         {"a text is not parsed", Text("4.5"), 2147483647.0},
         {"UI4 is not listed", Unsigned4(5), 2147483647.0},
     };

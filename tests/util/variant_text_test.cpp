@@ -304,6 +304,10 @@ TEST(VariantToSqlText, DiffersFromTheDisplayTextInThreeWays) {
         {"a coerced number", Unsigned2(7), "'7'"},
         {"a coerced I1", SmallInt1(-7), "'-7'"},
         {"a coerced UI4", Unsigned4(4294967295U), "'4294967295'"},
+        {"a coerced I8", Int8(-5), "'-5'"},
+        {"a coerced UI8", Unsigned8(18446744073709551615ULL), "'18446744073709551615'"},
+        {"a coerced INT", Integer(7), "'7'"},
+        {"a coerced UINT", UnsignedInteger(7), "'7'"},
     };
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.label);
@@ -318,6 +322,57 @@ TEST(VariantToSqlText, FollowsAReferenceAndLeavesItsQuotesSingle) {
     reference.pbstrVal = &target;
     EXPECT_STREQ(VARIANTToString(reference), "'O'Brien'");
     SysFreeString(target);
+}
+
+TEST(VariantToSqlText, CoercesWhatAReferenceLeadsTo) {
+    VARIANT four = Int4(7);  // not owned: it holds no pointer
+    VARIANT_BOOL yes = VARIANT_TRUE;
+    double zero = 0.0;
+    VARIANT toVariant = {};
+    toVariant.vt = VT_BYREF | VT_VARIANT;
+    toVariant.pvarVal = &four;
+    VARIANT toBool = {};
+    toBool.vt = VT_BYREF | VT_BOOL;
+    toBool.pboolVal = &yes;
+    VARIANT toReal = {};
+    toReal.vt = VT_BYREF | VT_R8;
+    toReal.pdblVal = &zero;
+    const struct {
+        const char* label;
+        VARIANT& value;
+        const char* text;
+    } kRows[] = {
+        {"another value", toVariant, "'7'"},
+        {"true is a number here", toBool, "'-1'"},
+        {"zero is not empty here", toReal, "'0'"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        const VARIANT before = row.value;
+        EXPECT_STREQ(VARIANTToString(row.value), row.text);
+        EXPECT_EQ(row.value.vt, before.vt);
+        EXPECT_EQ(row.value.byref, before.byref);
+    }
+    EXPECT_EQ(four.vt, VT_I4);
+    EXPECT_EQ(four.lVal, 7);
+    EXPECT_EQ(yes, VARIANT_TRUE);
+    EXPECT_EQ(zero, 0.0);
+}
+
+TEST(VariantToSqlText, IsEmptyForArraysAndReferencesToThem) {
+    SAFEARRAYBOUND bound = {2, 0};
+    Value longs(VT_ARRAY | VT_I4);
+    longs->parray = SafeArrayCreate(VT_I4, 1, &bound);
+    EXPECT_STREQ(VARIANTToString(longs), "");
+    EXPECT_EQ(longs->vt, VT_ARRAY | VT_I4);
+
+    Value bytes = Bytes("abc");
+    VARIANT reference = {};
+    reference.vt = VT_BYREF | VT_ARRAY | VT_UI1;
+    reference.pparray = &bytes->parray;
+    EXPECT_STREQ(VARIANTToString(reference), "");
+    EXPECT_EQ(reference.pparray, &bytes->parray);
+    EXPECT_STREQ(VariantToString(bytes), "abc");
 }
 
 TEST(VariantToSqlText, IsEmptyForWhatCannotBeCoerced) {

@@ -1,7 +1,9 @@
 // Field values of the current record: as the automation object gives them, and as plain types.
 #include <charconv>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "driver/guard.h"
 #include "driver/ids.h"
@@ -15,14 +17,21 @@ using namespace tk::driver;
 
 namespace {
 
-/// A number at the beginning of a text, with a decimal point whatever the locale; 0 when there is none.
-double LeadingDouble(const char* text) noexcept {
+/// A number at the beginning of a text: as atof reads it, but with a decimal point whatever the locale.
+double LeadingDouble(const char* text) {
     text += std::strspn(text, " \t\n\v\f\r");
     const char* digits = *text == '+' ? text + 1 : text;
     if (digits != text && *digits == '-') return 0.0;
     double value = 0.0;
-    const auto parsed = std::from_chars(digits, digits + std::strlen(digits), value);
-    return parsed.ec == std::errc::result_out_of_range ? std::atof(text) : value;
+    const auto read = std::from_chars(digits, digits + std::strlen(digits), value);
+    const bool isHexadecimal = value == 0.0 && (*read.ptr == 'x' || *read.ptr == 'X');  // it stopped behind "0"
+    if (read.ec != std::errc::result_out_of_range && !isHexadecimal) return value;
+
+    // Without what might be the locale's own point, and with that in place of ours.
+    std::string number(text, std::strspn(text, "+-.0123456789ABCDEFabcdefXxPp"));
+    const auto point = number.find('.');
+    if (point != std::string::npos) number.replace(point, 1, std::localeconv()->decimal_point);
+    return std::strtod(number.c_str(), nullptr);
 }
 
 /// The low 32 bits of the integer at the beginning of a text.

@@ -5,6 +5,8 @@
 #include <string>
 
 #include "driver/driver_fixture.h"
+#include "support/wine.h"
+#include "tkkernel/util.h"
 
 namespace tk::test {
 namespace {
@@ -37,6 +39,23 @@ TEST_F(ClosingFailure, ADatabaseKeepsTheMessageOfTheServersOwnError) {
     } database(connection_.Share());
     database.Close();
     EXPECT_EQ(ErrorOf(database), "IDispatch error #5");
+}
+
+TEST_F(ClosingFailure, TheSystemsTextOfACodeComesWithoutItsLineBreak) {
+    records_->On(Call(1014)).Does([](const Arguments&) -> COleVariant { throw _com_error(E_ACCESSDENIED); });
+    CTRecordset recordset(records_.Share());
+    EXPECT_EQ(recordset.Close(), 0);
+    EXPECT_EQ("错误[0x80070005]:" + ErrorOf(recordset) + "\r\n", std::string(LookupErrorText(0x80070005)));
+    EXPECT_TRUE(ErrorOf(recordset) == "拒绝访问。" || RunsUnderWine()) << "Wine speaks the language of its host";
+}
+
+TEST_F(ClosingFailure, ACodeThatTheSystemDoesNotKnowIsShownAsANumber) {
+    records_->On(Call(1014)).Does([](const Arguments&) -> COleVariant {
+        throw _com_error(static_cast<HRESULT>(0x800A0BB9));
+    });
+    CTRecordset recordset(records_.Share());
+    EXPECT_EQ(recordset.Close(), 0);
+    EXPECT_EQ(ErrorOf(recordset), "Unknown error 0x800A0BB9");
 }
 
 TEST_F(ClosingFailure, DestructorsSurviveTheServersOwnError) {

@@ -1,3 +1,6 @@
+#include <memory>
+#include <type_traits>
+
 #include "driver/driver_fixture.h"
 #include "support/wine.h"
 #include "tkkernel/util.h"
@@ -77,6 +80,21 @@ TEST_F(DataDriver, ACopySharesTheObjectAndNothingElse) {
     EXPECT_EQ(records_->References(), 2u);
     EXPECT_EQ(ErrorOf(driver), "first");
     EXPECT_EQ(driver.PropertyCount(), 1);
+}
+
+TEST_F(DataDriver, DeletingThroughTheBaseClosesWhatIsOpen) {
+    static_assert(std::has_virtual_destructor_v<CTDataDriver>);
+    auto database = std::make_unique<CTDatabase>();
+    Open(*database);
+    std::unique_ptr<CTDataDriver> driver = std::move(database);
+    driver.reset();
+    EXPECT_THAT(journal_.Take(), ElementsAre("connection.get 18", "connection.call 5"));
+    auto recordset = std::make_unique<CTRecordset>();
+    Bind(*recordset);
+    records_->On(Get(1054)).Returns(Long(1));
+    driver = std::move(recordset);
+    driver.reset();
+    EXPECT_THAT(journal_.Take(), ElementsAre("records.get 1054", "records.call 1014"));
 }
 
 TEST_F(DataDriver, ANullObjectIsNoObject) {
@@ -304,6 +322,40 @@ TEST_F(DataDriver, WhatWasReadBeforeAFailureStays) {
     EXPECT_EQ(driver.Property("A"), "1");
     EXPECT_EQ(ErrorOf(driver), Failure("没有权限", "操作 GetPropertyValue 出现异常!"));
     EXPECT_EQ(properties->References(), 1u);
+}
+
+TEST_F(DataDriver, TheMapIsEmptiedBeforeTheFirstCall) {
+    auto properties = MakeProperties({});
+    properties->On(Get(1)).Fails("没有权限");
+    Driver driver;
+    driver.OnInitProperty(MakeProperties({{"Old", Text("0")}}).Get());
+    EXPECT_EQ(driver.OnInitProperty(properties.Get()), 0);
+    EXPECT_EQ(driver.PropertyCount(), 0);
+    EXPECT_EQ(ErrorOf(driver), Failure("没有权限", "操作 GetPropertyValue 出现异常!"));
+}
+
+TEST_F(DataDriver, APropertyThatCannotBeReadEndsTheReading) {
+    static const struct {
+        const char* label;
+        Member member;
+    } kRows[] = {{"value", Get(0)}, {"name", Get(0x60020002)}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        auto first = Make("property");
+        first->On(Get(0)).Returns(Text("1"));
+        first->On(Get(0x60020002)).Returns(Text("A"));
+        auto second = Make("property");
+        second->On(Get(0x60020002)).Returns(Text("B"));
+        second->On(row.member).Fails("不可读");
+        auto properties = Make("properties");
+        properties->On(Get(1)).Returns(Long(3));
+        properties->On(Get(0)).Returns(Object(first.Get())).Then().Returns(Object(second.Get()));
+        Driver driver;
+        EXPECT_EQ(driver.OnInitProperty(properties.Get()), 0);
+        EXPECT_EQ(driver.PropertyCount(), 1);
+        EXPECT_EQ(driver.Property("A"), "1");
+        EXPECT_EQ(ErrorOf(driver), Failure("不可读", "操作 GetPropertyValue 出现异常!"));
+    }
 }
 
 }  // namespace

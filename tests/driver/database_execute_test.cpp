@@ -1,4 +1,5 @@
 #include "driver/driver_fixture.h"
+#include "tkkernel/util.h"
 
 namespace tk::test {
 namespace {
@@ -47,6 +48,32 @@ TEST_F(DatabaseExecute, ARecordsetThatComesBackIsClosedAndGivenBack) {
     connection_->On(Call(6)).Returns(Nothing()).Returns(Object(nullptr));
     EXPECT_EQ(records_->References(), 1u);
     EXPECT_EQ(recordsets_->Created(), 0) << "the temporary wrapper keeps what it was given";
+}
+
+TEST_F(DatabaseExecute, EveryStatementMemberClosesARecordsetAlsoWhenNothingWasTold) {
+    static constexpr long (*kCalls[])(Database&) = {
+        [](Database& d) -> long { return d.ExecuteSQL("x"); },
+        [](Database& d) -> long { return d.ExecuteEx("x"); },
+        [](Database& d) -> long { return d.ExecSQL("x"); },
+    };
+    connection_->On(Call(19)).Fails("之前");
+    for (const bool told : {true, false}) {
+        for (const auto& call : kCalls) {
+            connection_->On(Call(6)) = Script();
+            connection_->On(Call(6)).Returns(Object(records_.Get()));
+            if (told) connection_->On(Call(6)).Stores(1, Long(1));
+            records_->On(Get(1054)) = Script();
+            records_->On(Get(1054)).Returns(Long(1)).Then().Returns(Long(0));
+            database_.OpenSchema(20);  // leaves a text
+            journal_.Take();
+            SetLastError(0);
+            EXPECT_EQ(call(database_), told ? 1 : 0);
+            EXPECT_THAT(journal_.Take(),
+                        ElementsAre(Executed("\"x\""), "records.get 1054", "records.call 1014", "records.get 1054"));
+            EXPECT_EQ(records_->References(), 2u);
+            EXPECT_EQ(ErrorOf(database_), told ? Failure("之前", "OpenSchema 时出错") : kNotOpened);
+        }
+    }
 }
 
 TEST_F(DatabaseExecute, AFailureWhileClosingThatRecordsetIsNoFailureOfTheStatement) {
@@ -117,6 +144,19 @@ TEST_F(DatabaseExecute, ReportsTheSystemsLastErrorWhenNothingWasTold) {
     EXPECT_THAT(ErrorOf(database_), ::testing::StartsWith("错误[0x00000005]:"));
 }
 
+TEST_F(DatabaseExecute, ReportsALastErrorThatHasNoTextAsAnEmptyText) {
+    constexpr DWORD kUnknownCode = 0x2FFFFFFF;
+    ASSERT_STREQ(LookupErrorText(kUnknownCode), "");
+    connection_->On(Call(6)) = Script();
+    connection_->On(Call(6)).Does([](const Arguments&) {
+        SetLastError(kUnknownCode);
+        return Object(nullptr);
+    });
+    EXPECT_NE(ErrorOf(database_), "");
+    EXPECT_EQ(database_.ExecuteSQL("x"), 0);
+    EXPECT_EQ(ErrorOf(database_), "");
+}
+
 TEST_F(DatabaseExecute, AFailureHasTheStatementAsItsContext) {
     connection_->On(Call(6)) = Script();
     connection_->On(Call(6)).Fails("表不存在");
@@ -181,6 +221,29 @@ TEST_F(DatabaseExecute, GetRecordsetFetchesAheadAndHandsOver) {
     EXPECT_EQ(records_->References(), 1u);
 }
 
+TEST_F(DatabaseExecute, GetRecordsetHandsOverAlsoWhenNothingWasTold) {
+    connection_->On(Call(6)) = Script();
+    connection_->On(Call(6)).Returns(Object(records_.Get()));
+    SetLastError(0);
+    const Held<IDispatch> result(database_.GetRecordset("x"));
+    EXPECT_EQ(result.Get(), records_.Get());
+    EXPECT_EQ(records_->References(), 3u);
+    EXPECT_EQ(ErrorOf(database_), kNotOpened);
+    EXPECT_THAT(journal_.Take(), ElementsAre(Executed("\"x\"", 33))) << "it stays open";
+}
+
+TEST_F(DatabaseExecute, OnExecuteHandsTheRecordsetOver) {
+    connection_->On(Call(6)).Returns(Object(records_.Get()));
+    COleVariant told;
+    {
+        const Held<IDispatch> result(database_.OnExecute("x", &told, 1));
+        EXPECT_EQ(result.Get(), records_.Get());
+        EXPECT_EQ(records_->References(), 3u);
+    }
+    EXPECT_EQ(records_->References(), 2u);
+    EXPECT_THAT(journal_.Take(), ElementsAre(Executed("\"x\"", 1)));
+}
+
 TEST_F(DatabaseExecute, OnExecuteFillsTheCallersCountAndLetsFailuresPass) {
     COleVariant told = Text("old");
     EXPECT_EQ(database_.OnExecute("x", &told, 1), nullptr);
@@ -221,6 +284,37 @@ TEST_F(DatabaseExecute, ExecuteCommandStopsAtTheFirstFailure) {
     EXPECT_EQ(database_.ExecuteCommand("exec p"), 0);
     EXPECT_THAT(journal_.Take(), ElementsAre("connection.get 18", "connection.putref 1 (DISPATCH connection)"));
     EXPECT_THAT(ErrorOf(database_), ::testing::EndsWith("\r\nexec p"));
+}
+
+TEST_F(DatabaseExecute, ExecuteCommandStopsAtAFailureOfAnyStep) {
+    static const struct {
+        const char* label;
+        Member member;
+        std::size_t calls;
+    } kRows[] = {{"state", Get(18), 1}, {"text", Put(2), 3}, {"execution", Call(5), 5}};
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        connection_->On(row.member).Fails("断开");
+        EXPECT_EQ(database_.ExecuteCommand(row.label), 0);
+        EXPECT_EQ(journal_.Take().size(), row.calls);
+        EXPECT_EQ(ErrorOf(database_), Failure("断开", row.label));
+        connection_->On(row.member) = Script();
+        connection_->On(Get(18)).Returns(Long(1));
+    }
+}
+
+TEST_F(DatabaseExecute, OnExecuteOfANumberLetsFailuresPass) {
+    connection_->On(Call(5)).Fails("不允许");
+    const std::string before = ErrorOf(database_);
+    try {
+        database_.OnExecute(129);
+        ADD_FAILURE() << "no exception";
+    } catch (COleDispatchException* e) {
+        EXPECT_STREQ(e->m_strDescription, "不允许");
+        e->Delete();
+    }
+    EXPECT_EQ(ErrorOf(database_), before);
+    connection_->On(Call(5)) = Script();
 }
 
 TEST_F(DatabaseExecute, OnExecuteOfANumberCallsMemberFive) {

@@ -66,6 +66,7 @@ TEST_F(DatabaseMembers, HandBackWhatTheConnectionAnswers) {
     connection_->On(Get(13)).Returns(Long(-1));
     connection_->On(Get(16)).Returns(Short(3));
     connection_->On(Call(7)).Returns(Long(2));
+    connection_->On(Get(17)).Returns(Text("MSDASQL"));
     connection_->On(Get(12)).Returns(Text(nullptr));
     connection_->On(Get(11)).Returns(Object(nullptr));
     EXPECT_STREQ(database.GetConnectionString(), "DSN=库");
@@ -73,20 +74,58 @@ TEST_F(DatabaseMembers, HandBackWhatTheConnectionAnswers) {
     EXPECT_EQ(database.GetIsolationLevel(), -1);
     EXPECT_EQ(database.GetMode(), 3) << "a 16-bit answer becomes a long";
     EXPECT_EQ(database.BeginTrans(), 2);
+    EXPECT_STREQ(database.GetProvider(), "MSDASQL");
     EXPECT_STREQ(database.GetDefaultDatabase(), "");
     EXPECT_EQ(database.GetErrors(), nullptr) << "a null object is an answer";
+}
+
+TEST_F(DatabaseMembers, HandBackTheNumberOfEachProperty) {
+    static const struct {
+        const char* label;
+        long id;
+        long (*get)(CTDatabase&);
+        long number;
+    } kRows[] = {
+        {"GetCommandTimeout", 2, [](CTDatabase& d) { return d.GetCommandTimeout(); }, 60},
+        {"GetConnectionTimeout", 3, [](CTDatabase& d) { return d.GetConnectionTimeout(); }, 5},
+        {"GetAttributes", 14, [](CTDatabase& d) { return d.GetAttributes(); }, 131072},
+        {"GetCursorLocation", 15, [](CTDatabase& d) { return d.GetCursorLocation(); }, 2},
+        {"GetState", 18, [](CTDatabase& d) { return d.GetState(); }, 9},
+    };
+    CTDatabase database;
+    Open(database);
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        connection_->On(Get(row.id)).Returns(Long(row.number));
+        EXPECT_EQ(row.get(database), row.number);
+    }
+}
+
+TEST_F(DatabaseMembers, GetErrorsHandsTheCollectionOver) {
+    auto errors = Make("errors");
+    CTDatabase database;
+    Open(database);
+    connection_->On(Get(11)).Returns(Object(errors.Get()));
+    const Held<IDispatch> result(database.GetErrors());
+    EXPECT_EQ(result.Get(), errors.Get());
+    EXPECT_EQ(errors->References(), 3u);
 }
 
 TEST_F(DatabaseMembers, LetFailuresPass) {
     CTDatabase database;
     Open(database);
-    for (const long id : {7L, 8L, 9L, 21L})
-        connection_->On(Call(id)).Fails("没有事务");
+    for (const Member member : {Call(7), Call(8), Call(9), Call(21), Get(0), Get(11), Get(18), Put(16), PutRef(1)})
+        connection_->On(member).Fails("没有事务");
     static constexpr void (*kCalls[])(CTDatabase&) = {
         [](CTDatabase& d) { d.BeginTrans(); },
         [](CTDatabase& d) { d.CommitTrans(); },
         [](CTDatabase& d) { d.RollbackTrans(); },
         [](CTDatabase& d) { d.Cancel(); },
+        [](CTDatabase& d) { d.GetConnectionString(); },
+        [](CTDatabase& d) { d.GetErrors(); },
+        [](CTDatabase& d) { d.GetState(); },
+        [](CTDatabase& d) { d.SetMode(1); },
+        [](CTDatabase& d) { d.SetRefActiveConnection(d.GetDispatch()); },
     };
     const std::string before = ErrorOf(database);
     for (const auto& call : kCalls) {

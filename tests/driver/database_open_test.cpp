@@ -156,6 +156,26 @@ TEST_F(DatabaseOpen, AFailureBehindTheOpenFailsTheOpen) {
     EXPECT_EQ(ErrorOf(database), Failure("没有属性", "打开数据库失败"));
 }
 
+TEST_F(DatabaseOpen, AFailureOfTheStateBehindTheOpenFailsTheOpen) {
+    Announce();
+    connection_->On(Get(18)).Fails("断开");
+    CTDatabase database;
+    EXPECT_EQ(database.Open("x"), 0);
+    EXPECT_EQ(ErrorOf(database), Failure("断开", "打开数据库失败"));
+    EXPECT_EQ(journal_.Take(), FirstOpening("BSTR \"x\", BSTR null, BSTR null, I4 -1"));
+}
+
+TEST_F(DatabaseOpen, TheNextOpenReplacesPropertiesAndTag) {
+    Database database;
+    Open(database, {{"A", Text("1")}, {"DBMS Name", Text("DB2")}});
+    EXPECT_EQ(database.Tag(), "DB2");
+    connection_->On(Get(500)).Returns(Object(MakeProperties({{"B", Text("2")}, {"DBMS Name", Text("ORACLE")}}).Get()));
+    EXPECT_EQ(database.Open("x"), 1);
+    EXPECT_STREQ(database.GetPropertyValue("A"), "");
+    EXPECT_STREQ(database.GetPropertyValue("B"), "2");
+    EXPECT_EQ(database.Tag(), "ORA");
+}
+
 TEST_F(DatabaseOpen, PropertiesThatCannotBeReadAreNoFailureOfTheOpen) {
     Announce();
     auto properties = MakeProperties({});
@@ -225,6 +245,15 @@ TEST_F(DatabaseOpen, AFailingCloseLeavesItsReason) {
     EXPECT_EQ(ErrorOf(database), Failure("事务未结束", "数据库没有打开或打开失败,无法关闭!"));
 }
 
+TEST_F(DatabaseOpen, CloseBearsAStateThatCannotBeRead) {
+    CTDatabase database;
+    Open(database);
+    connection_->On(Get(18)).Fails("断开");
+    database.Close();
+    EXPECT_EQ(ErrorOf(database), Failure("断开", "数据库没有打开或打开失败,无法关闭!"));
+    EXPECT_THAT(journal_.Take(), ElementsAre("connection.get 18"));
+}
+
 TEST_F(DatabaseOpen, TheDestructorClosesAndReleasesAlsoWhenClosingFails) {
     {
         CTDatabase database;
@@ -268,6 +297,16 @@ TEST_F(DatabaseOpen, OpeningACopyAppliesTheDefaultsToTheSharedObject) {
     EXPECT_EQ(copy.Open("x"), 1);
     EXPECT_EQ(connections_->Created(), 1);
     EXPECT_EQ(journal_.Take().front(), "connection.put 15 (I4 3)");
+}
+
+TEST_F(DatabaseOpen, OpeningACopyGivesItTheTagOfTheConnection) {
+    Database database;
+    Open(database);
+    Database copy(database);
+    EXPECT_EQ(copy.Tag(), "Mic");
+    connection_->On(Get(500)).Returns(Object(MakeProperties({{"DBMS Name", Text("ORACLE")}}).Get()));
+    EXPECT_EQ(copy.Open("x"), 1);
+    EXPECT_EQ(copy.Tag(), "ORA");
 }
 
 TEST_F(DatabaseOpen, AnUnopenedCopyOfAnUnopenedDatabaseIsHarmless) {

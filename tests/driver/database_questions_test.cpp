@@ -66,6 +66,21 @@ TEST_F(DatabaseQuestions, AClosedConnectionAnswersNothingAndForgetsNothing) {
     EXPECT_STREQ(database.GetUser(), "sa");
 }
 
+TEST_F(DatabaseQuestions, AStateThatCannotBeReadReachesTheCaller) {
+    CTDatabase database;
+    Open(database, {{"User ID", Text("sa")}});
+    const std::string before = ErrorOf(database);
+    connection_->On(Get(18)).Fails("断开");
+    try {
+        database.GetPropertyValue("User ID");
+        ADD_FAILURE() << "no exception";
+    } catch (COleDispatchException* e) {
+        EXPECT_STREQ(e->m_strDescription, "断开");
+        e->Delete();
+    }
+    EXPECT_EQ(ErrorOf(database), before);
+}
+
 TEST_F(DatabaseQuestions, AnUnopenedDatabaseAnswersNothing) {
     CTDatabase database;
     EXPECT_STREQ(database.GetUser(), "");

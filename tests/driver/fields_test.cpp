@@ -15,8 +15,46 @@ void Clear(VARIANT value) {
     VariantClear(&value);
 }
 
+template <typename Wrapper>
+struct Failing {
+    const char* label;
+    Member member;
+    void (*call)(Wrapper&);
+};
+
+/// A holder with a reference of its own.
+template <typename Wrapper>
+Wrapper Share(ScriptedObject& object) {
+    object.AddRef();
+    return Wrapper(&object);
+}
+
+COleVariant Owned(VARIANT value) {
+    COleVariant owner;
+    owner.Attach(value);
+    return owner;
+}
+
 class Wrappers : public DriverTest {
 protected:
+    /// Lets each row's member fail on a new object, and expects the object's own exception.
+    template <typename Wrapper, std::size_t count>
+    void ExpectFailuresPass(const Failing<Wrapper> (&rows)[count]) {
+        for (const auto& row : rows) {
+            SCOPED_TRACE(row.label);
+            auto object = Make("o");
+            object->On(row.member).Fails("没有权限");
+            Wrapper wrapper(object.Share());
+            try {
+                row.call(wrapper);
+                ADD_FAILURE() << "no exception";
+            } catch (COleDispatchException* e) {
+                EXPECT_STREQ(e->m_strDescription, "没有权限");
+                e->Delete();
+            }
+        }
+    }
+
     /// Calls each row's member on a new object, and compares the one line it writes.
     template <typename Wrapper, std::size_t count>
     void ExpectLines(const Row<Wrapper> (&rows)[count]) {
@@ -118,6 +156,70 @@ TEST_F(Wrappers, HandBackWhatTheObjectAnswers) {
     EXPECT_EQ(Describe(field.GetValue()), "R8 1.5");
 }
 
+TEST_F(Wrappers, HandBackTheNumberOfEachProperty) {
+    static const struct {
+        const char* label;
+        long id;
+        long (*get)(ScriptedObject&);
+        long number;
+    } kRows[] = {
+        {"field, actual size", 1109, [](ScriptedObject& o) { return Share<CTField>(o).GetActualSize(); }, 70000},
+        {"field, attributes", 1114, [](ScriptedObject& o) { return Share<CTField>(o).GetAttributes(); }, 0x66},
+        {"field, status", 1116, [](ScriptedObject& o) { return Share<CTField>(o).GetStatus(); }, 131072},
+        {"field, scale", 1113, [](ScriptedObject& o) { return Share<CTField>(o).GetNumericScale(); }, 4},
+        {"fields, count", 1, [](ScriptedObject& o) { return Share<CTFields>(o).GetCount(); }, 12},
+        {"properties, count", 1, [](ScriptedObject& o) { return Share<CTProperties>(o).GetCount(); }, 89},
+        {"property, type", 0x60020003, [](ScriptedObject& o) { return Share<CTProperty>(o).GetType(); }, 8},
+        {"property, attributes", 0x60020004, [](ScriptedObject& o) { return Share<CTProperty>(o).GetAttributes(); },
+         1537},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        auto object = Make("o");
+        object->On(Get(row.id)).Returns(Long(row.number));
+        EXPECT_EQ(row.get(*object.Get()), row.number);
+    }
+}
+
+TEST_F(Wrappers, HandBackTheValueOfEachProperty) {
+    auto object = Make("o");
+    object->On(Get(0)).Returns(Text("值"));
+    object->On(Call(1108)).Returns(Text("块"));
+    object->On(Get(1104)).Returns(Long(1));
+    object->On(Get(1105)).Returns(Null());
+    object->On(Get(0x60020002)).Returns(Text("名称"));
+    CTField field(object.Share());
+    EXPECT_EQ(Describe(Owned(field.GetValue())), "BSTR \"值\"");
+    EXPECT_EQ(Describe(Owned(field.GetChunk(2))), "BSTR \"块\"");
+    EXPECT_EQ(Describe(Owned(field.GetOriginalValue())), "I4 1");
+    EXPECT_EQ(Describe(Owned(field.GetUnderlyingValue())), "NULL");
+    CTProperty property(object.Share());
+    EXPECT_EQ(Describe(Owned(property.GetValue())), "BSTR \"值\"");
+    EXPECT_STREQ(property.GetName(), "名称");
+}
+
+TEST_F(Wrappers, GetDataFormatHandsTheObjectOver) {
+    auto object = Make("o");
+    auto format = Make("format");
+    object->On(Get(1115)).Returns(Unknown(format.Get()));
+    CTField field(object.Share());
+    {
+        const Held<IUnknown> result(field.GetDataFormat());
+        EXPECT_EQ(result.Get(), format.Get());
+        EXPECT_EQ(format->References(), 3u);
+    }
+    EXPECT_EQ(format->References(), 2u);
+}
+
+TEST_F(Wrappers, PropertiesTakeAnIndexOfEitherWidth) {
+    auto properties = MakeProperties({{"A", Text("1")}, {"B", Text("2")}});
+    CTProperties holder(properties.Share());
+    EXPECT_STREQ(holder.GetItem(Long(1)).GetName(), "B");
+    EXPECT_STREQ(holder.GetItem(Short(0)).GetName(), "A");
+    EXPECT_THAT(journal_.Take(), ElementsAre("properties.get 0 (I4 1)", "property.get 1610743810",
+                                             "properties.get 0 (I2 0)", "property.get 1610743810"));
+}
+
 TEST_F(Wrappers, SetRefDataFormatSendsTheObject) {
     auto object = Make("o");
     auto format = Make("format");
@@ -127,21 +229,40 @@ TEST_F(Wrappers, SetRefDataFormatSendsTheObject) {
     EXPECT_EQ(format->References(), 1u);
 }
 
-TEST_F(Wrappers, CopiesShareAndBalanceTheReference) {
-    auto object = Make("o");
-    {
-        CTField field(object.Share());
-        CTField copy(field);
-        EXPECT_EQ(object->References(), 3u);
-        CTField assigned;
-        assigned = copy;
-        EXPECT_EQ(object->References(), 4u);
-        assigned = assigned;
-        EXPECT_EQ(object->References(), 4u);
-        assigned = CTField();
-        EXPECT_EQ(object->References(), 3u);
+TEST_F(Wrappers, HandedOutObjectsAreHeldAndReleased) {
+    static const struct {
+        const char* label;
+        long id;
+        void (*expect)(ScriptedObject&, ScriptedObject&);
+    } kRows[] = {
+        {"field, properties", 500,
+         [](ScriptedObject& o, ScriptedObject& child) {
+             const CTProperties held = Share<CTField>(o).GetProperties();
+             EXPECT_EQ(held.m_lpDispatch, &child);
+             EXPECT_EQ(child.References(), 3u);
+         }},
+        {"fields, item", 0,
+         [](ScriptedObject& o, ScriptedObject& child) {
+             const CTField held = Share<CTFields>(o).GetItem(Long(0));
+             EXPECT_EQ(held.m_lpDispatch, &child);
+             EXPECT_EQ(child.References(), 3u);
+         }},
+        {"properties, item", 0,
+         [](ScriptedObject& o, ScriptedObject& child) {
+             const CTProperty held = Share<CTProperties>(o).GetItem(Long(0));
+             EXPECT_EQ(held.m_lpDispatch, &child);
+             EXPECT_EQ(child.References(), 3u);
+         }},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        auto object = Make("o");
+        auto child = Make("child");
+        object->On(Get(row.id)).Returns(Object(child.Get()));
+        row.expect(*object.Get(), *child.Get());
+        EXPECT_EQ(child->References(), 2u) << "the script and this test";
+        EXPECT_EQ(object->References(), 1u);
     }
-    EXPECT_EQ(object->References(), 1u);
 }
 
 TEST_F(Wrappers, HandedOutItemsAreOwnedByTheirHolder) {
@@ -176,6 +297,44 @@ TEST_F(Wrappers, FailuresReachTheCaller) {
     }
 }
 
+TEST_F(Wrappers, FailuresOfEveryKindOfCallReachTheCaller) {
+    static const Failing<CTField> kField[] = {
+        {"SetValue", Put(0), [](CTField& f) { f.SetValue(Long(1)); }},
+        {"SetType", Put(1102), [](CTField& f) { f.SetType(3); }},
+        {"SetRefDataFormat", PutRef(1115), [](CTField& f) { f.SetRefDataFormat(nullptr); }},
+        {"AppendChunk", Call(1107), [](CTField& f) { f.AppendChunk(Long(1)); }},
+        {"GetChunk", Call(1108), [](CTField& f) { f.GetChunk(1); }},
+        {"GetProperties", Get(500), [](CTField& f) { f.GetProperties(); }},
+    };
+    static const Failing<CTFields> kFields[] = {
+        {"GetCount", Get(1), [](CTFields& f) { f.GetCount(); }},
+        {"GetItem", Get(0), [](CTFields& f) { f.GetItem(Long(0)); }},
+        {"Refresh", Call(2), [](CTFields& f) { f.Refresh(); }},
+        {"Append", Call(3), [](CTFields& f) { f.Append("A", 3, 0, 0); }},
+        {"Append with a value", Call(3), [](CTFields& f) { f.Append("A", 3, 0, 0, Long(1)); }},
+        {"Delete", Call(4), [](CTFields& f) { f.Delete(Long(0)); }},
+        {"Update", Call(5), [](CTFields& f) { f.Update(); }},
+        {"Resync", Call(6), [](CTFields& f) { f.Resync(2); }},
+        {"CancelUpdate", Call(7), [](CTFields& f) { f.CancelUpdate(); }},
+    };
+    static const Failing<CTProperty> kProperty[] = {
+        {"GetValue", Get(0), [](CTProperty& p) { p.GetValue(); }},
+        {"SetValue", Put(0), [](CTProperty& p) { p.SetValue(Long(1)); }},
+        {"GetName", Get(0x60020002), [](CTProperty& p) { p.GetName(); }},
+        {"GetType", Get(0x60020003), [](CTProperty& p) { p.GetType(); }},
+        {"GetAttributes", Get(0x60020004), [](CTProperty& p) { p.GetAttributes(); }},
+        {"SetAttributes", Put(0x60020004), [](CTProperty& p) { p.SetAttributes(1); }},
+    };
+    static const Failing<CTProperties> kProperties[] = {
+        {"GetCount", Get(1), [](CTProperties& p) { p.GetCount(); }},
+        {"GetItem", Get(0), [](CTProperties& p) { p.GetItem(Long(0)); }},
+    };
+    ExpectFailuresPass(kField);
+    ExpectFailuresPass(kFields);
+    ExpectFailuresPass(kProperty);
+    ExpectFailuresPass(kProperties);
+}
+
 TEST_F(Wrappers, AnEmptyHolderRaises) {
     CTField field;
     CTProperties properties;
@@ -203,6 +362,25 @@ TEST_F(Wrappers, GetNamesAppendsAndCountsAgainAfterEveryItem) {
                                              "fields.get 0 (I2 1)", "field.get 1100", "fields.get 1"));
 }
 
+TEST_F(Wrappers, GetNamesKeepsWhatCameBeforeAFailure) {
+    auto field = Make("field");
+    field->On(Get(1100)).Returns(Text("ID"));
+    auto fields = Make("fields");
+    fields->On(Get(1)).Returns(Long(2));
+    fields->On(Get(0)).Returns(Object(field.Get())).Then().Fails("断开");
+    CTFields holder(fields.Share());
+    CStringArray names;
+    try {
+        holder.GetNames(names);
+        ADD_FAILURE() << "no exception";
+    } catch (COleDispatchException* e) {
+        EXPECT_STREQ(e->m_strDescription, "断开");
+        e->Delete();
+    }
+    ASSERT_EQ(names.GetSize(), 1);
+    EXPECT_STREQ(names.GetAt(0), "ID");
+}
+
 TEST_F(Wrappers, GetNamesOfNoFieldsLeavesTheArray) {
     CTFields holder(MakeFields({}).Detach());
     CStringArray names;
@@ -210,6 +388,39 @@ TEST_F(Wrappers, GetNamesOfNoFieldsLeavesTheArray) {
     holder.GetNames(names);
     ASSERT_EQ(names.GetSize(), 1);
     EXPECT_THAT(journal_.Take(), ElementsAre("fields.get 1"));
+}
+
+// ---- the reference of each holder ------------------------------------------------------------------------------
+
+template <typename Wrapper>
+class WrapperReference : public DriverTest {};
+
+using EveryWrapper = ::testing::Types<CTField, CTFields, CTProperty, CTProperties>;
+TYPED_TEST_SUITE(WrapperReference, EveryWrapper);
+
+TYPED_TEST(WrapperReference, IsTakenOverSharedByCopiesAndReleased) {
+    auto object = this->Make("o");
+    auto other = this->Make("other");
+    {
+        TypeParam holder(object.Share());
+        EXPECT_EQ(holder.m_lpDispatch, object.Get());
+        EXPECT_EQ(object->References(), 2u) << "the constructor takes the reference over";
+        TypeParam copy(holder);
+        EXPECT_EQ(copy.m_lpDispatch, object.Get());
+        EXPECT_EQ(object->References(), 3u);
+        TypeParam assigned(other.Share());
+        assigned = copy;
+        EXPECT_EQ(assigned.m_lpDispatch, object.Get());
+        EXPECT_EQ(object->References(), 4u);
+        EXPECT_EQ(other->References(), 1u) << "what it held before is released";
+        assigned = *&assigned;  // to itself, without a warning
+        EXPECT_EQ(object->References(), 4u);
+        assigned = TypeParam();
+        EXPECT_EQ(assigned.m_lpDispatch, nullptr);
+        EXPECT_EQ(object->References(), 3u);
+    }
+    EXPECT_EQ(object->References(), 1u);
+    EXPECT_THAT(this->journal_.Lines(), IsEmpty());
 }
 
 }  // namespace

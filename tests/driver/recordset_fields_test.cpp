@@ -63,6 +63,18 @@ TEST_F(RecordsetFields, FieldMembersGoThroughTheCollection) {
     EXPECT_THAT(journal_.Take(), ElementsAre("records.get 0", "fields.get 0 (BSTR \"ID\")", "field.get 1102"));
 }
 
+TEST_F(RecordsetFields, GetFieldTypeTakesANameOrANumber) {
+    auto field = Make("field");
+    field->On(Get(1102)).Returns(Long(202));
+    auto fields = Make("fields");
+    fields->On(Get(0)).Returns(Object(field.Get()));
+    records_->On(Get(0)).Returns(Object(fields.Get()));
+    EXPECT_EQ(recordset_.GetFieldType(Text("ID")), 202);
+    EXPECT_EQ(journal_.Take().at(1), "fields.get 0 (BSTR \"ID\")");
+    EXPECT_EQ(recordset_.GetFieldType(Long(0)), 202);
+    EXPECT_EQ(journal_.Take().at(1), "fields.get 0 (I4 0)");
+}
+
 TEST_F(RecordsetFields, GetPropertyHandsOverTheCollection) {
     auto properties = MakeProperties({});
     records_->On(Get(500)).Returns(Object(properties.Get()));
@@ -87,6 +99,41 @@ TEST_F(RecordsetFields, GetPropertyValueNeedsAnOpenRecordset) {
     EXPECT_EQ(ErrorOf(recordset_), Failure("没有属性", "操作 GetPropertyValue 出现异常!"));
     EXPECT_STREQ(recordset_.GetPropertyValue(nullptr), "");
     records_->On(Get(1054)) = Script();
+}
+
+TEST_F(RecordsetFields, GetPropertyValueAnswersInNoStateButOpen) {
+    records_->On(Get(500)).Returns(Object(MakeProperties({{"A", Long(2)}}).Get()));
+    const std::string before = ErrorOf(recordset_);
+    for (const long state : {0L, 2L, 4L, 8L, 9L}) {
+        records_->On(Get(1054)).Returns(Long(state));
+        EXPECT_STREQ(recordset_.GetPropertyValue("A"), "") << state;
+        EXPECT_THAT(journal_.Take(), ElementsAre("records.get 1054")) << state;
+    }
+    EXPECT_EQ(ErrorOf(recordset_), before);
+}
+
+TEST_F(RecordsetFields, AFailureAtEveryStepOfAPropertyIsCaught) {
+    auto property = Make("property");
+    auto properties = Make("properties");
+    properties->On(Get(0)).Returns(Object(property.Get()));
+    records_->On(Get(500)).Returns(Object(properties.Get()));
+    records_->On(Get(1054)).Returns(Long(1));
+    const struct {
+        const char* label;
+        ScriptedObject& object;
+        Member member;
+    } kRows[] = {
+        {"value", *property.Get(), Get(0)},
+        {"item", *properties.Get(), Get(0)},
+        {"collection", *records_.Get(), Get(500)},
+        {"state", *records_.Get(), Get(1054)},
+    };
+    for (const auto& row : kRows) {  // each before the step that failed last
+        SCOPED_TRACE(row.label);
+        row.object.On(row.member).Fails(row.label);
+        EXPECT_STREQ(recordset_.GetPropertyValue("A"), "");
+        EXPECT_EQ(ErrorOf(recordset_), Failure(row.label, "操作 GetPropertyValue 出现异常!"));
+    }
 }
 
 // ---- lists of names ----------------------------------------------------------------------------------------------
@@ -141,6 +188,46 @@ TEST_F(RecordsetFields, AFailureInTheMiddleOfANameListGivesZero) {
     EXPECT_EQ(recordset_.GetFieldNames(names), 0);
     EXPECT_EQ(names.GetSize(), 1) << "what was appended stays";
     EXPECT_EQ(ErrorOf(recordset_), Failure("断开", "操作 GetAllFieldNames 时出现异常!"));
+}
+
+TEST_F(RecordsetFields, AFailureBeforeTheFirstNameOfARowsetGivesZero) {
+    for (const Member member : {Call(1020), Get(1006)}) {
+        SCOPED_TRACE(member.id);
+        records_->On(member).Fails("断开");
+        CStringArray names;
+        names.Add("before");
+        EXPECT_EQ(recordset_.GetFieldNames(names), 0);
+        EXPECT_EQ(names.GetSize(), 1);
+        EXPECT_EQ(ErrorOf(recordset_), Failure("断开", "操作 GetAllFieldNames 时出现异常!"));
+        recordset_.Close();  // empties the text
+    }
+}
+
+TEST_F(RecordsetFields, AFailureInTheMiddleOfAllNamesGivesZero) {
+    auto first = Make("field");
+    first->On(Get(1100)).Returns(Text("ID"));
+    auto second = Make("field");
+    second->On(Get(1100)).Fails("断开");
+    auto fields = Make("fields");
+    fields->On(Get(1)).Returns(Long(2));
+    fields->On(Get(0)).Does(
+        [&](const Arguments& arguments) { return Object(V_I4(arguments.at(0)) == 0 ? first.Get() : second.Get()); });
+    records_->On(Get(0)).Returns(Object(fields.Get()));
+    CStringArray names;
+    EXPECT_EQ(recordset_.GetAllFieldNames(names), 0);
+    EXPECT_EQ(ErrorOf(recordset_), Failure("断开", "操作 GetAllFieldNames 时出现异常!"));
+    recordset_.Close();  // empties the text
+    CString text;
+    EXPECT_EQ(recordset_.GetAllFieldNames(text), 0);
+    EXPECT_EQ(ErrorOf(recordset_), Failure("断开", "操作 GetAllFieldNames 时出现异常!"));
+}
+
+TEST_F(RecordsetFields, GetAllFieldNamesOfNoFieldsEmptiesTheArray) {
+    Show({});
+    CStringArray names;
+    names.Add("before");
+    EXPECT_EQ(recordset_.GetAllFieldNames(names), 0);
+    EXPECT_EQ(names.GetSize(), 0);
 }
 
 TEST_F(RecordsetFields, GetAllFieldNamesReplacesTheArray) {

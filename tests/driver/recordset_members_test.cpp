@@ -136,6 +136,108 @@ TEST_F(RecordsetMembers, HandBackWhatTheRecordsetAnswers) {
     EXPECT_EQ(Describe(source), "BSTR \"rows\"");
 }
 
+TEST_F(RecordsetMembers, HandBackTheNumberOfEachProperty) {
+    static const struct {
+        const char* label;
+        long id;
+        long (*get)(CTRecordset&);
+        long number;
+    } kRows[] = {
+        {"GetCacheSize", 1004, [](CTRecordset& r) { return r.GetCacheSize(); }, 1000},
+        {"GetCursorType", 1005, [](CTRecordset& r) { return r.GetCursorType(); }, -1},
+        {"GetLockType", 1008, [](CTRecordset& r) { return r.GetLockType(); }, 4},
+        {"GetMaxRecords", 1009, [](CTRecordset& r) { return r.GetMaxRecords(); }, 50},
+        {"GetEditMode", 1026, [](CTRecordset& r) { return r.GetEditMode(); }, 2},
+        {"GetStatus", 1029, [](CTRecordset& r) { return r.GetStatus(); }, 262144},
+        {"GetAbsolutePage", 1047, [](CTRecordset& r) { return r.GetAbsolutePage(); }, -2},
+        {"GetPageSize", 1048, [](CTRecordset& r) { return r.GetPageSize(); }, 20},
+        {"GetPageCount", 1050, [](CTRecordset& r) { return r.GetPageCount(); }, 7},
+        {"GetCursorLocation", 1051, [](CTRecordset& r) { return r.GetCursorLocation(); }, 3},
+        {"GetMarshalOptions", 1053, [](CTRecordset& r) { return r.GetMarshalOptions(); }, 1},
+        {"GetState", 1054, [](CTRecordset& r) { return r.GetState(); }, 9},
+    };
+    CTRecordset recordset;
+    Bind(recordset);
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        records_->On(Get(row.id)).Returns(Long(row.number));
+        EXPECT_EQ(row.get(recordset), row.number);
+    }
+}
+
+TEST_F(RecordsetMembers, HandBackTheTextOfEachProperty) {
+    CTRecordset recordset;
+    Bind(recordset);
+    records_->On(Get(1064)).Returns(Text("成员"));
+    records_->On(Get(1067)).Returns(Text("索引"));
+    records_->On(Get(1001)).Returns(Text("DSN=库"));
+    EXPECT_STREQ(recordset.GetDataMember(), "成员");
+    EXPECT_STREQ(recordset.GetIndex(), "索引");
+    COleVariant connection;
+    VARIANT value = recordset.GetActiveConnection();
+    connection.Attach(value);
+    EXPECT_EQ(Describe(connection), "BSTR \"DSN=库\"");
+}
+
+TEST_F(RecordsetMembers, AFlagIsTrueInWhateverNumberItComes) {
+    static const struct {
+        const char* label;
+        Member member;
+        int (*get)(CTRecordset&);
+    } kFlags[] = {
+        {"GetBof", Get(1002), [](CTRecordset& r) { return r.GetBof(); }},
+        {"GetEof", Get(1006), [](CTRecordset& r) { return r.GetEof(); }},
+        {"GetStayInSync", Get(1063), [](CTRecordset& r) { return r.GetStayInSync(); }},
+        {"Supports", Call(1036), [](CTRecordset& r) { return r.Supports(8192); }},
+    };
+    static const struct {
+        COleVariant answer;
+        bool isTrue;
+    } kRows[] = {{Flag(true), true}, {Flag(false), false}, {Short(-1), true},
+                 {Short(0), false},  {Long(-1), true},     {Long(0), false}};
+    CTRecordset recordset;
+    Bind(recordset);
+    for (const auto& flag : kFlags) {
+        for (const auto& row : kRows) {
+            SCOPED_TRACE(flag.label + (" " + Describe(row.answer)));
+            records_->On(flag.member).Returns(row.answer);
+            EXPECT_EQ(flag.get(recordset) != 0, row.isTrue);
+        }
+    }
+}
+
+TEST_F(RecordsetMembers, ObjectsAreHandedOverToTheCaller) {
+    auto child = Make("child");
+    CTRecordset recordset;
+    Bind(recordset);
+    for (const long id : {0L, 500L, 1061L})
+        records_->On(Get(id)).Returns(Object(child.Get()));
+    records_->On(Get(1056)).Returns(Unknown(child.Get()));
+    {
+        const Held<IUnknown> source(recordset.GetDataSource());
+        EXPECT_EQ(source.Get(), child.Get());
+        const Held<IDispatch> command(recordset.GetActiveCommand());
+        EXPECT_EQ(command.Get(), child.Get());
+        const CTProperties properties = recordset.GetProperties();
+        EXPECT_EQ(properties.m_lpDispatch, child.Get());
+        const CTFields fields = recordset.GetFields();
+        EXPECT_EQ(fields.m_lpDispatch, child.Get());
+        EXPECT_EQ(child->References(), 9u) << "four scripts, this test and the four callers above";
+    }
+    EXPECT_EQ(child->References(), 5u);
+}
+
+TEST_F(RecordsetMembers, ObjectsAreSentWithoutKeepingAReference) {
+    auto child = Make("child");
+    CTRecordset recordset;
+    Bind(recordset);
+    recordset.SetRefSource(child.Get());
+    recordset.SetActiveConnection(Object(child.Get()));
+    EXPECT_THAT(journal_.Take(),
+                ElementsAre("records.putref 1011 (DISPATCH child)", "records.put 1001 (DISPATCH child)"));
+    EXPECT_EQ(child->References(), 1u);
+}
+
 TEST_F(RecordsetMembers, NextRecordsetAndCloneHandOutWhatTheRecordsetGives) {
     auto next = Make("next");
     CTRecordset recordset;

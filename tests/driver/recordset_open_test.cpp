@@ -106,6 +106,15 @@ TEST_F(RecordsetOpen, ACopySharesTheObjectAndIsNotBound) {
     EXPECT_EQ(recordsets_->Created(), 1);
 }
 
+TEST_F(RecordsetOpen, DestroyingACopyClosesWhatBothUse) {
+    Recordset recordset;
+    Bind(recordset);
+    records_->On(Get(1054)).Returns(Long(1)).Then().Returns(Long(0));
+    { Recordset copy(recordset); }
+    EXPECT_THAT(journal_.Take(), ElementsAre("records.get 1054", "records.call 1014"));
+    EXPECT_EQ(records_->References(), 2u);
+}
+
 TEST_F(RecordsetOpen, ACopyOfAnEmptyOneCreatesItsOwn) {
     Recordset recordset;
     recordsets_->Give(records_.Get());
@@ -173,6 +182,15 @@ TEST_F(RecordsetOpen, OpenDatabaseKeepsAGivenTagWhole) {
     EXPECT_EQ(recordsets_->Created(), 1);
 }
 
+TEST_F(RecordsetOpen, OpenDatabaseReplacesTheTagThatAnObjectCameWith) {
+    CTDatabase database;
+    Open(database, {{"DBMS Name", Text("ORACLE")}});
+    CTRecordset recordset(static_cast<IDispatch*>(records_.Share()));
+    EXPECT_STREQ(recordset.GetDBMS(), "Mic");
+    EXPECT_EQ(recordset.OpenDatabase(&database), 1);
+    EXPECT_STREQ(recordset.GetDBMS(), "ORA");
+}
+
 TEST_F(RecordsetOpen, OpenDatabaseWithoutATagAsksTheConnection) {
     for (const char* dbms : {static_cast<const char*>(nullptr), ""}) {
         auto connection = Make("connection");
@@ -185,6 +203,7 @@ TEST_F(RecordsetOpen, OpenDatabaseWithoutATagAsksTheConnection) {
         Recordset recordset;
         EXPECT_EQ(recordset.OpenDatabase("DSN=stock", dbms), 1);
         EXPECT_STREQ(recordset.GetDBMS(), "DB2");
+        EXPECT_EQ(ErrorOf(recordset), kCreated);
         const Lines lines = journal_.Take();
         EXPECT_EQ(lines[3], "connection.call 10 (BSTR \"DSN=stock\", BSTR null, BSTR null, I4 -1)");
         // string, tag, then the temporary connection is closed, once more by its destructor
@@ -317,6 +336,19 @@ TEST_F(RecordsetOpen, ClosesAnOpenRecordsetFirst) {
     EXPECT_EQ(ErrorOf(recordset), kOpened);
 }
 
+TEST_F(RecordsetOpen, OpensAlsoWhenTheOpenRecordsetCannotBeClosed) {
+    Recordset recordset;
+    Bind(recordset);
+    records_->On(Get(1054)).Returns(Long(1));
+    records_->On(Call(1014)).Fails("正在编辑");
+    EXPECT_EQ(recordset.OpenSQL("select 1", 1), 1);
+    EXPECT_THAT(journal_.Take(),
+                ElementsAre("records.get 1054", "records.get 1054", "records.call 1014", "records.put 1051 (I4 3)",
+                            "records.call 1022 (BSTR \"select 1\", BSTR \"DSN=stock\", I4 0, I4 1, I4 1)",
+                            "records.put 1004 (I4 1000)"));
+    EXPECT_EQ(ErrorOf(recordset), kOpened);
+}
+
 TEST_F(RecordsetOpen, AFailingOpenHasOpenAsItsContext) {
     Recordset recordset;
     Bind(recordset);
@@ -361,6 +393,30 @@ TEST_F(RecordsetOpen, TheShortFormsOfOpenSendWhatTheyHave) {
     Recordset empty;
     EXPECT_EQ(empty.SetRecordset(Text("x")), 0) << "no object";
     EXPECT_THAT(ErrorOf(empty), ::testing::EndsWith("\r\nOpen"));
+}
+
+TEST_F(RecordsetOpen, TheLongFormOfOpenSendsFiveArguments) {
+    Recordset recordset;
+    Bind(recordset);
+    EXPECT_EQ(recordset.SetRecordset(Text("T"), Object(nullptr), 3, 4, 512), 1);
+    EXPECT_THAT(journal_.Take(), ElementsAre("records.call 1022 (BSTR \"T\", DISPATCH null, I4 3, I4 4, I4 512)",
+                                             "records.put 1004 (I4 1000)"));
+}
+
+TEST_F(RecordsetOpen, ACacheSizeThatIsRefusedFailsEveryFormOfOpen) {
+    static constexpr int (*kCalls[])(Recordset&) = {
+        [](Recordset& r) { return r.SetRecordset(Text("x")); },
+        [](Recordset& r) { return r.SetRecordset(Text("x"), 3, 1, 256); },
+        [](Recordset& r) { return r.SetRecordset(Text("x"), Text("DSN=stock"), 3, 1, 1); },
+    };
+    Recordset recordset;
+    Bind(recordset);
+    records_->On(Put(1004)).Fails("缓存");
+    for (const auto& call : kCalls) {
+        recordset.Close();  // empties the text
+        EXPECT_EQ(call(recordset), 0);
+        EXPECT_EQ(ErrorOf(recordset), Failure("缓存", "Open"));
+    }
 }
 
 TEST_F(RecordsetOpen, ARecordsetCanBeOpenedAgainAfterClose) {
@@ -416,13 +472,30 @@ TEST_F(RecordsetOpen, AFailingSourceIsReportedByTheWorkingMembersAndPassedByTheO
     recordset.Close();
     EXPECT_EQ(recordset.OpenDispatch(source.Get()), 0);
     EXPECT_EQ(ErrorOf(recordset), Failure("不是数据源", "操作 OpenField 时出现异常!"));
-    try {
-        recordset.SetRefDataSource(source.Get());
-        ADD_FAILURE() << "no exception";
-    } catch (COleDispatchException* e) {
-        EXPECT_STREQ(e->m_strDescription, "不是数据源");
-        e->Delete();
+    for (const bool isDispatch : {false, true}) {
+        try {
+            isDispatch ? recordset.SetDispatch(source.Get()) : recordset.SetRefDataSource(source.Get());
+            ADD_FAILURE() << "no exception";
+        } catch (COleDispatchException* e) {
+            EXPECT_STREQ(e->m_strDescription, "不是数据源");
+            e->Delete();
+        }
     }
+}
+
+TEST_F(RecordsetOpen, SettingASourceWithoutAnObjectRaises) {
+    auto source = Make("source");
+    Recordset recordset;
+    for (const bool isDispatch : {false, true}) {
+        try {
+            isDispatch ? recordset.SetDispatch(source.Get()) : recordset.SetRefDataSource(source.Get());
+            ADD_FAILURE() << "no exception";
+        } catch (CException* e) {
+            e->Delete();
+        }
+    }
+    EXPECT_EQ(recordsets_->Created(), 0) << "only OpenField and OpenDispatch create one";
+    EXPECT_EQ(source->References(), 1u);
 }
 
 // ---- closing and state -------------------------------------------------------------------------------------------
@@ -443,6 +516,15 @@ TEST_F(RecordsetOpen, AFailingCloseHasAContextThatBeginsWithABlank) {
     EXPECT_EQ(recordset.Close(), 0);
     EXPECT_EQ(ErrorOf(recordset), Failure("正在编辑", " Can not close!"));
     EXPECT_EQ(recordset.Close(), 1);
+}
+
+TEST_F(RecordsetOpen, CloseBearsAStateThatCannotBeRead) {
+    Recordset recordset;
+    Bind(recordset);
+    records_->On(Get(1054)).Fails("断开");
+    EXPECT_EQ(recordset.Close(), 0);
+    EXPECT_EQ(ErrorOf(recordset), Failure("断开", " Can not close!"));
+    EXPECT_THAT(journal_.Take(), ElementsAre("records.get 1054"));
 }
 
 TEST_F(RecordsetOpen, IsOpenKnowsStateOne) {

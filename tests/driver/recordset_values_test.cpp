@@ -1,4 +1,6 @@
+#include <clocale>
 #include <cmath>
+#include <limits>
 
 #include "driver/driver_fixture.h"
 #include "tkkernel/util.h"
@@ -62,6 +64,12 @@ TEST_F(RecordsetValues, AFailingReadGivesAnEmptyValueAndEveryDefault) {
     EXPECT_EQ(recordset_.GetCharValue("A"), '\0');
     EXPECT_EQ(recordset_.GetDateValue("A"), 0.0);
     EXPECT_STREQ(recordset_.GetStringValueStr("A"), "");
+    EXPECT_STREQ(recordset_.GetStringValue(0L), "");
+    EXPECT_EQ(recordset_.GetDoubleValue(0L), 0.0);
+    EXPECT_EQ(recordset_.GetIntValue(0L), 0);
+    EXPECT_EQ(recordset_.GetCharValue(0L), '\0');
+    EXPECT_EQ(recordset_.GetDateValue(0L), 0.0);
+    EXPECT_STREQ(recordset_.GetStringValueStr(0L), "");
 }
 
 TEST_F(RecordsetValues, AFailureAtEveryStepOfAReadIsCaught) {
@@ -90,6 +98,18 @@ TEST_F(RecordsetValues, AFailingWriteLeavesItsContext) {
     recordset_.Close();
     recordset_.SetValue(static_cast<const VARIANT&>(Text("A")), Long(1));
     EXPECT_EQ(ErrorOf(recordset_), Failure("只读", "SetValue!"));
+}
+
+TEST_F(RecordsetValues, AFailureAtEveryStepOfAWriteIsCaught) {
+    auto field = Make("field");
+    field->On(Put(0)).Fails("只读");
+    auto fields = Make("fields");
+    fields->On(Get(0)).Returns(Object(field.Get())).Then().Fails("没有此字段");
+    records_->On(Get(0)).Returns(Object(fields.Get()));
+    recordset_.SetValue("A", Long(1));
+    EXPECT_EQ(ErrorOf(recordset_), Failure("只读", "SetValue!"));
+    recordset_.SetValue("B", Long(1));
+    EXPECT_EQ(ErrorOf(recordset_), Failure("没有此字段", "SetValue!"));
 }
 
 TEST_F(RecordsetValues, NullAndEmptyNamesAreSentAsTheyAre) {
@@ -136,6 +156,7 @@ TEST_F(RecordsetValues, DoublesKnowFiveTypes) {
         {"empty text", Text(""), 0.0},
         {"null text", Text(nullptr), 0.0},
         {"decimal", Decimal(-12345, 2), -123.45},
+        {"decimal with eight places", Decimal(123456789, 8), 1.23456789},
         {"large decimal", Decimal(9007199254740993LL), 9007199254740992.0},
         {"I2 is not known", Short(7), 0.0},
         {"boolean is not known", Flag(true), 0.0},
@@ -154,11 +175,49 @@ TEST_F(RecordsetValues, DoublesKnowFiveTypes) {
     }
 }
 
-TEST_F(RecordsetValues, DoublesBeyondTheRangeAreInfinite) {
-    Show(Text("1e400"));
-    EXPECT_EQ(recordset_.GetDoubleValue("A"), HUGE_VAL);
-    Show(Text("-1e400"));
-    EXPECT_EQ(recordset_.GetDoubleValue("A"), -HUGE_VAL);
+TEST_F(RecordsetValues, DoublesOfTextsAreThoseOfAtofInEveryLocale) {
+    constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+    static const struct {
+        const char* text;
+        double number;
+    } kRows[] = {
+        {"0x1A", 26.0},
+        {"-0x10", -16.0},
+        {" +0X1a.8z", 26.5},
+        {"0x1p4", 16.0},
+        {"0x1,8", 1.0},
+        {"0x", 0.0},
+        {"0xg", 0.0},
+        {"x1", 0.0},
+        {"inf", HUGE_VAL},
+        {"-INF", -HUGE_VAL},
+        {"Infinity", HUGE_VAL},
+        {"infx", HUGE_VAL},
+        {"nan", kNoNumber},
+        {"NaN(1)", kNoNumber},
+        {"1e400", HUGE_VAL},
+        {"-1e400", -HUGE_VAL},
+        {"1.5e400", HUGE_VAL},
+        {"1.5e400,5", HUGE_VAL},
+        {"1e-400", 0.0},
+        {"-1.5e-400", 0.0},
+        {" 12abc", 12.0},
+        {"1.5", 1.5},
+        {"1,5", 1.0},
+        {"+-1", 0.0},
+        {"", 0.0},
+    };
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    for (const char* locale : {"C", "de_DE.UTF-8", "fr_FR.UTF-8", "German"}) {  // what there is of them
+        std::setlocale(LC_ALL, locale);
+        for (const auto& row : kRows) {
+            SCOPED_TRACE(locale + std::string(": ") + row.text);
+            Show(Text(row.text));
+            const double number = recordset_.GetDoubleValue("A");
+            EXPECT_TRUE(std::isnan(row.number) ? std::isnan(number) : number == row.number) << number;
+        }
+    }
+    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST_F(RecordsetValues, IntegersKnowSixTypes) {
@@ -177,6 +236,7 @@ TEST_F(RecordsetValues, IntegersKnowSixTypes) {
         {"a boolean of 65534", Integer(VT_BOOL, 65534), 0},
         {"decimal", Decimal(-12399, 2), -123},
         {"decimal zero", Decimal(0), 0},
+        {"decimal between minus one and zero", Decimal(-1, 1), 0},
         {"decimal beyond 32 bits", Decimal(4294967301LL), 5},
         {"text is not known", Text("12"), 0},
         {"R8 is not known", Real(12.0), 0},

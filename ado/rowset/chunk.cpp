@@ -105,7 +105,7 @@ std::unique_ptr<Chunk> ChunkBuilder::Seal(std::size_t firstRow, std::size_t rows
     chunk->nullsAt_ = endsBytes + layout_.FixedRowBytes() * rows;
     chunk->arenaAt_ = chunk->nullsAt_ + nullBytes * fixed.size();
     const std::size_t size = chunk->arenaAt_ + position_;
-    chunk->memory_ = std::make_unique_for_overwrite<char[]>(size);
+    chunk->memory_ = memory_.Take(size);
     chunk->bytes_ = size + outsideBytes_ + outside_.size() * sizeof(std::string) + sizeof(Chunk);
 
     char* memory = chunk->memory_.get();

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ado/rowset/chunk_memory.h"
 #include "ado/rowset/column.h"
 
 namespace tk::ado {
@@ -96,7 +97,7 @@ private:
     friend class ChunkBuilder;
     std::string_view Outside(const char* index) const noexcept;
 
-    std::unique_ptr<char[]> memory_;
+    std::shared_ptr<char[]> memory_;
     std::size_t firstRow_ = 0;
     std::size_t rows_ = 0;
     std::size_t fixedAt_ = 0;
@@ -146,6 +147,7 @@ private:
     void Grow(std::size_t size);
 
     const RowLayout& layout_;
+    ChunkMemory memory_;
     std::vector<std::uint32_t> ends_;
     std::unique_ptr<char[]> arena_;
     std::uint32_t position_ = 0;

@@ -445,6 +445,22 @@ TEST(RowSet, HoldsRowsInLittleMoreThanTheirValues) {
     EXPECT_LE(rows->MemoryBytes(), values * 3 / 2 + kRows * 32);
 }
 
+TEST(RowSet, ReadsEveryRowOfALargeResult) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    constexpr std::size_t kRows = 200000;
+    Fill(*session, kRows);
+    const auto rows = Query(session, "select id, printf('%0100d', id) from item order by id", {true, 0});
+    for (std::size_t row = 0; row < kRows; ++row) {
+        ASSERT_TRUE(rows->HasRow(row));
+        const std::string number = std::to_string(row + 1);
+        ASSERT_EQ(rows->TextAt(row, 1), std::string(100 - number.size(), '0') + number);
+    }
+    EXPECT_FALSE(rows->HasRow(kRows));
+    for (std::size_t row = kRows; row-- != 0;)
+        ASSERT_EQ(Show(*rows, row, 0), "I4 " + std::to_string(row + 1));
+}
+
 TEST(BuiltRowSet, GivesBackWhatWasPutIn) {
     std::vector<Column> columns(7);
     const LONG types[] = {3, 200, 135, 131, 11, 205, 5};

@@ -1,0 +1,25 @@
+// ado/rowset/chunk_memory.h - memory for the finished chunks of one result.
+//
+// A large result is written once, from end to end, into memory that the system clears when it is first touched, page by
+// page; in pages of 2 MB a scan of SQLite takes 2 to 4 % less.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace tk::ado {
+
+/// Threads: one at a time.
+class ChunkMemory {
+public:
+    /// @return not cleared, aligned to 16 bytes; may outlive this object
+    /// @throws std::bad_alloc
+    std::shared_ptr<char[]> Take(std::size_t size);
+
+private:
+    std::size_t taken_ = 0;  // by all pieces
+    std::shared_ptr<char[]> block_;
+    std::size_t used_ = 0;  // of the block
+};
+
+}  // namespace tk::ado

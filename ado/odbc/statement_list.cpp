@@ -211,6 +211,32 @@ bool IsAnonymousBlock(const Tokens& tokens, const Token& first) noexcept {
     return EqualsNoCase(first.word, "begin") && EqualsNoCase(tokens.After(first).word, "not");
 }
 
+/// The brace that closes one; the last token when there is none in its statement.
+Token ClosingBrace(const Tokens& tokens, Token token) noexcept {
+    int depth = 0;
+    for (; !token.IsLast() && token.sign != ';'; token = tokens.After(token)) {
+        depth += (token.sign == '{') - (token.sign == '}');
+        if (depth == 0) return token;
+    }
+    return {};
+}
+
+/// With blanks for the braces of {call name(...)}: a driver takes them off a text that is nothing else, but the server
+/// does not know them.
+std::string WithoutCallBraces(std::string_view sql) {
+    std::string text(sql);
+    const Tokens tokens(sql);
+    bool begins = true;  // a statement
+    for (Token token = tokens.At(0); !token.IsLast(); token = tokens.After(token)) {
+        if (begins && token.sign == '{' && EqualsNoCase(tokens.After(token).word, "call")) {
+            const Token closing = ClosingBrace(tokens, token);
+            if (!closing.IsLast()) text[token.begin] = text[closing.begin] = ' ';
+        }
+        begins = token.sign == ';';
+    }
+    return text;
+}
+
 /// The whole text as one block; a block in it is only "BEGIN" there.
 std::string BlockOf(std::string_view sql, const Tokens& tokens, const Token& inner, std::size_t end) {
     std::string text = "BEGIN NOT ATOMIC ";
@@ -225,9 +251,10 @@ std::string BlockOf(std::string_view sql, const Tokens& tokens, const Token& inn
 
 }  // namespace
 
-std::vector<ListedStatement> ListStatements(std::string_view sql) {
+std::vector<ListedStatement> ListStatements(std::string_view text) {
     std::vector<ListedStatement> list;
-    if (sql.find(';') == std::string_view::npos) return list;
+    if (text.find(';') == std::string_view::npos) return list;
+    const std::string sql = WithoutCallBraces(text);
     const Tokens tokens(sql);
     bool isSendable = true;  // as one, as it is
     std::size_t markers = 0;
@@ -248,8 +275,8 @@ std::vector<ListedStatement> ListStatements(std::string_view sql) {
         if (isBlock && (!list.empty() || (extent.hasSemicolon && !isAnonymous))) {
             return {{BlockOf(sql, tokens, first, extent.end), markers}};
         }
-        list.push_back({std::string(sql.substr(first.begin, extent.end - first.begin)), extent.markers,
-                        isProgram && extent.hasSemicolon});
+        list.push_back(
+            {sql.substr(first.begin, extent.end - first.begin), extent.markers, isProgram && extent.hasSemicolon});
         isSendable = isSendable && list.size() == 1 && (!extent.hasSemicolon || (isAnonymous && first.begin == 0));
         first = tokens.At(extent.end);
     }

@@ -25,8 +25,9 @@ struct ListedStatement {
 /// statement without semicolons in front of it or inside.
 ///
 /// A routine goes on until every BEGIN, IF, CASE and loop in it has its END. Where one of several may have results in a
-/// row (CALL, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT ATOMIC ... END.
-/// The rest of such results would stay on the connection, and closing any other handle would swallow one of them.
-std::vector<ListedStatement> ListStatements(std::string_view sql);
+/// row (CALL, also in braces, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT
+/// ATOMIC ... END. The rest of such results would stay on the connection, and closing any other handle would swallow
+/// one of them.
+std::vector<ListedStatement> ListStatements(std::string_view text);
 
 }  // namespace tk::ado

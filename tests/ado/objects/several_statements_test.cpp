@@ -210,6 +210,16 @@ TEST_P(ProgramTextTest, RunsACallAndWhatFollowsAsOneBlock) {
     EXPECT_EQ(ValueOf(rows, u"d"), "4");
 }
 
+TEST_P(ProgramTextTest, RunsACallInBracesAndWhatFollowsAsOneBlock) {
+    Do(u"drop procedure if exists two; create procedure two() begin select 1 as a; select 2 as b; end");
+    Object rows = Run(u"{call two()}; select 5 as e").Result();
+    for (const auto& [name, value] : {std::pair(u"a", "1"), std::pair(u"b", "2"), std::pair(u"e", "5")}) {
+        ASSERT_TRUE(rows);
+        EXPECT_EQ(ValueOf(rows, name), value);
+        rows = rows.Call(recordset::kNextRecordset).Result();
+    }
+}
+
 TEST_P(ProgramTextTest, ReadsExecutableComments) {
     Do(u"insert into steps values (1); /*M! insert into steps values (2) */; /*!40000 insert into steps values (3) */");
     EXPECT_EQ(Steps(), "3");

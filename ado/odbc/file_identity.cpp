@@ -5,8 +5,8 @@
 #include <sys/vfs.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <iterator>
 #include <utility>
 
@@ -14,18 +14,16 @@ namespace tk::ado {
 namespace {
 
 constexpr long long kTrustedMicroseconds = 1000;
-constexpr std::chrono::milliseconds kCoarsestTime{20};  // the kernel's clock for files steps by 10 ms at most
 
-/// File systems whose rename sets the time of change of the file.
+/// File systems whose rename sets the time of change of the file. ext2 and ext3 have the number of ext4.
 constexpr long kExact[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 bool IsSame(const timespec& first, const timespec& second) noexcept {
     return first.tv_sec == second.tv_sec && first.tv_nsec == second.tv_nsec;
 }
 
-std::chrono::system_clock::duration Age(const timespec& time) noexcept {
-    return std::chrono::system_clock::now().time_since_epoch() - std::chrono::seconds(time.tv_sec) -
-           std::chrono::nanoseconds(time.tv_nsec);
+bool IsBefore(const timespec& first, const timespec& second) noexcept {
+    return first.tv_sec < second.tv_sec || (first.tv_sec == second.tv_sec && first.tv_nsec < second.tv_nsec);
 }
 
 }  // namespace
@@ -65,10 +63,13 @@ bool FileIdentity::IsStillThere(long long now) noexcept {
 }
 
 bool FileIdentity::WalkPath(long long now) noexcept {
+    timespec present = {};
+    clock_gettime(CLOCK_REALTIME_COARSE, &present);  // what a change gets from here on, or later
     struct stat status = {};
     if (stat(path_.c_str(), &status) != 0 || status.st_dev != device_ || status.st_ino != number_) return false;
     changed_ = status.st_ctim;
-    isSettled_ = Age(changed_) > kCoarsestTime;
+    // Small inodes of ext4, and those of its predecessors, keep whole seconds.
+    isSettled_ = changed_.tv_nsec != 0 && IsBefore(changed_, present);
     walked_ = now;
     return true;
 }

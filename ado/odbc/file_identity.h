@@ -24,8 +24,8 @@ public:
     /// False when the name leads to no file, or to another one.
     /// @param now  of a steady clock, in microseconds
     /// @note Most calls ask the file instead of walking the path, which takes less than half as long: the time of its
-    ///       last change tells of every change of its own name. Only a folder above it that was renamed or mounted over
-    ///       may go unnoticed, for a millisecond at most.
+    ///       last change tells of every change of its own name. What leaves the file as it is may go unnoticed for a
+    ///       millisecond: a folder above it that was renamed, something mounted over either of them.
     bool IsStillThere(long long now) noexcept;
 
 private:

@@ -110,7 +110,7 @@ SessionCache& SessionCache::Instance() {
 std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
     for (;;) {
         std::unique_ptr<PhysicalConnection> found;
-        const auto now = Clock::now();
+        Clock::time_point now;
         Clock::duration idleTime{};
         {
             const std::lock_guard lock(impl_->mutex);
@@ -120,6 +120,7 @@ std::unique_ptr<PhysicalConnection> SessionCache::Take(const SessionKey& key) {
             });
             if (last == impl_->idle.rend()) return nullptr;
             found = std::move(last->connection);
+            now = Clock::now();
             idleTime = last->isDoubted ? Clock::duration::max() : now - last->since;
             impl_->idle.erase(std::next(last).base());
         }

@@ -17,8 +17,11 @@ public:
     std::shared_ptr<char[]> Take(std::size_t size);
 
 private:
+    std::shared_ptr<char[]> TakeOfBlock(std::size_t size);
+
     std::size_t taken_ = 0;  // by all pieces
     std::shared_ptr<char[]> block_;
+    std::size_t blockSize_ = 0;
     std::size_t used_ = 0;  // of the block
 };
 

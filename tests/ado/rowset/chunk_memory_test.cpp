@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -17,20 +19,49 @@ namespace tk::ado {
 namespace {
 
 constexpr std::size_t kMegabyte = 1024 * 1024;
+constexpr std::size_t kSize = 100 * 1024;  // of a usual piece: a multiple of what pieces are aligned to
 using Piece = std::shared_ptr<char[]>;
 
-bool IsMapped(const char* address) {
-    const auto page = reinterpret_cast<std::uintptr_t>(address) & ~std::uintptr_t{4095};
-    return msync(reinterpret_cast<void*>(page), 4096, MS_ASYNC) == 0 || errno != ENOMEM;
+std::uintptr_t AddressOf(const Piece& piece) {
+    return reinterpret_cast<std::uintptr_t>(piece.get());
 }
 
-std::vector<Piece> TakeMany(ChunkMemory& memory, std::size_t count, std::size_t size) {
+std::vector<Piece> TakeMany(ChunkMemory& memory, std::size_t count) {
     std::vector<Piece> pieces(count);
     for (Piece& piece : pieces) {
-        piece = memory.Take(size);
-        std::memset(piece.get(), 'x', size);
+        piece = memory.Take(kSize);
+        std::memset(piece.get(), 'x', kSize);
     }
     return pieces;
+}
+
+/// The places of pieces that begin a block: at a boundary of huge pages, the next piece right behind them.
+std::vector<std::size_t> BlocksIn(const std::vector<Piece>& pieces) {
+    std::vector<std::size_t> blocks;
+    for (std::size_t i = 0; i + 1 < pieces.size(); ++i) {
+        const bool isAligned = AddressOf(pieces[i]) % (2 * kMegabyte) == 0;
+        if (isAligned && AddressOf(pieces[i + 1]) == AddressOf(pieces[i]) + kSize) blocks.push_back(i);
+    }
+    return blocks;
+}
+
+bool IsMapped(const char* address) {
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto begin = reinterpret_cast<std::uintptr_t>(address) / page * page;
+    return msync(reinterpret_cast<void*>(begin), page, MS_ASYNC) == 0 || errno != ENOMEM;
+}
+
+/// What the system knows of the mapping that an address is in: "rd wr mr ...".
+std::string FlagsAt(std::uintptr_t address) {
+    std::ifstream mappings("/proc/self/smaps");
+    bool isInside = false;
+    for (std::string line; std::getline(mappings, line);) {
+        unsigned long begin = 0;
+        unsigned long end = 0;
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &begin, &end) == 2) isInside = begin <= address && address < end;
+        if (isInside && line.starts_with("VmFlags: ")) return line.substr(9);
+    }
+    return {};
 }
 
 TEST(ChunkMemory, PiecesLieApartAndOutliveIt) {
@@ -41,7 +72,7 @@ TEST(ChunkMemory, PiecesLieApartAndOutliveIt) {
         for (std::size_t taken = 0; taken < 60 * kMegabyte; taken += pieces.back().second) {
             const std::size_t size = random() % 20 == 0 ? random() % (8 * kMegabyte) : random() % (200 * 1024);
             pieces.emplace_back(memory.Take(size), size);
-            ASSERT_EQ(reinterpret_cast<std::uintptr_t>(pieces.back().first.get()) % 16, 0u);
+            ASSERT_EQ(AddressOf(pieces.back().first) % 16, 0u);
             std::memset(pieces.back().first.get(), static_cast<char>(pieces.size()), size);
         }
     }
@@ -52,29 +83,58 @@ TEST(ChunkMemory, PiecesLieApartAndOutliveIt) {
     }
 }
 
+TEST(ChunkMemory, ALargeResultLiesInBlocksOfHugePagesThatGrowWithIt) {
+    ChunkMemory memory;
+    const std::vector<Piece> pieces = TakeMany(memory, 1000);
+    const std::vector<std::size_t> blocks = BlocksIn(pieces);
+    ASSERT_GE(blocks.size(), 5u);
+    EXPECT_GE(blocks.front() * kSize, 8 * kMegabyte - kSize);
+    EXPECT_EQ(blocks[1] - blocks[0], 2 * kMegabyte / kSize);
+    EXPECT_EQ(blocks.back() - blocks[blocks.size() - 2], 16 * kMegabyte / kSize);
+    if (access("/sys/kernel/mm/transparent_hugepage/enabled", F_OK) != 0) {
+        GTEST_SKIP() << "this system has no huge pages to ask for";
+    }
+    EXPECT_NE(FlagsAt(AddressOf(pieces[blocks.front()])).find("hg"), std::string::npos);
+}
+
 TEST(ChunkMemory, GivesABlockBackWithItsLastPiece) {
     ChunkMemory memory;
-    std::vector<Piece> pieces = TakeMany(memory, 400, 100 * 1024);  // more than two blocks
-    const char* const inside = pieces[200].get();
-    EXPECT_TRUE(IsMapped(inside));
-    Piece kept = pieces[200];
+    std::vector<Piece> pieces = TakeMany(memory, 400);
+    const std::vector<std::size_t> blocks = BlocksIn(pieces);
+    ASSERT_FALSE(blocks.empty());
+    const char* const inside = pieces[blocks.front()].get();
+    Piece kept = pieces[blocks.front() + 1];
     pieces.clear();
     EXPECT_TRUE(IsMapped(inside));
-    EXPECT_EQ(kept[100 * 1024 - 1], 'x');
+    EXPECT_EQ(kept[kSize - 1], 'x');
     kept.reset();
     EXPECT_FALSE(IsMapped(inside));
 }
 
+TEST(ChunkMemory, RefusesWhatNoMemoryCanHold) {
+    ChunkMemory memory;
+    for (const bool isLarge : {false, true}) {
+        for (const std::size_t size :
+             {std::numeric_limits<std::size_t>::max(), std::numeric_limits<std::size_t>::max() / 2,
+              std::numeric_limits<std::size_t>::max() / 4}) {
+            EXPECT_THROW(memory.Take(size), std::bad_alloc) << size;
+        }
+        if (!isLarge) TakeMany(memory, 100);
+    }
+}
+
 /// Exits with 0 when pieces can still be had where the process has no room for a block.
 [[noreturn]] void TakeWithoutRoom() {
+    ChunkMemory memory;
+    std::vector<Piece> pieces = TakeMany(memory, 700);  // the next block is the largest
+    const std::vector<std::size_t> before = BlocksIn(pieces);
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t room = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + 14 * kMegabyte;
+    const rlim_t room = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + 12 * kMegabyte;
     const rlimit limit = {room, room};
-    if (setrlimit(RLIMIT_AS, &limit) != 0) _exit(2);
-    ChunkMemory memory;
-    const std::vector<Piece> pieces = TakeMany(memory, 80, 100 * 1024);
-    _exit(std::all_of(pieces.begin(), pieces.end(), [](const Piece& each) { return each[0] == 'x'; }) ? 0 : 1);
+    if (before.empty() || setrlimit(RLIMIT_AS, &limit) != 0) _exit(2);
+    const std::vector<Piece> more = TakeMany(memory, 30);
+    _exit(std::ranges::all_of(more, [](const Piece& each) { return each[0] == 'x'; }) ? 0 : 1);
 }
 
 TEST(ChunkMemory, DoesWithoutBlocksWhereThereIsNoRoom) {

@@ -3,7 +3,6 @@
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 
 #include "driver/guard.h"
 #include "driver/ids.h"
@@ -28,10 +27,9 @@ double LeadingDouble(const char* text) {
     if (read.ec != std::errc::result_out_of_range && !isHexadecimal) return value;
 
     // Without what might be the locale's own point, and with that in place of ours.
-    std::string number(text, std::strspn(text, "+-.0123456789ABCDEFabcdefXxPp"));
-    const auto point = number.find('.');
-    if (point != std::string::npos) number.replace(point, 1, std::localeconv()->decimal_point);
-    return std::strtod(number.c_str(), nullptr);
+    CString number(text, static_cast<int>(std::strspn(text, "+-.0123456789ABCDEFabcdefXxPp")));
+    number.Replace(".", std::localeconv()->decimal_point);
+    return std::strtod(number, nullptr);
 }
 
 /// The low 32 bits of the integer at the beginning of a text.

@@ -168,10 +168,16 @@ TEST(SessionCache, LeavesTheParentsConnectionsToTheParent) {
     // Another thread of the parent is inside the lock at most of these moments.
     const auto nobodys = std::make_shared<const std::string>("nobody's");
     std::atomic<bool> isOver = false;
+    std::atomic<bool> hasBegun = false;
     std::thread busy([&] {
-        while (!isOver)
+        while (!isOver) {
             Cache().Distrust(nobodys);
+            hasBegun = true;
+        }
     });
+    // A thread that begins allocates; the address sanitizer's allocator stays locked in a child that is made meanwhile.
+    while (!hasBegun)
+        std::this_thread::yield();
     for (int round = 0; round < 50; ++round) {
         SCOPED_TRACE(round);
         file.Open().reset();

@@ -55,7 +55,7 @@ bool FileIdentity::CanAskFile() const noexcept {
 }
 
 bool FileIdentity::IsStillThere(long long now) noexcept {
-    if (file_ && isSettled_ && now - walked_ < kTrustedMicroseconds) {
+    if (now < askFileUntil_) {
         struct stat status = {};
         if (fstat(file_.Get(), &status) == 0 && IsSame(status.st_ctim, changed_)) return true;
     }
@@ -69,8 +69,8 @@ bool FileIdentity::WalkPath(long long now) noexcept {
     if (stat(path_.c_str(), &status) != 0 || status.st_dev != device_ || status.st_ino != number_) return false;
     changed_ = status.st_ctim;
     // Small inodes of ext4, and those of its predecessors, keep whole seconds.
-    isSettled_ = changed_.tv_nsec != 0 && IsBefore(changed_, present);
-    walked_ = now;
+    const bool isSettled = changed_.tv_nsec != 0 && IsBefore(changed_, present);
+    askFileUntil_ = file_ && isSettled ? now + kTrustedMicroseconds : 0;
     return true;
 }
 

@@ -36,9 +36,8 @@ private:
     system::FileDescriptor file_;  // only names it; none where the file cannot tell
     dev_t device_ = 0;
     ino_t number_ = 0;
-    timespec changed_{};      // when the path was last walked
-    bool isSettled_ = false;  // a change after that walk has another time
-    long long walked_ = 0;
+    timespec changed_{};          // when the path was last walked
+    long long askFileUntil_ = 0;  // 0: a change after that walk might have the same time
 };
 
 }  // namespace tk::ado

@@ -211,7 +211,7 @@ bool IsAnonymousBlock(const Tokens& tokens, const Token& first) noexcept {
     return EqualsNoCase(first.word, "begin") && EqualsNoCase(tokens.After(first).word, "not");
 }
 
-/// The brace that closes one; the last token when there is none in its statement.
+/// The brace that closes the one at a token; the last token when its statement has none.
 Token ClosingBrace(const Tokens& tokens, Token token) noexcept {
     int depth = 0;
     for (; !token.IsLast() && token.sign != ';'; token = tokens.After(token)) {
@@ -251,10 +251,11 @@ std::string BlockOf(std::string_view sql, const Tokens& tokens, const Token& inn
 
 }  // namespace
 
-std::vector<ListedStatement> ListStatements(std::string_view text) {
+std::vector<ListedStatement> ListStatements(std::string_view sql) {
     std::vector<ListedStatement> list;
-    if (text.find(';') == std::string_view::npos) return list;
-    const std::string sql = WithoutCallBraces(text);
+    if (sql.find(';') == std::string_view::npos) return list;
+    std::string plain;
+    if (sql.find('{') != std::string_view::npos) sql = plain = WithoutCallBraces(sql);
     const Tokens tokens(sql);
     bool isSendable = true;  // as one, as it is
     std::size_t markers = 0;
@@ -275,8 +276,8 @@ std::vector<ListedStatement> ListStatements(std::string_view text) {
         if (isBlock && (!list.empty() || (extent.hasSemicolon && !isAnonymous))) {
             return {{BlockOf(sql, tokens, first, extent.end), markers}};
         }
-        list.push_back(
-            {sql.substr(first.begin, extent.end - first.begin), extent.markers, isProgram && extent.hasSemicolon});
+        list.push_back({std::string(sql.substr(first.begin, extent.end - first.begin)), extent.markers,
+                        isProgram && extent.hasSemicolon});
         isSendable = isSendable && list.size() == 1 && (!extent.hasSemicolon || (isAnonymous && first.begin == 0));
         first = tokens.At(extent.end);
     }

@@ -28,6 +28,6 @@ struct ListedStatement {
 /// row (CALL, also in braces, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT
 /// ATOMIC ... END. The rest of such results would stay on the connection, and closing any other handle would swallow
 /// one of them.
-std::vector<ListedStatement> ListStatements(std::string_view text);
+std::vector<ListedStatement> ListStatements(std::string_view sql);
 
 }  // namespace tk::ado

@@ -54,7 +54,7 @@ std::shared_ptr<char[]> ChunkMemory::TakeOfBlock(std::size_t size) {
         if (block_ == nullptr) return nullptr;
     }
     std::shared_ptr<char[]> piece(block_, block_.get() + used_);
-    used_ = std::min(used_ + (size + kAlignment - 1) / kAlignment * kAlignment, blockSize_);
+    used_ += (size + kAlignment - 1) / kAlignment * kAlignment;  // a block is a multiple of it
     return piece;
 }
 

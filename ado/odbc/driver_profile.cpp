@@ -102,6 +102,8 @@ constexpr DriverProfile kProfiles[] = {
         // Everything is text inside the driver; blocks of rows gain nothing there, and a cut cell in a block is lost.
         .fetchMode = FetchMode::TextRows,
         .timeLimit = TimeLimit::Watchdog,
+        .limitsReadingOnly = true,
+        .keepsReading = true,
         .streaming = Streaming::SideConnection,
         .streamingKeywords = "StepAPI=1",
         .readOnlyStatement = "pragma query_only=1",
@@ -171,6 +173,7 @@ constexpr DriverProfile kProfiles[] = {
         .fullBlockRows = 1024,
         .timeLimit = TimeLimit::Variable,
         .timeLimitStatement = "SET SESSION max_statement_time=",
+        .rowLimitStatement = "SET SESSION sql_select_limit=",
         .loginTimeoutKeyword = "CONN_TIMEOUT",
         .readOnlyStatement = "SET SESSION TRANSACTION READ ONLY",
         .lifeQuestion = "",

@@ -85,7 +85,12 @@ struct DriverProfile {
     unsigned firstBlockRows = 1;
     unsigned fullBlockRows = 1;
     TimeLimit timeLimit = TimeLimit::Attribute;
-    const char* timeLimitStatement = nullptr;   // for TimeLimit::Variable: in front of the seconds
+    const char* timeLimitStatement = nullptr;  // for TimeLimit::Variable: in front of the seconds
+    // In front of the most rows of a SELECT, or DEFAULT: where SQL_ATTR_MAX_ROWS is put behind the text, whatever that
+    // is.
+    const char* rowLimitStatement = nullptr;
+    bool limitsReadingOnly = false;  // SQL_ATTR_MAX_ROWS over any other statement: it never ends
+    bool keepsReading = false;       // a result that is not read to its end stays locked as long as its handle
     const char* loginTimeoutKeyword = nullptr;  // where SQL_ATTR_LOGIN_TIMEOUT is ignored
     bool connectsInTurn = false;                // two at once read what the other one frees
     Streaming streaming = Streaming::None;

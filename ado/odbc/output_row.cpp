@@ -10,7 +10,8 @@ namespace {
 
 /// The columns of the row are the procedure's own, one for each output.
 bool IsOutputRow(const Statement::Impl& statement) {
-    if (!statement.outputs || !statement.handle->Profile().hasOutputRow) return false;
+    if (!statement.outputs || statement.handle == nullptr) return false;
+    if (!statement.handle->Profile().hasOutputRow) return false;
     if (statement.columnCount == 0 || static_cast<std::size_t>(statement.columnCount) != statement.outputs->Count()) {
         return false;
     }

@@ -139,6 +139,7 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
         MarkChanged();
         return;
     }  // drivers differ in what a cancelled handle is good for
+    if (handle->isReading) return;
     const std::lock_guard lock(handlesMutex_);
     if (handles_.size() < kKeptHandles) handles_.push_back(std::move(handle));
 }
@@ -156,6 +157,7 @@ std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_vi
 
 void PhysicalConnection::ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept {
     if (handle->WasCancelled() || handle->WasExpired()) return MarkChanged();
+    if (handle->isReading) return;
     const std::lock_guard lock(handlesMutex_);
     if (prepared_.size() >= kKeptHandles) prepared_.erase(prepared_.begin());
     prepared_.emplace_back(std::move(text), std::move(handle));
@@ -221,6 +223,12 @@ void PhysicalConnection::SetTimeLimitVariable(LONG seconds) {
     if (profile_->timeLimit != TimeLimit::Variable || seconds == timeLimit_) return;
     RunSimple(profile_->timeLimitStatement + std::to_string(seconds));
     timeLimit_ = seconds;
+}
+
+void PhysicalConnection::SetRowLimitVariable(LONG rows) {
+    if (profile_->rowLimitStatement == nullptr || rows == rowLimit_) return;
+    RunSimple(profile_->rowLimitStatement + (rows == 0 ? "DEFAULT" : std::to_string(rows)));
+    rowLimit_ = rows;
 }
 
 bool PhysicalConnection::Reset() noexcept try {

@@ -99,6 +99,9 @@ public:
     /// For TimeLimit::Variable.
     void SetTimeLimitVariable(LONG seconds);
 
+    /// Where a statement limits the rows of those that come (DriverProfile::rowLimitStatement). @param rows  0: all
+    void SetRowLimitVariable(LONG rows);
+
 private:
     void RunSimple(const std::string& sql);
 
@@ -109,6 +112,7 @@ private:
     SQLUINTEGER firstIsolation_ = 0;
     SQLUINTEGER isolation_ = 0;
     LONG timeLimit_ = 0;
+    LONG rowLimit_ = 0;
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them

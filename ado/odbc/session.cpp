@@ -136,6 +136,7 @@ struct Session::Impl {
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
+            (*on)->SetRowLimitVariable(options.maxRows);
             if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
             hasPlan = statement->handle != nullptr;
             if (!hasPlan) statement->handle = (*on)->TakeHandle();
@@ -174,6 +175,8 @@ struct Session::Impl {
         }
         if (options.prepared) statement->preparedText = sql;
         statement->ReadResultShape();
+        if (result == SQL_NO_DATA) statement->mayHaveRows = true;  // a driver may have begun to read all the same
+        handle.isReading = handle.Profile().keepsReading && statement->columnCount > 0;
         if (called.binding) statement->outputs = called.binding->Outputs();
         if (statement->columnCount > 0 || statement->outputs) statement->text = sql;
         // A driver that steps through its rows still looks at the parameters then.
@@ -254,7 +257,9 @@ struct Session::Impl {
             const std::vector<ListedStatement> list = ListStatements(sql);
             if (!list.empty()) return ExecuteList(list, parameters, options);
         }
-        return ExecuteOne(sql, parameters, options);
+        Statement statement = ExecuteOne(sql, parameters, options);
+        if (Physical().Profile().leavesResults && !statement.HasRows()) statement.PassNumbers();
+        return statement;
     }
 
     /// One after the other, until one fails. The first one's failure is thrown at once; that of another one is the
@@ -275,7 +280,7 @@ struct Session::Impl {
                 if (running.IsWaitCancelled()) throw MakeCancelledError();
                 Statement statement = ExecuteOne(each.text, parameters.first(own), options);
                 parameters = parameters.subspan(own);
-                Settle(statement, each.isProgram, !first);
+                Settle(statement, each.isProgram);
                 if (first) {
                     following->statements.push_back(std::move(statement));
                 } else {
@@ -292,25 +297,20 @@ struct Session::Impl {
     }
 
     /// What is kept of one of several statements: no handle for numbers.
-    static void Settle(Statement& statement, bool isProgram, bool isFirst) {
+    static void Settle(Statement& statement, bool isProgram) {
         Statement::Impl& inside = statement.Internals();
         inside.text.clear();  // those behind it may have changed what its names mean
         if (isProgram) {
             inside.mayHaveMore = false;
             inside.preparedText.clear();  // nobody defines it twice
         }
-        if (isFirst || inside.columnCount > 0) return;
-        auto numbers = std::make_unique<Statement::Impl>();
-        numbers->lease = inside.lease;
-        numbers->rowsAffected = inside.rowsAffected;
-        numbers->warnings = std::move(inside.warnings);
-        numbers->mayHaveMore = false;
-        statement = Statement(std::move(numbers));
+        if (inside.columnCount == 0) statement = Statement(inside.WithoutHandle());
     }
 
-    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, ExecuteOptions options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
+        if (Physical().Profile().limitsReadingOnly && !kind.isReading) options.maxRows = 0;  // whoever fetches counts
         FinishWork(!kind.isReading, options.timeoutSeconds);
         ReplaceIfBroken();
         if (kind.changesSession) {

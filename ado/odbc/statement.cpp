@@ -7,6 +7,13 @@
 
 namespace tk::ado {
 
+void FollowingResults::Append(std::unique_ptr<FollowingResults> others) {
+    if (others == nullptr || failure) return;
+    for (Statement& each : others->statements)
+        statements.push_back(std::move(each));
+    failure = std::move(others->failure);
+}
+
 Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
@@ -138,8 +145,32 @@ bool Statement::Impl::NextResult() {
     return true;
 }
 
+std::unique_ptr<Statement::Impl> Statement::Impl::WithoutHandle() const {
+    auto same = std::make_unique<Impl>();
+    same->outputs = outputs;
+    same->timeoutSeconds = timeoutSeconds;
+    same->rowsAffected = rowsAffected;
+    same->columnCount = columnCount;
+    same->isFirstResult = isFirstResult;
+    same->mayHaveMore = false;
+    same->shape = shape;
+    same->warnings = warnings;
+    return same;
+}
+
+void Statement::PassNumbers() {
+    auto numbers = impl_->WithoutHandle();
+    numbers->following = std::make_unique<FollowingResults>();
+    try {
+        if (MoreResults()) numbers->following->statements.emplace_back(std::move(impl_));
+    } catch (const AdoError&) {
+        numbers->following->failure = std::current_exception();
+    }
+    impl_ = std::move(numbers);
+}
+
 void Statement::TakeRest() {
-    if (!impl_->handle->Profile().leavesResults) return;
+    if (impl_->handle != nullptr && !impl_->handle->Profile().leavesResults) return;
     while (NextResult()) {}
 }
 

@@ -67,6 +67,10 @@ public:
     /// Moves on to the next result; false when there is none.
     bool MoreResults();
 
+    /// Keeps the numbers of a result without columns and steps to what follows, for a driver that would leave that on
+    /// the connection. What the step fails with is told in the place of the next result.
+    void PassNumbers();
+
     /// Steps over what follows, where a driver would leave that on the connection.
     /// @throws AdoError, what the next of them failed with
     void TakeRest();

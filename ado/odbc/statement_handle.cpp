@@ -105,7 +105,7 @@ void StatementHandle::SetTimeout(LONG seconds) {
 }
 
 void StatementHandle::SetMaxRows(LONG rows) {
-    if (rows == maxRows_) return;
+    if (profile_.rowLimitStatement != nullptr || rows == maxRows_) return;
     SetNumber(SQL_ATTR_MAX_ROWS, static_cast<SQLULEN>(rows));  // the row set counts too
     maxRows_ = rows;
 }

@@ -97,6 +97,9 @@ public:
     /// The columns of the last result with rows: often those of the next one as well.
     std::shared_ptr<const ResultShape> lastShape;
 
+    /// It still reads what its statement has not read, and is to be freed instead of used again.
+    bool isReading = false;
+
     /// Throws the handle's diagnostics as a failure of the given result.
     [[noreturn]] void Throw(SQLRETURN result) { ThrowDiagnostics(SQL_HANDLE_STMT, Get(), result); }
 

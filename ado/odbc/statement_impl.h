@@ -17,15 +17,21 @@
 
 namespace tk::ado {
 
-/// What comes behind a statement that was one of several in a text.
+class RowSet;
+
+/// Results behind a statement that are not the driver's to step to: of further statements of its text, which have been
+/// executed, or such as a driver would have left on the connection.
 struct FollowingResults {
-    std::deque<Statement> statements;  // executed
-    std::exception_ptr failure;        // what the one behind them met
+    std::deque<Statement> statements;
+    std::exception_ptr failure;  // what the one behind them met
+
+    /// Puts others behind these, unless there is a failure.
+    void Append(std::unique_ptr<FollowingResults> others);
 };
 
 struct Statement::Impl {
     std::shared_ptr<Lease> lease;
-    std::unique_ptr<StatementHandle> handle;  // null: one of several statements, which left nothing but its numbers
+    std::unique_ptr<StatementHandle> handle;  // null: it gave this back, for nothing but its numbers and rows are left
     std::unique_ptr<const ParameterBinding> binding;
     std::shared_ptr<ParameterOutputs> outputs;
     std::unique_ptr<ServerCursor> cursor;  // null: the driver has, or gets, all rows of the result
@@ -41,6 +47,7 @@ struct Statement::Impl {
     bool mayHaveMore = true;  // results behind this one, of which none has failed
     bool isOnSideConnection = false;
     std::shared_ptr<const ResultShape> shape;  // null: not described yet
+    std::shared_ptr<RowSet> rows;              // those of a result that was read before anybody asked for it
     std::vector<ErrorRecord> warnings;
     std::unique_ptr<FollowingResults> following;  // null: the driver knows of all results
 
@@ -54,6 +61,9 @@ struct Statement::Impl {
 
     /// Steps to the driver's next result; false when there is none.
     bool NextResult();
+
+    /// The same result without the handle: its numbers, and the shape of its rows.
+    std::unique_ptr<Impl> WithoutHandle() const;
 
     /// Executes the text again, parameters as they were; nothing has been fetched yet. Not for catalog calls.
     void Restart();

@@ -16,6 +16,7 @@ enum WordFlags : std::uint16_t {
     kTouches = 16,     // leaves something behind on the connection
     kLimitsCall = 32,  // as kLimits when a parenthesis follows
     kFrom = 64,
+    kGives = 128,  // as the first word: as kReads, but drivers do not know that
 };
 
 /// The last eight letters of a word as one number, without case: what tells short words apart.
@@ -80,7 +81,7 @@ constexpr Word kWords[] = {
     {"top", kLimits},
     {"truncate", kDefines},
     {"update", kWrites},
-    {"values", kReads},
+    {"values", kGives},
     {"where", kLimits},
     {"with", kReads},
 };
@@ -240,7 +241,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
             if ((flags & kFrom) != 0) hasFrom = true;
         }
     }
-    if ((first & (kReads | kWrites | kDefines)) == 0) kind.changesSession = true;
+    if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     return kind;

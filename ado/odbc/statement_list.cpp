@@ -14,6 +14,17 @@ constexpr std::string_view kOtherObjects[] = {"database", "index", "role", "sche
 constexpr std::string_view kProgramObjects[] = {"event", "function", "package", "procedure", "trigger"};
 constexpr std::string_view kBlockWords[] = {"call", "case", "declare", "for", "if", "loop", "repeat", "while"};
 
+// Statements with rows of which the driver does not know that: it would leave them on the connection, where no other
+// statement has a place any more. A second word: only before that.
+struct Words {
+    std::string_view first;
+    std::string_view second = {};
+};
+constexpr Words kHiddenRows[] = {
+    {"cache", "index"}, {"execute"}, {"help"},   {"load", "index"},
+    {"optimize"},       {"repair"},  {"values"}, {"xa", "recover"},
+};
+
 // Inside of a program: what END may be followed by, what a statement follows, and what a FOR that is no loop goes with.
 constexpr std::string_view kEnded[] = {"case", "for", "if", "loop", "repeat", "while"};
 constexpr std::string_view kBeforeStatements[] = {"begin", "do", "else", "loop", "repeat", "then"};
@@ -207,6 +218,16 @@ bool IsBlock(const Tokens& tokens, const Token& first) noexcept {
     return IsOneOf(first.word, kBlockWords) || (!first.word.empty() && next.sign == ':');
 }
 
+/// Inside of a block the driver looks for rows, whatever the statement.
+bool HidesRows(const Tokens& tokens, Token first) noexcept {
+    while (first.sign == '(')
+        first = tokens.After(first);
+    return std::ranges::any_of(kHiddenRows, [&](const Words& each) {
+        return EqualsNoCase(each.first, first.word) &&
+               (each.second.empty() || EqualsNoCase(each.second, tokens.After(first).word));
+    });
+}
+
 bool IsAnonymousBlock(const Tokens& tokens, const Token& first) noexcept {
     return EqualsNoCase(first.word, "begin") && EqualsNoCase(tokens.After(first).word, "not");
 }
@@ -253,7 +274,7 @@ std::string BlockOf(std::string_view sql, const Tokens& tokens, const Token& inn
 
 std::vector<ListedStatement> ListStatements(std::string_view sql) {
     std::vector<ListedStatement> list;
-    if (sql.find(';') == std::string_view::npos) return list;
+    if (sql.find(';') == std::string_view::npos && !HidesRows(Tokens(sql), Tokens(sql).At(0))) return list;
     std::string plain;
     if (sql.find('{') != std::string_view::npos) sql = plain = WithoutCallBraces(sql);
     const Tokens tokens(sql);
@@ -267,13 +288,14 @@ std::vector<ListedStatement> ListStatements(std::string_view sql) {
         }
         const bool isProgram = IsProgram(tokens, first);
         const bool isAnonymous = !isProgram && IsAnonymousBlock(tokens, first);
-        const bool isBlock = !isProgram && (isAnonymous || IsBlock(tokens, first));
+        const bool hidesRows = !isProgram && HidesRows(tokens, first);
+        const bool isBlock = !isProgram && (isAnonymous || hidesRows || IsBlock(tokens, first));
         const Extent extent = Measure(tokens, first,
                                       isProgram ? Reach::Program
                                       : isBlock ? Reach::Text
                                                 : Reach::Statement);
         markers += extent.markers;
-        if (isBlock && (!list.empty() || (extent.hasSemicolon && !isAnonymous))) {
+        if (isBlock && (hidesRows || !list.empty() || (extent.hasSemicolon && !isAnonymous))) {
             return {{BlockOf(sql, tokens, first, extent.end), markers}};
         }
         list.push_back({std::string(sql.substr(first.begin, extent.end - first.begin)), extent.markers,

@@ -21,13 +21,14 @@ struct ListedStatement {
     bool isProgram = false;
 };
 
-/// The statements of a text, without the comments around them. Empty for a text that can be sent as it is: one
+/// The statements of a text, without the comments around them. Empty for a text that can be sent as it is: one usual
 /// statement without semicolons in front of it or inside.
 ///
 /// A routine goes on until every BEGIN, IF, CASE and loop in it has its END. Where one of several may have results in a
 /// row (CALL, also in braces, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT
 /// ATOMIC ... END. The rest of such results would stay on the connection, and closing any other handle would swallow
-/// one of them.
+/// one of them. So does one of the statements whose rows the driver does not see (OPTIMIZE, REPAIR, VALUES and some
+/// rarer ones), also where it is all of the text.
 std::vector<ListedStatement> ListStatements(std::string_view sql);
 
 }  // namespace tk::ado

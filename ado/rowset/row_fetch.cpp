@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "ado/odbc/lock_wait.h"
+#include "ado/odbc/output_row.h"
 #include "ado/odbc/result_sizes.h"
 #include "ado/odbc/server_call.h"
 #include "ado/odbc/watchdog.h"
@@ -57,6 +58,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
         changed.notify_all();
         if (!fetcher->AtEnd()) return true;
     }
+    if (inside.maxRows == 0) inside.handle->isReading = false;
     if (!inside.FetchPart(RowsOfPart())) return false;
     fetcher->GoOn();
     return true;
@@ -96,15 +98,12 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
         RememberRows(statement->Internals().resultName, arrived);
     }
     if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
+        ReadFurther();
         if (statement->Internals().following) {
             const std::lock_guard lock(mutex);
             cancelTarget = nullptr;  // the handle goes with the step to the next statement
         }
-        try {
-            if (statement->MoreResults()) next = std::move(statement);
-        } catch (...) {
-            nextError = CurrentError();
-        }
+        if (nextError == nullptr) TakeNext(*statement);
     }
     {
         const std::lock_guard lock(mutex);
@@ -117,6 +116,65 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     isRunning = false;
     isComplete.store(true, std::memory_order_release);
     changed.notify_all();
+}
+
+void RowSet::Impl::ReadFurther() noexcept {
+    Statement::Impl& inside = statement->Internals();
+    if (!inside.handle->Profile().leavesResults || !inside.mayHaveMore) return;
+    try {
+        auto further = std::make_unique<FollowingResults>();
+        try {
+            while (!IsGivenUp() && inside.NextResult() && PassOutputRow(inside) && ReadResult(*further)) {}
+        } catch (...) {
+            further->failure = std::current_exception();
+        }
+        inside.mayHaveMore = false;
+        further->Append(std::move(inside.following));
+        inside.following = std::move(further);
+    } catch (...) {
+        nextError = CurrentError();
+    }
+}
+
+bool RowSet::Impl::ReadResult(FollowingResults& following) {
+    Statement::Impl& inside = statement->Internals();
+    if (inside.columnCount == 0) {
+        following.statements.emplace_back(inside.WithoutHandle());
+        return true;
+    }
+    statement->Columns();
+    auto result = inside.WithoutHandle();
+    auto reading = std::make_shared<Impl>(inside.shape);
+    result->rows = Make(reading);
+    reading->maxRows = static_cast<std::size_t>(inside.maxRows);
+    reading->stepSeconds = stepSeconds;
+    reading->origin = origin;
+    reading->fetcher = MakeFetcher(inside, reading->layout);
+    reading->statement = std::move(statement);
+    inside.handle->BeginRows();
+    try {
+        const std::size_t full = reading->fetcher->FullRows();
+        do {
+            if (IsGivenUp()) throw MakeCancelledError();
+        } while (reading->Step(full));
+    } catch (...) {
+        reading->error = CurrentError();
+    }
+    inside.handle->EndRows();
+    statement = std::move(reading->statement);
+    reading->fetcher.reset();
+    reading->isComplete = true;
+    const bool isWhole = reading->error == nullptr;
+    following.statements.emplace_back(std::move(result));
+    return isWhole;
+}
+
+void RowSet::Impl::TakeNext(Statement& from) noexcept {
+    try {
+        if (from.MoreResults()) next = std::make_unique<Statement>(std::move(from));
+    } catch (...) {
+        nextError = CurrentError();
+    }
 }
 
 void RowSet::Impl::Run(std::size_t until, const Patience* patience) noexcept {
@@ -230,6 +288,11 @@ void RowSet::Impl::WaitForAll() {
 std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr<Session>& session,
                                       const FetchOptions& options) {
     Statement::Impl& inside = statement.Internals();
+    if (inside.rows != nullptr) {
+        const auto read = std::move(inside.rows);
+        read->impl_->TakeNext(statement);
+        return read;
+    }
     statement.Columns();
     const DriverProfile& profile = inside.handle->Profile();
     auto impl = std::make_shared<Impl>(inside.shape);
@@ -247,6 +310,7 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
         const RunningCall::Scope running(session->Running(), *inside.handle);
         more = impl->FirstStep(impl->fetcher->FirstRows());
         if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
+        if (!more) impl->ReadFurther();
     }
     auto rows = Make(impl);
     if (!more) {

@@ -92,6 +92,17 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// The fetch has ended: lets go of the statement, looks for a further result, wakes the readers.
     void Finish(std::unique_ptr<AdoError> failure) noexcept;
 
+    /// Reads what follows, each result with its rows, where the driver would leave it on the connection.
+    void ReadFurther() noexcept;
+
+    /// Adds the statement's present result to those that follow; false when it could not be read whole.
+    bool ReadResult(FollowingResults& following);
+
+    /// Looks for a further result.
+    void TakeNext(Statement& from) noexcept;
+
+    bool IsGivenUp() const noexcept { return isCancelled || isInterrupted; }
+
     void RunJob() noexcept override;
     void AbortJob() noexcept override;
 

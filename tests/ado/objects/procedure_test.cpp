@@ -280,6 +280,24 @@ TEST_P(RowsAndOutputsTest, GivesBothAtOnce) {
     EXPECT_FALSE(static_cast<bool>(end.Call(recordset::kNextRecordset).Result()));
 }
 
+TEST_P(RowsAndOutputsTest, GivesOutputsBehindSeveralResults) {
+    Do(u"drop procedure if exists twice");
+    Do(u"create procedure twice(inout least integer, out words varchar(20)) begin select least as a; select 2 as b; "
+       u"set words = concat('at ', least), least = least + 1; end");
+    SetProcedure(u"twice");
+    const Object least = Add(u"least", 3, kInputOutput, 0, Number(2));
+    const Object words = Add(u"words", 202, kOutput, 20);
+    const Outcome outcome = Run();
+    ASSERT_TRUE(outcome.Ok()) << outcome;
+    EXPECT_EQ(least.Get(parameter::kValue).Long(), 3);
+    EXPECT_EQ(words.Get(parameter::kValue).Utf8(), "at 2");
+    Object rows = outcome.Result();
+    EXPECT_EQ(ValueOf(rows, u"a"), "2");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"b"), "2");
+}
+
 TEST_P(RowsAndOutputsTest, TakesNoTableOfTheSameNameForTheOutputs) {
     SetProcedure(u"stock");
     const Object a = Add(u"a", 3, kInputOutput, 0, Number(5));

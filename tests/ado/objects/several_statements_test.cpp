@@ -220,6 +220,100 @@ TEST_P(ProgramTextTest, RunsACallInBracesAndWhatFollowsAsOneBlock) {
     }
 }
 
+TEST_P(ProgramTextTest, SeesTheRowsOfRareStatements) {
+    for (const char16_t* text : {u"optimize table steps", u"/* all */ repair table steps;", u"check table steps",
+                                 u"values (1), (2)", u"execute immediate 'select 1'", u"/* all */ show tables"}) {
+        const Outcome run = Run(text);
+        ASSERT_TRUE(run.Ok()) << run << " in " << ToUtf8(text);
+        EXPECT_EQ(run.Result().Get(recordset::kState).Long(), 1) << ToUtf8(text);
+        EXPECT_EQ(AskFor(u"select 7"), "7") << ToUtf8(text);
+    }
+    for (const char16_t* text : {u"help 'select'", u"xa recover", u"load index into cache steps"}) {
+        Run(text);  // some are not allowed in a block: a failure, but the connection goes on
+        EXPECT_EQ(AskFor(u"select 7"), "7") << ToUtf8(text);
+    }
+}
+
+TEST_P(ProgramTextTest, KeepsResultsThatAreUnreadWhenTheConnectionGoesOn) {
+    Do(u"drop procedure if exists three; create procedure three() begin select 1 as a; "
+       u"select seq as b from seq_1_to_3000; select 3 as c; end");
+    Object rows = Run(u"call three()").Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    Do(u"insert into steps values (1)");
+    EXPECT_EQ(ValueOf(rows, u"a"), "1");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 3000);
+    EXPECT_TRUE(rows.Call(recordset::kMoveLast).Ok());
+    EXPECT_EQ(ValueOf(rows, u"b"), "3000");
+    EXPECT_EQ(AskFor(u"select 8"), "8");
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"c"), "3");
+    rows = rows.Call(recordset::kNextRecordset).Result();  // the CALL itself
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(rows.Get(recordset::kState).Long(), 0);
+    EXPECT_FALSE(rows.Call(recordset::kNextRecordset).Result());
+}
+
+TEST_P(ProgramTextTest, LosesNoResultWhenAnUnreadOneIsReleased) {
+    Do(u"drop procedure if exists two; create procedure two() begin select 1 as a; select 2 as b; end");
+    for (const bool isReadToTheLastRows : {false, true}) {
+        SCOPED_TRACE(isReadToTheLastRows);
+        Object unread = Run(u"select 0 as z; call two()").Result();
+        for (int i = 0; isReadToTheLastRows && i < 3; ++i)
+            unread = unread.Call(recordset::kNextRecordset).Result();
+        ASSERT_TRUE(unread);
+        Object rows = Run(u"call two(); select 5 as c").Result();
+        unread = Object();
+        for (const auto& [name, value] : {std::pair(u"a", "1"), std::pair(u"b", "2"), std::pair(u"c", "5")}) {
+            ASSERT_TRUE(rows);
+            EXPECT_EQ(ValueOf(rows, name), value);
+            rows = rows.Call(recordset::kNextRecordset).Result();
+        }
+    }
+}
+
+TEST_P(ProgramTextTest, TellsTheFailureBehindAResultAfterTheConnectionWentOn) {
+    Do(u"drop procedure if exists failing; create procedure failing() begin select 1 as a; select 2 as b; "
+       u"insert into nowhere values (1); end");
+    Object rows = Run(u"call failing()").Result();
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    ASSERT_TRUE(rows);
+    rows = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"b"), "2");
+    const Outcome failed = rows.Call(recordset::kNextRecordset);
+    EXPECT_EQ(failed.Error(), 0x80040E37u) << failed;
+    EXPECT_EQ(AskFor(u"select 8"), "8");
+}
+
+TEST_P(ProgramTextTest, KeepsOfEachUnreadResultAsManyRowsAsAreWanted) {
+    Do(u"drop procedure if exists two; create procedure two() begin select seq as a from seq_1_to_2000; "
+       u"select seq as b from seq_1_to_3000; end");
+    const Object rows = Object::Create(kRecordsetClass);
+    rows.Put(recordset::kMaxRecords, Number(1500));
+    const Outcome opened = rows.Call(recordset::kOpen, {Text(u"call two()"), connection_.AsValue()});
+    ASSERT_TRUE(opened.Ok()) << opened;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 1500);
+    const Object second = rows.Call(recordset::kNextRecordset).Result();
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second.Get(recordset::kRecordCount).Long(), 1500);
+}
+
+TEST_P(ProgramTextTest, CanBeLeftInTheMidstOfManyResults) {
+    Do(u"drop procedure if exists many; create procedure many() begin select seq as a from seq_1_to_20000; "
+       u"select seq as b from seq_1_to_500000; select 3 as c; end");
+    for (int i = 0; i < 3; ++i) {
+        Object rows = Run(u"call many()").Result();
+        ASSERT_TRUE(rows);
+        rows = Object();
+        EXPECT_EQ(AskFor(u"select 7"), "7");
+    }
+}
+
 TEST_P(ProgramTextTest, ReadsExecutableComments) {
     Do(u"insert into steps values (1); /*M! insert into steps values (2) */; /*!40000 insert into steps values (3) */");
     EXPECT_EQ(Steps(), "3");

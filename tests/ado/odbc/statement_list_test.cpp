@@ -153,6 +153,33 @@ TEST(ListStatements, MakesABlockOfWhatMayHaveSeveralResults) {
         EXPECT_EQ(TextsOf(row.text), row.statements) << row.text;
 }
 
+TEST(ListStatements, MakesABlockOfWhatHasRowsThatTheDriverDoesNotSee) {
+    static const struct {
+        const char* text;
+        Texts statements;
+    } kRows[] = {
+        {"optimize table t", {"BEGIN NOT ATOMIC optimize table t\n;END"}},
+        {"-- tidy\n REPAIR TABLE t;", {"BEGIN NOT ATOMIC REPAIR TABLE t\n;END"}},
+        {"values (1), (2)", {"BEGIN NOT ATOMIC values (1), (2)\n;END"}},
+        {"((values (1)) union select 2)", {"BEGIN NOT ATOMIC ((values (1)) union select 2)\n;END"}},
+        {"select 1; optimize table t; select 2", {"BEGIN NOT ATOMIC select 1; optimize table t; select 2\n;END"}},
+        {"execute immediate 'select 1'", {"BEGIN NOT ATOMIC execute immediate 'select 1'\n;END"}},
+        {"help 'select'", {"BEGIN NOT ATOMIC help 'select'\n;END"}},
+        {"xa recover", {"BEGIN NOT ATOMIC xa recover\n;END"}},
+        {"xa start 'a'", {}},
+        {"load index into cache t", {"BEGIN NOT ATOMIC load index into cache t\n;END"}},
+        {"load data infile 'a' into table t", {}},
+        {"cache index t in hot", {"BEGIN NOT ATOMIC cache index t in hot\n;END"}},
+        {"insert into t values (1)", {}},
+        {"analyze table t", {}},
+        {"`values`", {}},
+        {"(", {}},
+        {"", {}},
+    };
+    for (const auto& row : kRows)
+        EXPECT_EQ(TextsOf(row.text), row.statements) << row.text;
+}
+
 TEST(ListStatements, CountsTheMarkersOfEach) {
     const auto list =
         ListStatements("insert into t values (?, '?', `?`, ?); /* ? */ select 1; delete from t where a = ? # ?");

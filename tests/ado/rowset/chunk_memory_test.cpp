@@ -13,6 +13,8 @@
 #include <fstream>
 #include <limits>
 #include <random>
+#include <set>
+#include <thread>
 #include <vector>
 
 namespace tk::ado {
@@ -49,6 +51,12 @@ bool IsMapped(const char* address) {
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
     const auto begin = reinterpret_cast<std::uintptr_t>(address) / page * page;
     return msync(reinterpret_cast<void*>(begin), page, MS_ASYNC) == 0 || errno != ENOMEM;
+}
+
+std::size_t MappedBytes() {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 /// What the system knows of the mapping that an address is in: "rd wr mr ...".
@@ -97,18 +105,64 @@ TEST(ChunkMemory, ALargeResultLiesInBlocksOfHugePagesThatGrowWithIt) {
     EXPECT_NE(FlagsAt(AddressOf(pieces[blocks.front()])).find("hg"), std::string::npos);
 }
 
-TEST(ChunkMemory, GivesABlockBackWithItsLastPiece) {
-    ChunkMemory memory;
-    std::vector<Piece> pieces = TakeMany(memory, 400);
-    const std::vector<std::size_t> blocks = BlocksIn(pieces);
-    ASSERT_FALSE(blocks.empty());
-    const char* const inside = pieces[blocks.front()].get();
-    Piece kept = pieces[blocks.front() + 1];
+/// The pages of huge ones that pieces of blocks lie in.
+std::set<std::uintptr_t> PagesOf(const std::vector<Piece>& pieces) {
+    std::set<std::uintptr_t> pages;
+    for (std::size_t i = BlocksIn(pieces).front(); i < pieces.size(); ++i) {
+        pages.insert(AddressOf(pieces[i]) / (2 * kMegabyte));
+        pages.insert((AddressOf(pieces[i]) + kSize - 1) / (2 * kMegabyte));
+    }
+    return pages;
+}
+
+TEST(ChunkMemory, KeepsABlockUntilItsLastPieceIsGone) {
+    auto memory = std::make_unique<ChunkMemory>();
+    std::vector<Piece> pieces = TakeMany(*memory, 400);
+    const std::size_t first = BlocksIn(pieces).front();
+    const Piece kept = pieces[first + 1];
     pieces.clear();
-    EXPECT_TRUE(IsMapped(inside));
+    memory.reset();
+    ChunkMemory other;
+    const std::vector<Piece> others = TakeMany(other, 400);
+    EXPECT_FALSE(PagesOf(others).contains(AddressOf(kept) / (2 * kMegabyte)));
     EXPECT_EQ(kept[kSize - 1], 'x');
-    kept.reset();
-    EXPECT_FALSE(IsMapped(inside));
+}
+
+TEST(ChunkMemory, UsesTheBlocksOfAResultThatIsGoneForTheNext) {
+    {
+        ChunkMemory memory;
+        TakeMany(memory, 400);
+    }
+    const std::size_t before = MappedBytes();
+    ChunkMemory memory;
+    const std::vector<Piece> pieces = TakeMany(memory, 400);  // blocks of some 30 MB
+    EXPECT_LT(MappedBytes(), before + 16 * kMegabyte);        // what lies before them is of the heap
+}
+
+TEST(ChunkMemory, KeepsNoMoreThanSixtyFourMegabytesForTheNextResult) {
+    std::set<std::uintptr_t> pages;
+    {
+        ChunkMemory memory;
+        pages = PagesOf(TakeMany(memory, 2500));
+    }
+    ASSERT_GE(pages.size(), 100u);
+    const auto kept = std::ranges::count_if(
+        pages, [](std::uintptr_t page) { return IsMapped(reinterpret_cast<const char*>(page * 2 * kMegabyte)); });
+    EXPECT_LE(kept, 32);
+    EXPECT_GE(kept, 32 - 7);  // the oldest one that had to go for the last may have been larger
+}
+
+TEST(ChunkMemory, ServesThreadsAtOnce) {
+    const auto work = [] {
+        for (int i = 0; i < 20; ++i) {
+            ChunkMemory memory;
+            const std::vector<Piece> pieces = TakeMany(memory, 150);
+            EXPECT_TRUE(std::ranges::all_of(pieces, [](const Piece& each) { return each[kSize / 2] == 'x'; }));
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
 }
 
 TEST(ChunkMemory, RefusesWhatNoMemoryCanHold) {
@@ -127,9 +181,7 @@ TEST(ChunkMemory, RefusesWhatNoMemoryCanHold) {
     ChunkMemory memory;
     std::vector<Piece> pieces = TakeMany(memory, 700);  // the next block is the largest
     const std::vector<std::size_t> before = BlocksIn(pieces);
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t room = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + 12 * kMegabyte;
+    const rlim_t room = MappedBytes() + 12 * kMegabyte;
     const rlimit limit = {room, room};
     if (before.empty() || setrlimit(RLIMIT_AS, &limit) != 0) _exit(2);
     const std::vector<Piece> more = TakeMany(memory, 30);
@@ -140,6 +192,7 @@ TEST(ChunkMemory, DoesWithoutBlocksWhereThereIsNoRoom) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "a sanitizer needs more address space than can be limited";
 #endif
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process of its own: no blocks are left from before
     EXPECT_EXIT(TakeWithoutRoom(), testing::ExitedWithCode(0), "");
 }
 

@@ -116,7 +116,7 @@ Statement CommandObject::Run(Session& session, const Command& plan, const Comman
 
 void CommandObject::TakeOutputs(RowSet* rows, const ParameterOutputs* outputs, const CommandSql& sql) const {
     // Some drivers give the values with the statement's last result.
-    if (rows != nullptr) rows->CountRows();
+    if (rows != nullptr) rows->WaitForOutputs();
     for (std::size_t mark = 0; outputs != nullptr && mark < sql.marks.size(); ++mark) {
         if (sql.marks[mark] >= parameters_.size()) continue;
         ParameterObject& parameter = *parameters_[sql.marks[mark]];

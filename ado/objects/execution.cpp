@@ -49,7 +49,10 @@ Executed RunOn(const std::shared_ptr<Session>& session, const Execution& executi
         statement.TakeRest();
     }
     if (execution.takeOutputs) execution.takeOutputs(executed.rows.get(), outputs.get());
-    if (execution.noRecords) executed.rows.reset();
+    if (execution.noRecords && executed.rows) {
+        if (const auto next = executed.rows->TakeNextResult()) next->TakeRest();
+        executed.rows.reset();
+    }
     return executed;
 }
 

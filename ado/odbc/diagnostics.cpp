@@ -112,6 +112,7 @@ constexpr NativeRule kNativeRules[] = {
     {2003, "", E_FAIL, kCauseConnection, true},
     {2006, "", E_FAIL, kCauseConnection, true},
     {2013, "", E_FAIL, kCauseConnection, true},
+    {2014, "", E_FAIL, kCauseConnection, true},  // out of sync: with rows on it that nobody can read
     {20017, "", E_FAIL, kCauseConnection, true},
 };
 

@@ -60,6 +60,13 @@ struct Savepoint {
     const char* release;  // null: not needed
 };
 
+/// What SQL_ATTR_MAX_ROWS may be set for.
+enum class RowLimit {
+    OfAny,
+    OfReading,   // over any other statement the driver never ends
+    BehindText,  // the driver puts it behind the text, as a LIMIT
+};
+
 /// The statements around a cursor.
 struct CursorFrame {
     const char* begin;  // a statement of its own, so that `undo` has something to go back to; null: none
@@ -86,11 +93,8 @@ struct DriverProfile {
     unsigned fullBlockRows = 1;
     TimeLimit timeLimit = TimeLimit::Attribute;
     const char* timeLimitStatement = nullptr;  // for TimeLimit::Variable: in front of the seconds
-    // In front of the most rows of a SELECT, or DEFAULT: where SQL_ATTR_MAX_ROWS is put behind the text, whatever that
-    // is.
-    const char* rowLimitStatement = nullptr;
-    bool limitsReadingOnly = false;  // SQL_ATTR_MAX_ROWS over any other statement: it never ends
-    bool keepsReading = false;       // a result that is not read to its end stays locked as long as its handle
+    RowLimit rowLimit = RowLimit::OfAny;
+    bool keepsReading = false;  // a result that is not read to its end stays locked as long as its handle
     const char* loginTimeoutKeyword = nullptr;  // where SQL_ATTR_LOGIN_TIMEOUT is ignored
     bool connectsInTurn = false;                // two at once read what the other one frees
     Streaming streaming = Streaming::None;
@@ -106,6 +110,7 @@ struct DriverProfile {
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;             // SQLMoreResults is worth asking
     bool needsSingleStatements = false;  // a text of several keeps the connection locked, or ends the process
+    const char* failureQuery = nullptr;  // for leavesResults: SHOW what the last statement failed with
     bool leavesResults = false;          // closing a handle leaves what follows a result without rows on the connection
     const char* indexQuery = nullptr;  // where SQLStatistics hides conditions and expressions: a SELECT for a table and
                                        // a schema (three times; it may be empty), its columns by indexQueryColumns

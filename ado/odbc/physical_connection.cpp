@@ -140,6 +140,7 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
         return;
     }  // drivers differ in what a cancelled handle is good for
     if (handle->isReading) return;
+    handle->SetMaxRows(0);
     const std::lock_guard lock(handlesMutex_);
     if (handles_.size() < kKeptHandles) handles_.push_back(std::move(handle));
 }
@@ -193,6 +194,26 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
 }
 
+DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {
+    DiagnosticRecord failure{"HY000", 0, "A result is missing"};
+    if (profile_->failureQuery == nullptr) return failure;
+    const ServerCall call(*profile_, ServerCall::ShortSeconds());
+    OdbcStatement statement(Get());
+    std::string text = profile_->failureQuery;
+    SQLINTEGER native = 0;
+    char message[512] = "";  // the driver ends it with a zero
+    if (SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) &&
+        SQL_SUCCEEDED(Odbc().Fetch(statement.Get())) &&
+        SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 2, SQL_C_LONG, &native, sizeof native, nullptr)) &&
+        SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 3, SQL_C_CHAR, message, sizeof message, nullptr))) {
+        failure.native = native;
+        failure.message = message;
+    }
+    return failure;
+} catch (...) {
+    return {};
+}
+
 bool PhysicalConnection::HasLostTransaction() const noexcept try {
     if (profile_->newTransactionQuery == nullptr) return false;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
@@ -223,12 +244,6 @@ void PhysicalConnection::SetTimeLimitVariable(LONG seconds) {
     if (profile_->timeLimit != TimeLimit::Variable || seconds == timeLimit_) return;
     RunSimple(profile_->timeLimitStatement + std::to_string(seconds));
     timeLimit_ = seconds;
-}
-
-void PhysicalConnection::SetRowLimitVariable(LONG rows) {
-    if (profile_->rowLimitStatement == nullptr || rows == rowLimit_) return;
-    RunSimple(profile_->rowLimitStatement + (rows == 0 ? "DEFAULT" : std::to_string(rows)));
-    rowLimit_ = rows;
 }
 
 bool PhysicalConnection::Reset() noexcept try {

@@ -93,14 +93,14 @@ public:
     /// is not known. A statement has been run in it before.
     bool HasLostTransaction() const noexcept;
 
+    /// What the server says the last statement failed with, where it has a question for that.
+    DiagnosticRecord LastFailure() const noexcept;
+
     /// Runs a text without rows. False when it fails.
     bool RunText(const char* sql) noexcept;
 
     /// For TimeLimit::Variable.
     void SetTimeLimitVariable(LONG seconds);
-
-    /// Where a statement limits the rows of those that come (DriverProfile::rowLimitStatement). @param rows  0: all
-    void SetRowLimitVariable(LONG rows);
 
 private:
     void RunSimple(const std::string& sql);
@@ -112,7 +112,6 @@ private:
     SQLUINTEGER firstIsolation_ = 0;
     SQLUINTEGER isolation_ = 0;
     LONG timeLimit_ = 0;
-    LONG rowLimit_ = 0;
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them

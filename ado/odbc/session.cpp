@@ -136,7 +136,6 @@ struct Session::Impl {
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
-            (*on)->SetRowLimitVariable(options.maxRows);
             if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
             hasPlan = statement->handle != nullptr;
             if (!hasPlan) statement->handle = (*on)->TakeHandle();
@@ -148,7 +147,6 @@ struct Session::Impl {
         }
         StatementHandle& handle = *statement->handle;
         handle.SetTimeout(options.timeoutSeconds);
-        handle.SetMaxRows(options.maxRows);
         handle.Start();
         const RunningCall::Scope scope(running, handle);
         server.Name(handle);
@@ -307,10 +305,17 @@ struct Session::Impl {
         if (inside.columnCount == 0) statement = Statement(inside.WithoutHandle());
     }
 
-    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, ExecuteOptions options) {
+    /// How many rows the driver is to give; 0: all. Whoever fetches counts them too.
+    LONG SentLimit(const StatementKind& kind, LONG maxRows) const noexcept {
+        const RowLimit limit = Physical().Profile().rowLimit;
+        const bool isBorne =
+            limit == RowLimit::OfAny || (limit == RowLimit::OfReading ? kind.isReading : kind.takesLimit);
+        return isBorne ? maxRows : 0;
+    }
+
+    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
-        if (Physical().Profile().limitsReadingOnly && !kind.isReading) options.maxRows = 0;  // whoever fetches counts
         FinishWork(!kind.isReading, options.timeoutSeconds);
         ReplaceIfBroken();
         if (kind.changesSession) {
@@ -319,6 +324,7 @@ struct Session::Impl {
         }
         const auto execute = [&](StatementHandle& handle, std::string_view query) {
             std::unique_ptr<const ParameterBinding> binding;
+            handle.SetMaxRows(SentLimit(kind, options.maxRows));
             // Drivers take the text as writable; none writes.
             auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(query.data()));
             const auto length = static_cast<SQLINTEGER>(query.size());
@@ -342,6 +348,7 @@ struct Session::Impl {
         }
         if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
         statement->Internals().resultName = name;
+        if (kind.isReading && Physical().Profile().leavesResults) statement->Internals().mayHaveMore = false;
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
         return std::move(*statement);
     }

@@ -136,13 +136,21 @@ bool Statement::Impl::NextResult() {
     const bool isWatched = handle->Profile().timeLimit == TimeLimit::Watchdog;
     WatchdogGuard guard(isWatched ? timeoutSeconds : 0, *handle);
     const ServerCall call(handle->Profile(), timeoutSeconds, handle.get());
-    const SQLRETURN result = Odbc().MoreResults(handle->Get());
+    SQLRETURN result;
+    {
+        const StatementHandle::StepCall step(*handle);
+        result = Odbc().MoreResults(handle->Get());
+    }
     guard.Finish();
     if (result == SQL_NO_DATA) return mayHaveMore = false;
     if (!SQL_SUCCEEDED(result)) Fail(result);
     isFirstResult = false;
     ReadResultShape();
     return true;
+}
+
+void Statement::Impl::FailForMissing() const {
+    throw MakeError({(*lease)->LastFailure()});
 }
 
 std::unique_ptr<Statement::Impl> Statement::Impl::WithoutHandle() const {
@@ -171,7 +179,12 @@ void Statement::PassNumbers() {
 
 void Statement::TakeRest() {
     if (impl_->handle != nullptr && !impl_->handle->Profile().leavesResults) return;
-    while (NextResult()) {}
+    do {
+        bool isLastOfRows = false;
+        while (impl_->NextResult())
+            isLastOfRows = impl_->columnCount > 0;
+        if (isLastOfRows) impl_->FailForMissing();
+    } while (NextResult());
 }
 
 void Statement::Cancel() noexcept {

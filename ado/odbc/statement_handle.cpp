@@ -48,9 +48,12 @@ void StatementHandle::EndRows() noexcept {
 
 bool StatementHandle::RowCallLasts() const noexcept {
     constexpr int kMilliseconds = 100;
-    if (profile_.hasLocalRows) return false;
+    const unsigned kind = profile_.hasLocalRows ? kInStepCall : kInRowCalls | kInStepCall;
+    const unsigned stepCalls = stepCalls_.load(std::memory_order_relaxed);
     for (int i = 0; i < kMilliseconds; ++i) {
-        if ((state_.load(std::memory_order_acquire) & (kInRowCalls | kHeld)) != kInRowCalls) return false;
+        const unsigned state = state_.load(std::memory_order_acquire);
+        if ((state & kind) == 0 || (state & kHeld) != 0) return false;
+        if (stepCalls_.load(std::memory_order_relaxed) != stepCalls) return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return true;
@@ -105,8 +108,8 @@ void StatementHandle::SetTimeout(LONG seconds) {
 }
 
 void StatementHandle::SetMaxRows(LONG rows) {
-    if (profile_.rowLimitStatement != nullptr || rows == maxRows_) return;
-    SetNumber(SQL_ATTR_MAX_ROWS, static_cast<SQLULEN>(rows));  // the row set counts too
+    if (rows == maxRows_) return;
+    SetNumber(SQL_ATTR_MAX_ROWS, static_cast<SQLULEN>(rows));
     maxRows_ = rows;
 }
 
@@ -139,7 +142,11 @@ void StatementHandle::Unbind() noexcept {
 }
 
 void StatementHandle::TakeRest() noexcept {
-    while (SQL_SUCCEEDED(Odbc().MoreResults(Get()))) {}
+    SQLRETURN result = SQL_SUCCESS;
+    while (SQL_SUCCEEDED(result)) {
+        const StepCall step(*this);
+        result = Odbc().MoreResults(Get());
+    }
 }
 
 void StatementHandle::Close() noexcept {

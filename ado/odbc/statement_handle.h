@@ -56,6 +56,21 @@ public:
         StatementHandle& handle_;
     };
 
+    /// Around each call that steps to a further result: the server may be at it for long, wherever the rows come from.
+    class StepCall {
+    public:
+        explicit StepCall(StatementHandle& handle) noexcept : handle_(handle) {
+            handle_.stepCalls_.fetch_add(1, std::memory_order_relaxed);
+            handle_.state_.fetch_or(kInStepCall);
+        }
+        ~StepCall() { handle_.state_.fetch_and(~static_cast<unsigned>(kInStepCall)); }
+        StepCall(const StepCall&) = delete;
+        StepCall& operator=(const StepCall&) = delete;
+
+    private:
+        StatementHandle& handle_;
+    };
+
     /// From any thread. The call that runs now ends with "cancelled".
     void CancelRunning() noexcept;
     bool WasCancelled() const noexcept;
@@ -73,6 +88,7 @@ public:
     /// Attributes are sent only when they change.
     void SetTimeout(LONG seconds);
     void SetMaxRows(LONG rows);
+    LONG MaxRows() const noexcept { return maxRows_; }
 
     /// Rows of one fetch; with more than one, RowsFetched and RowStatus tell about each block.
     void SetRowArraySize(SQLULEN rows);
@@ -113,7 +129,8 @@ private:
         kRows = 16,
         kInRowCalls = 32,
         kCut = 64,
-        kHeld = 128
+        kHeld = 128,
+        kInStepCall = 256
     };
     void Reach(State reason) noexcept;
     bool RowCallLasts() const noexcept;
@@ -126,6 +143,7 @@ private:
     OdbcStatement handle_;
     const DriverProfile& profile_;
     std::atomic<unsigned> state_ = 0;
+    std::atomic<unsigned> stepCalls_ = 0;  // so far
     LONG timeout_ = 0;
     LONG maxRows_ = 0;
     SQLULEN rowArraySize_ = 1;

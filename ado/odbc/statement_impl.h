@@ -62,6 +62,10 @@ struct Statement::Impl {
     /// Steps to the driver's next result; false when there is none.
     bool NextResult();
 
+    /// For a driver that leaves results: the last of several is one with rows, but numbers come last of all. The driver
+    /// has taken a failure for a result without rows.
+    [[noreturn]] void FailForMissing() const;
+
     /// The same result without the handle: its numbers, and the shape of its rows.
     std::unique_ptr<Impl> WithoutHandle() const;
 

@@ -17,6 +17,7 @@ enum WordFlags : std::uint16_t {
     kLimitsCall = 32,  // as kLimits when a parenthesis follows
     kFrom = 64,
     kGives = 128,  // as the first word: as kReads, but drivers do not know that
+    kEnds = 256,   // a SELECT that has it may end in something that no LIMIT comes behind
 };
 
 /// The last eight letters of a word as one number, without case: what tells short words apart.
@@ -50,8 +51,8 @@ constexpr Word kWords[] = {
     {"delete", kWrites},
     {"drop", kDefines},
     {"explain", kReads | kLimits},
-    {"fetch", kLimits},
-    {"for", kLimits},
+    {"fetch", kLimits | kEnds},
+    {"for", kLimits | kEnds},
     {"from", kFrom},
     {"get_lock", kTouches},
     {"global", kTouches},
@@ -59,11 +60,14 @@ constexpr Word kWords[] = {
     {"group", kLimits},
     {"having", kLimits},
     {"insert", kWrites},
-    {"into", kTouches | kLimits},
-    {"limit", kLimits},
+    {"into", kTouches | kLimits | kEnds},
+    {"limit", kLimits | kEnds},
+    {"lock", kEnds},
     {"max", kLimitsCall},
     {"merge", kWrites},
     {"min", kLimitsCall},
+    {"offset", kEnds},
+    {"procedure", kEnds},
     {"release", kDefines},
     {"replace", kWrites},
     {"returning", kLimits},
@@ -208,6 +212,9 @@ StatementKind Inspect(std::string_view sql) noexcept {
     bool limited = false;
     bool hasFrom = false;
     bool ended = false;
+    bool hasComment = false;
+    bool isSelect = false;
+    bool endsOtherwise = false;
     bool isFirst = true;
     std::uint16_t first = 0;
     for (std::size_t at = 0; at < sql.size();) {
@@ -217,6 +224,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
                 continue;
             case Letter::Special:
                 if (sql[at] == ';') ended = true;
+                if (const std::string_view two = sql.substr(at, 2); two == "--" || two == "/*") hasComment = true;
                 // Variables, temporary tables of some systems, assignments inside a SELECT.
                 if (sql[at] == '@' || sql[at] == '#') kind.changesSession = true;
                 at = SkipToken(sql, at);
@@ -232,6 +240,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
         if (isFirst) {
             first = flags;
             limited = (flags & kLimits) != 0;
+            isSelect = EqualsNoCase(word.Text(), "select");
             isFirst = false;
         } else if (flags != 0) {
             const bool isCall = sql.substr(at, 1) == "(";
@@ -239,11 +248,13 @@ StatementKind Inspect(std::string_view sql) noexcept {
             if ((flags & kWrites) != 0 && !isCall) first = kWrites;
             if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && isCall)) limited = true;
             if ((flags & kFrom) != 0) hasFrom = true;
+            if ((flags & kEnds) != 0) endsOtherwise = true;
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
+    kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;
     return kind;
 }
 

@@ -21,8 +21,8 @@ struct Words {
     std::string_view second = {};
 };
 constexpr Words kHiddenRows[] = {
-    {"cache", "index"}, {"execute"}, {"help"},   {"load", "index"},
-    {"optimize"},       {"repair"},  {"values"}, {"xa", "recover"},
+    {"cache", "index"},   {"help"},   {"load", "index"}, {"optimize"}, {"repair"},
+    {"set", "statement"}, {"values"}, {"xa", "recover"},
 };
 
 // Inside of a program: what END may be followed by, what a statement follows, and what a FOR that is no loop goes with.

@@ -28,7 +28,7 @@ struct ListedStatement {
 /// row (CALL, also in braces, IF, LOOP and their like), the whole text is one block, which the server runs: BEGIN NOT
 /// ATOMIC ... END. The rest of such results would stay on the connection, and closing any other handle would swallow
 /// one of them. So does one of the statements whose rows the driver does not see (OPTIMIZE, REPAIR, VALUES and some
-/// rarer ones), also where it is all of the text.
+/// other ones), also where it is all of the text.
 std::vector<ListedStatement> ListStatements(std::string_view sql);
 
 }  // namespace tk::ado

@@ -23,8 +23,6 @@ constexpr std::size_t kMostBytesOfPart = std::size_t{512} * 1024;
 constexpr auto kCancelPatience = std::chrono::milliseconds(50);
 constexpr auto kJoinPatience = std::chrono::seconds(2);
 
-constexpr std::size_t kAllRows = std::numeric_limits<std::size_t>::max();
-
 /// The exception being handled, as an object of its own.
 std::unique_ptr<AdoError> CurrentError() noexcept {
     try {
@@ -58,7 +56,7 @@ bool RowSet::Impl::Step(std::size_t rows) {
         changed.notify_all();
         if (!fetcher->AtEnd()) return true;
     }
-    if (inside.maxRows == 0) inside.handle->isReading = false;
+    if (inside.handle->MaxRows() == 0) inside.handle->isReading = false;
     if (!inside.FetchPart(RowsOfPart())) return false;
     fetcher->GoOn();
     return true;
@@ -93,12 +91,17 @@ bool RowSet::Impl::FirstStep(std::size_t rows) {
 void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
     const bool isWhole = failure == nullptr && !isCancelled;
     fetcher.reset();
-    if (statement != nullptr) statement->Internals().handle->EndRows();
+    if (statement != nullptr) {
+        StatementHandle& handle = *statement->Internals().handle;
+        if (mayBeFollowed && isWhole) ReadFurther();
+        // Not left to the closing of the handle, which cannot be cancelled.
+        if (mayBeFollowed && !isWhole) handle.TakeRest();
+        handle.EndRows();
+    }
     if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
         RememberRows(statement->Internals().resultName, arrived);
     }
     if (isWhole && statement != nullptr && statement->Internals().handle->Profile().hasBatches) {
-        ReadFurther();
         if (statement->Internals().following) {
             const std::lock_guard lock(mutex);
             cancelTarget = nullptr;  // the handle goes with the step to the next statement
@@ -120,14 +123,23 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
 
 void RowSet::Impl::ReadFurther() noexcept {
     Statement::Impl& inside = statement->Internals();
-    if (!inside.handle->Profile().leavesResults || !inside.mayHaveMore) return;
     try {
         auto further = std::make_unique<FollowingResults>();
         try {
-            while (!IsGivenUp() && inside.NextResult() && PassOutputRow(inside) && ReadResult(*further)) {}
+            bool isWhole = true;
+            do {
+                ExpectNotGivenUp();
+                if (!inside.NextResult() || !PassOutputRow(inside)) break;
+                isWhole = ReadResult(*further);
+            } while (isWhole);
+            if (isWhole && !further->statements.empty() && further->statements.back().HasRows()) {
+                further->statements.pop_back();
+                inside.FailForMissing();
+            }
         } catch (...) {
             further->failure = std::current_exception();
         }
+        if (inside.mayHaveMore) inside.handle->TakeRest();
         inside.mayHaveMore = false;
         further->Append(std::move(inside.following));
         inside.following = std::move(further);
@@ -143,24 +155,22 @@ bool RowSet::Impl::ReadResult(FollowingResults& following) {
         return true;
     }
     statement->Columns();
-    auto result = inside.WithoutHandle();
     auto reading = std::make_shared<Impl>(inside.shape);
-    result->rows = Make(reading);
     reading->maxRows = static_cast<std::size_t>(inside.maxRows);
     reading->stepSeconds = stepSeconds;
     reading->origin = origin;
     reading->fetcher = MakeFetcher(inside, reading->layout);
+    auto result = inside.WithoutHandle();
+    result->rows = Make(reading);
     reading->statement = std::move(statement);
-    inside.handle->BeginRows();
     try {
         const std::size_t full = reading->fetcher->FullRows();
         do {
-            if (IsGivenUp()) throw MakeCancelledError();
+            ExpectNotGivenUp();
         } while (reading->Step(full));
     } catch (...) {
         reading->error = CurrentError();
     }
-    inside.handle->EndRows();
     statement = std::move(reading->statement);
     reading->fetcher.reset();
     reading->isComplete = true;
@@ -184,22 +194,36 @@ void RowSet::Impl::Run(std::size_t until, const Patience* patience) noexcept {
     }
     try {
         const std::size_t full = fetcher->FullRows();
-        while (!isCancelled.load(std::memory_order_relaxed)) {
+        while (!areRowsThere && !isCancelled.load(std::memory_order_relaxed)) {
             if (isInterrupted.load(std::memory_order_relaxed)) throw MakeCancelledError();
             if (arrived.load(std::memory_order_relaxed) >= until || (patience != nullptr && patience->IsOver())) {
-                {
-                    const std::lock_guard lock(mutex);
-                    isRunning = false;
-                }
-                FetchPool::Instance().Submit(shared_from_this());
-                return;
+                return PutOff();
             }
-            if (!Step(full)) break;
+            if (Step(full)) continue;
+            if (!mayBeFollowed) break;
+            TellRowsAreThere();
+            if (until != kToTheEnd) return PutOff();
         }
         Finish(nullptr);
     } catch (...) {
         Finish(CurrentError());
     }
+}
+
+void RowSet::Impl::PutOff() {
+    {
+        const std::lock_guard lock(mutex);
+        isRunning = false;
+    }
+    FetchPool::Instance().Submit(shared_from_this());
+}
+
+void RowSet::Impl::TellRowsAreThere() noexcept {
+    {
+        const std::lock_guard lock(mutex);
+        areRowsThere = true;
+    }
+    changed.notify_all();
 }
 
 void RowSet::Impl::AbortJob() noexcept {
@@ -220,7 +244,7 @@ bool RowSet::Impl::FinishWork(const Patience& patience) noexcept {
             if (changed.wait_for(lock, kMoment, [this] { return isComplete.load(); })) return true;
         }
         if (patience.IsOver()) return false;
-        if (Claim()) Run(kAllRows, &patience);  // every thread of the pool is busy with other fetches
+        if (Claim()) Run(kToTheEnd, &patience);  // every thread of the pool is busy with other fetches
     }
 }
 
@@ -249,12 +273,13 @@ private:
     Impl& impl_;
 };
 
-void RowSet::Impl::WaitFor(std::size_t rows) {
-    if (arrived.load(std::memory_order_acquire) >= rows || isComplete.load(std::memory_order_acquire)) return;
+template <class IsOver>
+void RowSet::Impl::WaitUntil(std::size_t rows, IsOver isOver) {
+    if (isOver()) return;
     const ReaderCount reader(*this);
     if (Claim()) Run(rows);
     std::unique_lock lock(mutex);
-    while (arrived.load(std::memory_order_relaxed) < rows && !isComplete) {
+    while (!isOver()) {
         changed.wait(lock);
         if (isRunning || isComplete) continue;
         lock.unlock();
@@ -263,26 +288,34 @@ void RowSet::Impl::WaitFor(std::size_t rows) {
     }
 }
 
+void RowSet::Impl::WaitFor(std::size_t rows) {
+    WaitUntil(rows, [this, rows] { return arrived.load(std::memory_order_acquire) >= rows || HasAllRows(); });
+}
+
+void RowSet::Impl::WaitForEnd() {
+    WaitUntil(kToTheEnd, [this] { return isComplete.load(std::memory_order_acquire); });
+}
+
 void RowSet::Impl::Stop() noexcept {
     if (isComplete) return;
     isCancelled = true;
-    if (Claim()) return Finish(nullptr);
+    // Letting go of what may be followed waits for the server to end it: for a thread that can be helped by a cancel.
+    if (!mayBeFollowed && Claim()) return Finish(nullptr);
     {
         std::unique_lock lock(mutex);
         if (changed.wait_for(lock, kCancelPatience, [this] { return isComplete.load(); })) return;
     }
     CancelStatement();
-    std::unique_lock lock(mutex);
-    changed.wait_for(lock, kJoinPatience, [this] { return isComplete.load(); });
+    {
+        std::unique_lock lock(mutex);
+        if (changed.wait_for(lock, kJoinPatience, [this] { return isComplete.load(); })) return;
+    }
+    if (Claim()) Finish(nullptr);
     // A driver that does not come back keeps what it uses; nobody waits for it.
 }
 
 void RowSet::Impl::RunJob() noexcept {
-    Run(kAllRows);
-}
-
-void RowSet::Impl::WaitForAll() {
-    WaitFor(kAllRows);
+    Run(kToTheEnd);
 }
 
 std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr<Session>& session,
@@ -305,18 +338,19 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
     inside.handle->BeginRows();
 
     if (profile.timeLimit == TimeLimit::Watchdog) impl->stepSeconds = inside.timeoutSeconds;
+    impl->mayBeFollowed = profile.leavesResults && inside.mayHaveMore;
     bool more = true;
     {
         const RunningCall::Scope running(session->Running(), *inside.handle);
         more = impl->FirstStep(impl->fetcher->FirstRows());
         if (more && !options.asynchronous) more = impl->Step(kInlineRows - impl->fetcher->FirstRows());
-        if (!more) impl->ReadFurther();
     }
     auto rows = Make(impl);
-    if (!more) {
+    if (!more && !impl->mayBeFollowed) {
         impl->Finish(nullptr);
         return rows;
     }
+    impl->areRowsThere = !more;
     session->SetBackgroundWork(std::weak_ptr<BackgroundWork>(impl), inside.isOnSideConnection);
     FetchPool::Instance().Submit(impl);
     return rows;

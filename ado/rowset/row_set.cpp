@@ -259,13 +259,13 @@ std::size_t RowSet::ArrivedRows() const noexcept {
 }
 
 std::size_t RowSet::CountRows() {
-    impl_->WaitForAll();
+    impl_->WaitFor(kAllRows);
     impl_->ThrowIfFailed();
     return ArrivedRows();
 }
 
 bool RowSet::IsComplete() const noexcept {
-    return impl_->isComplete.load(std::memory_order_acquire);
+    return impl_->HasAllRows();
 }
 
 void RowSet::Cancel() {
@@ -374,8 +374,13 @@ std::size_t RowSet::MemoryBytes() const {
     return bytes;
 }
 
+void RowSet::WaitForOutputs() {
+    impl_->WaitForEnd();
+    impl_->ThrowIfFailed();
+}
+
 std::unique_ptr<Statement> RowSet::TakeNextResult() {
-    impl_->WaitForAll();
+    impl_->WaitForEnd();
     if (impl_->nextError != nullptr) throw AdoError(*std::exchange(impl_->nextError, nullptr));
     return std::move(impl_->next);
 }

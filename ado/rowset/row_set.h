@@ -107,6 +107,9 @@ public:
     /// Bytes held for the rows, for the memory promise of the documentation.
     std::size_t MemoryBytes() const;
 
+    /// Waits until all is there that the driver gives with the rows and behind them.
+    void WaitForOutputs();
+
     /// The statement's next result, or an empty pointer; only when this one is complete.
     std::unique_ptr<Statement> TakeNextResult();
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -21,6 +22,10 @@
 #include "ado/rowset/row_set.h"
 
 namespace tk::ado {
+
+// What a fetch goes on until: all rows, or the end of what the statement gives.
+inline constexpr std::size_t kToTheEnd = std::numeric_limits<std::size_t>::max();
+inline constexpr std::size_t kAllRows = kToTheEnd - 1;
 
 struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enable_shared_from_this<RowSet::Impl> {
     explicit Impl(std::shared_ptr<const ResultShape> of) : shape(std::move(of)) {}
@@ -85,14 +90,18 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// How many rows the next part of a cursor's result is to have: fewer when those of the last chunk are wide.
     std::size_t RowsOfPart() const noexcept;
 
-    /// Fetches until `until` rows have arrived, until the patience is over, or to the end. The caller has claimed the
-    /// job.
+    /// Fetches until `until` rows have arrived or the patience is over. The caller has claimed the job.
     void Run(std::size_t until, const Patience* patience = nullptr) noexcept;
+
+    /// Hands the job, which the caller has claimed, in again.
+    void PutOff();
+
+    void TellRowsAreThere() noexcept;
 
     /// The fetch has ended: lets go of the statement, looks for a further result, wakes the readers.
     void Finish(std::unique_ptr<AdoError> failure) noexcept;
 
-    /// Reads what follows, each result with its rows, where the driver would leave it on the connection.
+    /// All rows are there, the statement goes on: reads what follows, each result with its rows. Cancelled as the rows.
     void ReadFurther() noexcept;
 
     /// Adds the statement's present result to those that follow; false when it could not be read whole.
@@ -101,14 +110,23 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     /// Looks for a further result.
     void TakeNext(Statement& from) noexcept;
 
-    bool IsGivenUp() const noexcept { return isCancelled || isInterrupted; }
+    void ExpectNotGivenUp() const {
+        if (isCancelled || isInterrupted) throw MakeCancelledError();
+    }
 
     void RunJob() noexcept override;
     void AbortJob() noexcept override;
 
-    /// Waits until so many rows are there, or the fetch has ended. Does the work itself when nobody else has begun it.
+    /// Waits until so many rows are there, or no more will be. Does the work itself when nobody else has begun it.
     void WaitFor(std::size_t rows);
-    void WaitForAll();
+
+    /// ... until nothing of the statement is left on the connection.
+    void WaitForEnd();
+
+    template <class IsOver>
+    void WaitUntil(std::size_t rows, IsOver isOver);
+
+    bool HasAllRows() const noexcept { return areRowsThere || isComplete; }
 
     bool IsDone() const noexcept override { return isComplete; }
     bool FinishWork(const Patience& patience) noexcept override;
@@ -124,7 +142,8 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     std::condition_variable changed;
     mutable std::vector<std::unique_ptr<Chunk>> chunks;  // grows only, and not after isComplete
     std::atomic<std::size_t> arrived = 0;
-    std::atomic<bool> isComplete = false;
+    std::atomic<bool> areRowsThere = false;  // all of them; what follows may still be read
+    std::atomic<bool> isComplete = false;    // the statement has let go of the connection
     std::atomic<bool> isCancelled = false;
     std::atomic<bool> isInterrupted = false;
     std::unique_ptr<AdoError> error;          // thrown to readers as copies: it crosses threads
@@ -136,7 +155,8 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     std::unique_ptr<Statement> statement;
     std::unique_ptr<Fetcher> fetcher;
     std::size_t maxRows = 0;
-    LONG stepSeconds = 0;  // the time limit of a step; 0: the driver keeps it itself, or there is none
+    LONG stepSeconds = 0;        // the time limit of a step; 0: the driver keeps it itself, or there is none
+    bool mayBeFollowed = false;  // by results that the driver would leave on the connection
     std::unique_ptr<Statement> next;
     std::unique_ptr<AdoError> nextError;
 

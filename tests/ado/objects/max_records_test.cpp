@@ -87,12 +87,32 @@ TEST_P(ServerMaxRecordsTest, LimitTextsThatAreNoSelect) {
     EXPECT_EQ(AskFor(u"select count(*) from steps"), "9");
 }
 
-TEST_P(ServerMaxRecordsTest, SpareTheServerTheOtherRows) {
+TEST_P(ServerMaxRecordsTest, SpareTheServerTheOtherRowsOfAPlainSelect) {
+    const auto sent = [&] {
+        return std::stol(
+            AskFor(u"select variable_value from information_schema.session_status where variable_name = 'rows_sent'"));
+    };
+    const long before = sent();
+    EXPECT_EQ(CountOf(u"select a.id from steps a, steps b, steps c", 2), 2);
+    EXPECT_LT(sent(), before + 9);
+}
+
+TEST_P(ServerMaxRecordsTest, LimitNothingThatAFunctionOrTriggerReads) {
+    Do(u"drop function if exists counted; create function counted() returns integer reads sql data begin "
+       u"declare n integer default 0; for r in (select id from steps) do set n = n + 1; end for; return n; end");
+    Drop(u"copies");
+    Do(u"create table copies (id integer)");
+    Drop(u"starts");
+    Do(u"create table starts (id integer)");
+    Do(u"create trigger copy_all after insert on starts for each row begin "
+       u"for r in (select id from steps) do insert into copies values (r.id); end for; end");
     const Object rows = Object::Create(kRecordsetClass);
     rows.Put(recordset::kMaxRecords, Number(3));
-    ASSERT_TRUE(rows.Call(recordset::kOpen, {Text(u"select @@sql_select_limit"), connection_.AsValue()}).Ok());
-    EXPECT_EQ(rows.Get(recordset::kCollect, {Number(0)}).Utf8(), "3");
-    EXPECT_NE(AskFor(u"select @@sql_select_limit"), "3");
+    ASSERT_TRUE(rows.Call(recordset::kOpen, {Text(u"select counted()"), connection_.AsValue()}).Ok());
+    EXPECT_EQ(rows.Get(recordset::kCollect, {Number(0)}).Utf8(), "9");
+    ASSERT_TRUE(rows.Call(recordset::kClose).Ok());
+    ASSERT_TRUE(rows.Call(recordset::kOpen, {Text(u"insert into starts values (1)"), connection_.AsValue()}).Ok());
+    EXPECT_EQ(AskFor(u"select count(*) from copies"), "9");
 }
 
 INSTANTIATE_TEST_SUITE_P(Systems, ServerMaxRecordsTest, ::testing::Values(SystemKind::MariaDb), SystemName);

@@ -1,6 +1,8 @@
 // Texts of several statements, where the system takes them.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <thread>
 
 #include "database_systems.h"
@@ -221,8 +223,9 @@ TEST_P(ProgramTextTest, RunsACallInBracesAndWhatFollowsAsOneBlock) {
 }
 
 TEST_P(ProgramTextTest, SeesTheRowsOfRareStatements) {
-    for (const char16_t* text : {u"optimize table steps", u"/* all */ repair table steps;", u"check table steps",
-                                 u"values (1), (2)", u"execute immediate 'select 1'", u"/* all */ show tables"}) {
+    for (const char16_t* text :
+         {u"optimize table steps", u"/* all */ repair table steps;", u"check table steps", u"values (1), (2)",
+          u"/* all */ show tables", u"set statement max_statement_time=5 for select 1"}) {
         const Outcome run = Run(text);
         ASSERT_TRUE(run.Ok()) << run << " in " << ToUtf8(text);
         EXPECT_EQ(run.Result().Get(recordset::kState).Long(), 1) << ToUtf8(text);
@@ -312,6 +315,112 @@ TEST_P(ProgramTextTest, CanBeLeftInTheMidstOfManyResults) {
         rows = Object();
         EXPECT_EQ(AskFor(u"select 7"), "7");
     }
+}
+
+TEST_P(ProgramTextTest, GivesTheFirstResultWhileTheNextOneIsWaitedFor) {
+    Do(u"drop procedure if exists waiting; create procedure waiting() begin select 1 as a; "
+       u"select get_lock('a lock of the test', 20) as b; end");
+    const Object other = Connect();
+    EXPECT_EQ(Ask(other, u"select get_lock('a lock of the test', 0)"), "1");
+    for (const LONG options : {1, 1 | 0x20}) {
+        SCOPED_TRACE(options);
+        Object rows = OpenRows(connection_, u"call waiting()", 1, options);
+        EXPECT_EQ(ValueOf(rows, u"a"), "1");
+        EXPECT_TRUE(rows.Call(recordset::kMoveNext).Ok());
+        EXPECT_TRUE(rows.Get(recordset::kEof).True());
+        EXPECT_EQ(rows.Get(recordset::kRecordCount).Long(), 1);
+        EXPECT_EQ(Ask(other, u"select release_lock('a lock of the test')"), "1");
+        rows = rows.Call(recordset::kNextRecordset).Result();
+        ASSERT_TRUE(rows);
+        EXPECT_EQ(ValueOf(rows, u"b"), "1");
+        EXPECT_EQ(AskFor(u"select release_lock('a lock of the test')"), "1");
+        EXPECT_EQ(Ask(other, u"select get_lock('a lock of the test', 0)"), "1");
+    }
+}
+
+TEST_P(ProgramTextTest, EndsWhenItIsLeftInTheMidst) {
+    Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(20) as b; "
+       u"select 3 as c; end");
+    for (const bool isClosed : {false, true}) {
+        Object rows = Run(u"call slow()").Result();
+        ASSERT_TRUE(rows);
+        if (isClosed) rows.Call(recordset::kClose);
+        rows = Object();
+        EXPECT_EQ(AskElsewhere(u"select count(*) from information_schema.processlist where info like '%sleep(20)%' and "
+                               u"id <> connection_id()"),
+                  "0");
+        EXPECT_EQ(AskFor(u"select 7"), "7");
+    }
+}
+
+TEST_P(ProgramTextTest, TellsACancelledWaitForTheNextResult) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the driver's SQLCancel leaves a lock that another thread holds; the system refuses that";
+#endif
+    Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(20) as b; "
+       u"select 3 as c; end");
+    const Object rows = OpenRows(connection_, u"call slow()", 1);
+    std::thread canceller([&] {
+        while (AskElsewhere(u"select count(*) from information_schema.processlist where info like '%sleep(20)%' and "
+                            u"id <> connection_id()") != "1")
+            std::this_thread::yield();
+        usleep(100'000);  // until the other thread waits; it is told either way
+        rows.Call(recordset::kCancel);
+    });
+    Outcome next = rows.Call(recordset::kNextRecordset);
+    canceller.join();
+    while (next.Ok() && next.Result() && next.Result().Get(recordset::kState).Long() != 0)
+        next = next.Result().Call(recordset::kNextRecordset);
+    EXPECT_FALSE(next.Ok());
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+}
+
+TEST_P(ProgramTextTest, LosesNoResultWithoutAWordWhenAReaderIsCancelled) {
+#ifdef __SANITIZE_THREAD__
+    GTEST_SKIP() << "the driver's SQLCancel leaves a lock that another thread holds; the system refuses that";
+#endif
+    Do(u"drop procedure if exists many; create procedure many() begin declare i integer default 0; "
+       u"select seq from seq_1_to_600; while i < 300 do select i; set i = i + 1; end while; end");
+    for (int round = 0; round < 20; ++round) {
+        Object rows = OpenRows(connection_, u"call many()", 1);
+        std::thread canceller([&] {
+            usleep(static_cast<useconds_t>(round) * 400);
+            rows.Call(recordset::kCancel);
+        });
+        bool isWhole = rows.Get(recordset::kRecordCount).Ok();
+        Outcome next = rows.Call(recordset::kNextRecordset);
+        canceller.join();
+        int results = 1;
+        for (; isWhole && next.Ok() && next.Result(); next = next.Result().Call(recordset::kNextRecordset)) {
+            isWhole =
+                next.Result().Get(recordset::kState).Long() == 0 || next.Result().Get(recordset::kRecordCount).Ok();
+            ++results;
+        }
+        if (isWhole && next.Ok() && results > 1) {
+            EXPECT_EQ(results, 302);
+        }
+        EXPECT_EQ(AskFor(u"select 7"), "7");
+    }
+}
+
+TEST_P(ProgramTextTest, TellsAFailureAmongTheRowsOfALaterResult) {
+    Do(u"drop procedure if exists failing; create procedure failing() begin select 1 as a; "
+       u"select case when seq < 2500 then seq else (select 1 union select 2) end from seq_1_to_5000; select 3; end");
+    const Object rows = Run(u"call failing()").Result();
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(ValueOf(rows, u"a"), "1");
+    const Outcome failed = rows.Call(recordset::kNextRecordset);
+    EXPECT_FALSE(failed.Ok());
+    EXPECT_NE(ToUtf8(failed.description).find("more than 1 row"), std::string::npos) << failed;
+    EXPECT_FALSE(connection_.Call(connection::kExecute, {Text(u"call failing()"), Omitted(), Number(129)}).Ok());
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+}
+
+TEST_P(ProgramTextTest, GetsANewConnectionForOneThatItsDriverHasLeftOutOfSync) {
+    Do(u"drop table if exists parts; create table parts (id integer) partition by hash (id) partitions 2");
+    Run(u"alter table parts check partition all");  // with rows, of which the driver does not know
+    connection_.Call(connection::kExecute, {Text(u"select 7")});
+    EXPECT_EQ(AskFor(u"select 8"), "8");
 }
 
 TEST_P(ProgramTextTest, ReadsExecutableComments) {

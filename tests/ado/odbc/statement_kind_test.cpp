@@ -74,5 +74,20 @@ TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
     }
 }
 
+TEST(InspectStatement, TellsWhatALimitCanBeWrittenBehind) {
+    for (const char* text : {"select * from item", "SELECT a FROM item where b in (1, 2) order by a", "select 1",
+                             "(select 1) union select 2", "select 'limit', \"for\" from item"}) {
+        EXPECT_TRUE(Inspect(text).takesLimit) << text;
+    }
+    for (const char* text :
+         {"select * from item limit 5", "select * from item for update", "select * from item lock in share mode",
+          "select * from item offset 3 rows", "select * from item procedure analyse()", "select 1 into @a",
+          "select * from item;", "select * from item -- all", "/* all */ select * from item", "select * from item # all",
+          "with a as (select 1) select * from a", "values (1)", "show tables", "explain select 1", "call p()",
+          "insert into item select * from item", "update item set a = 1", ""}) {
+        EXPECT_FALSE(Inspect(text).takesLimit) << text;
+    }
+}
+
 }  // namespace
 }  // namespace tk::ado

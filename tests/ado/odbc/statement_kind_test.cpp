@@ -82,9 +82,9 @@ TEST(InspectStatement, TellsWhatALimitCanBeWrittenBehind) {
     for (const char* text :
          {"select * from item limit 5", "select * from item for update", "select * from item lock in share mode",
           "select * from item offset 3 rows", "select * from item procedure analyse()", "select 1 into @a",
-          "select * from item;", "select * from item -- all", "/* all */ select * from item", "select * from item # all",
-          "with a as (select 1) select * from a", "values (1)", "show tables", "explain select 1", "call p()",
-          "insert into item select * from item", "update item set a = 1", ""}) {
+          "select * from item;", "select * from item -- all", "/* all */ select * from item",
+          "select * from item # all", "with a as (select 1) select * from a", "values (1)", "show tables",
+          "explain select 1", "call p()", "insert into item select * from item", "update item set a = 1", ""}) {
         EXPECT_FALSE(Inspect(text).takesLimit) << text;
     }
 }

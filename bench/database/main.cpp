@@ -124,7 +124,10 @@ void Inserts(benchmark::State& state, Contender& contender, long count) {
     state.SetItemsProcessed(state.iterations() * count);
 }
 
-void Register(const std::string& target, const std::string& connection, std::unique_ptr<Contender> owned) {
+enum class Workloads { All, TextScan };
+
+void Register(const std::string& target, const std::string& connection, std::unique_ptr<Contender> owned,
+              Workloads wanted = Workloads::All) {
     std::shared_ptr<Contender> contender = std::move(owned);
     contender->Connect(connection);
     const auto name = [&](const char* workload) { return target + "/" + workload + "/" + contender->Name(); };
@@ -134,8 +137,9 @@ void Register(const std::string& target, const std::string& connection, std::uni
     const auto add = [&](const char* workload, auto work) {
         benchmark::RegisterBenchmark(name(workload).c_str(), work)->Unit(benchmark::kMillisecond)->UseRealTime();
     };
-    add("native_scan", [contender](auto& state) { Scan(state, *contender, &Contender::NativeScan, once); });
     add("text_scan", [contender](auto& state) { Scan(state, *contender, &Contender::TextScan, texts); });
+    if (wanted == Workloads::TextScan) return;
+    add("native_scan", [contender](auto& state) { Scan(state, *contender, &Contender::NativeScan, once); });
     add("client_cursor", [contender](auto& state) { Scan(state, *contender, &Contender::ClientCursor, twice); });
     benchmark::RegisterBenchmark(name("point_query").c_str(), [contender](auto& state) { Points(state, *contender); })
         ->Unit(benchmark::kMicrosecond)
@@ -147,6 +151,7 @@ void Register(const std::string& target, const std::string& connection, std::uni
 void RegisterAll(const std::string& target, const std::string& connection) {
     for (auto make : {MakeRaw, MakeSoci, MakePoco, MakeQt, MakeTk})
         Register(target, connection, make());
+    Register(target, connection, MakeSociInto(), Workloads::TextScan);
 }
 
 }  // namespace

@@ -47,6 +47,7 @@ public:
 
 std::unique_ptr<Contender> MakeRaw();
 std::unique_ptr<Contender> MakeSoci();
+std::unique_ptr<Contender> MakeSociInto();  // for the text scan
 std::unique_ptr<Contender> MakePoco();
 std::unique_ptr<Contender> MakeQt();
 std::unique_ptr<Contender> MakeTk();

@@ -1,14 +1,17 @@
 #include "util/platform_calls.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace tk::test {
 namespace {
 
-PlatformCalls* listening = nullptr;
+std::atomic<PlatformCalls*> listening = nullptr;
+std::atomic<int> callers = 0;
 int logObject = 0;  // its address is the handle
 
 }  // namespace
@@ -21,10 +24,17 @@ PlatformCalls::PlatformCalls() {
 
 PlatformCalls::~PlatformCalls() {
     listening = nullptr;
+    while (callers != 0)
+        std::this_thread::yield();
 }
 
-PlatformCalls* PlatformCalls::Listening() {
-    return listening;
+Listener::Listener() {
+    ++callers;
+    calls_ = listening;
+}
+
+Listener::~Listener() {
+    --callers;
 }
 
 std::vector<LogRecord> PlatformCalls::Records() {
@@ -92,52 +102,53 @@ DWORD PlatformCalls::OnProgramPath(char* path, DWORD size) {
 }
 
 BOOL WINAPI FrontBeep(DWORD hertz, DWORD ms) {
-    if (PlatformCalls::Listening() == nullptr) return Own().beep(hertz, ms);
-    PlatformCalls::Listening()->OnStep("beep " + std::to_string(hertz) + " " + std::to_string(ms));
-    return TRUE;
+    if (const Listener listener; listener) {
+        listener->OnStep("beep " + std::to_string(hertz) + " " + std::to_string(ms));
+        return TRUE;
+    }
+    return Own().beep(hertz, ms);
 }
 
 void WINAPI FrontSleep(DWORD ms) {
-    if (PlatformCalls::Listening() == nullptr) return Own().sleep(ms);
-    PlatformCalls::Listening()->OnStep("sleep " + std::to_string(ms));
+    if (const Listener listener; listener) return listener->OnStep("sleep " + std::to_string(ms));
+    return Own().sleep(ms);
 }
 
 HANDLE WINAPI FrontRegisterEventSource(LPCSTR machine, LPCSTR source) {
-    if (PlatformCalls::Listening() == nullptr) return Own().registerEventSource(machine, source);
-    return PlatformCalls::Listening()->OnOpen(machine, source);
+    if (const Listener listener; listener) return listener->OnOpen(machine, source);
+    return Own().registerEventSource(machine, source);
 }
 
 BOOL WINAPI FrontReportEvent(HANDLE log, WORD type, WORD category, DWORD eventId, PSID user, WORD stringCount,
                              DWORD dataSize, LPCSTR* strings, LPVOID data) {
-    if (PlatformCalls::Listening() == nullptr) {
-        return Own().reportEvent(log, type, category, eventId, user, stringCount, dataSize, strings, data);
+    if (const Listener listener; listener) {
+        LogRecord record;
+        record.type = type;
+        record.category = category;
+        record.eventId = eventId;
+        record.hasUser = user != nullptr;
+        record.strings.assign(strings, strings + stringCount);
+        record.data.assign(static_cast<const char*>(data), dataSize);
+        return listener->OnReport(log, std::move(record));
     }
-    LogRecord record;
-    record.type = type;
-    record.category = category;
-    record.eventId = eventId;
-    record.hasUser = user != nullptr;
-    record.strings.assign(strings, strings + stringCount);
-    record.data.assign(static_cast<const char*>(data), dataSize);
-    return PlatformCalls::Listening()->OnReport(log, std::move(record));
+    return Own().reportEvent(log, type, category, eventId, user, stringCount, dataSize, strings, data);
 }
 
 BOOL WINAPI FrontDeregisterEventSource(HANDLE log) {
-    if (PlatformCalls::Listening() == nullptr) return Own().deregisterEventSource(log);
-    return PlatformCalls::Listening()->OnClose(log);
+    if (const Listener listener; listener) return listener->OnClose(log);
+    return Own().deregisterEventSource(log);
 }
 
 DWORD WINAPI FrontGetTickCount() {
-    PlatformCalls* const calls = PlatformCalls::Listening();
-    return calls != nullptr && calls->clock ? calls->clock() : Own().getTickCount();
+    if (const Listener listener; listener && listener->clock) return listener->clock();
+    return Own().getTickCount();
 }
 
 DWORD WINAPI FrontGetModuleFileName(HMODULE module, LPSTR path, DWORD size) {
-    PlatformCalls* calls = PlatformCalls::Listening();
-    if (calls == nullptr || calls->programPath == nullptr || module != nullptr) {
-        return Own().getModuleFileName(module, path, size);
+    if (const Listener listener; listener && listener->programPath != nullptr && module == nullptr) {
+        return listener->OnProgramPath(path, size);
     }
-    return calls->OnProgramPath(path, size);
+    return Own().getModuleFileName(module, path, size);
 }
 
 }  // namespace tk::test

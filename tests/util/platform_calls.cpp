@@ -14,6 +14,25 @@ std::atomic<PlatformCalls*> listening = nullptr;
 std::atomic<int> callers = 0;
 int logObject = 0;  // its address is the handle
 
+/// The one that listens, if any, for the time of a call: it is not destroyed meanwhile. Not for calls in which tests
+/// make a fault happen: that leaves them without an end.
+class Listener {
+public:
+    Listener() {
+        ++callers;
+        calls_ = listening;
+    }
+    ~Listener() { --callers; }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    explicit operator bool() const { return calls_ != nullptr; }
+    PlatformCalls* operator->() const { return calls_; }
+
+private:
+    PlatformCalls* calls_;
+};
+
 }  // namespace
 
 PlatformCalls::PlatformCalls() {
@@ -28,13 +47,8 @@ PlatformCalls::~PlatformCalls() {
         std::this_thread::yield();
 }
 
-Listener::Listener() {
-    ++callers;
-    calls_ = listening;
-}
-
-Listener::~Listener() {
-    --callers;
+PlatformCalls* PlatformCalls::Listening() {
+    return listening;
 }
 
 std::vector<LogRecord> PlatformCalls::Records() {
@@ -115,40 +129,41 @@ void WINAPI FrontSleep(DWORD ms) {
 }
 
 HANDLE WINAPI FrontRegisterEventSource(LPCSTR machine, LPCSTR source) {
-    if (const Listener listener; listener) return listener->OnOpen(machine, source);
-    return Own().registerEventSource(machine, source);
+    if (PlatformCalls::Listening() == nullptr) return Own().registerEventSource(machine, source);
+    return PlatformCalls::Listening()->OnOpen(machine, source);
 }
 
 BOOL WINAPI FrontReportEvent(HANDLE log, WORD type, WORD category, DWORD eventId, PSID user, WORD stringCount,
                              DWORD dataSize, LPCSTR* strings, LPVOID data) {
-    if (const Listener listener; listener) {
-        LogRecord record;
-        record.type = type;
-        record.category = category;
-        record.eventId = eventId;
-        record.hasUser = user != nullptr;
-        record.strings.assign(strings, strings + stringCount);
-        record.data.assign(static_cast<const char*>(data), dataSize);
-        return listener->OnReport(log, std::move(record));
+    if (PlatformCalls::Listening() == nullptr) {
+        return Own().reportEvent(log, type, category, eventId, user, stringCount, dataSize, strings, data);
     }
-    return Own().reportEvent(log, type, category, eventId, user, stringCount, dataSize, strings, data);
+    LogRecord record;
+    record.type = type;
+    record.category = category;
+    record.eventId = eventId;
+    record.hasUser = user != nullptr;
+    record.strings.assign(strings, strings + stringCount);
+    record.data.assign(static_cast<const char*>(data), dataSize);
+    return PlatformCalls::Listening()->OnReport(log, std::move(record));
 }
 
 BOOL WINAPI FrontDeregisterEventSource(HANDLE log) {
-    if (const Listener listener; listener) return listener->OnClose(log);
-    return Own().deregisterEventSource(log);
+    if (PlatformCalls::Listening() == nullptr) return Own().deregisterEventSource(log);
+    return PlatformCalls::Listening()->OnClose(log);
 }
 
 DWORD WINAPI FrontGetTickCount() {
-    if (const Listener listener; listener && listener->clock) return listener->clock();
-    return Own().getTickCount();
+    PlatformCalls* const calls = PlatformCalls::Listening();
+    return calls != nullptr && calls->clock ? calls->clock() : Own().getTickCount();
 }
 
 DWORD WINAPI FrontGetModuleFileName(HMODULE module, LPSTR path, DWORD size) {
-    if (const Listener listener; listener && listener->programPath != nullptr && module == nullptr) {
-        return listener->OnProgramPath(path, size);
+    PlatformCalls* calls = PlatformCalls::Listening();
+    if (calls == nullptr || calls->programPath == nullptr || module != nullptr) {
+        return Own().getModuleFileName(module, path, size);
     }
-    return Own().getModuleFileName(module, path, size);
+    return calls->OnProgramPath(path, size);
 }
 
 }  // namespace tk::test

@@ -31,7 +31,7 @@ struct LogRecord {
     bool operator==(const LogRecord&) const = default;
 };
 
-/// One at a time; a thread that is inside a call is waited for at the end.
+/// One at a time. A thread of the library that is about a sound or a pause is waited for at the end.
 class PlatformCalls {
 public:
     PlatformCalls();
@@ -59,6 +59,7 @@ public:
     bool WaitForTones(std::size_t count);
 
     // The library's calls arrive here.
+    static PlatformCalls* Listening();
     void OnStep(std::string step);
     HANDLE OnOpen(const char* machine, const char* source);
     BOOL OnReport(HANDLE log, LogRecord record);
@@ -72,21 +73,6 @@ private:
     std::vector<std::string> steps_;
     std::vector<std::string> tones_;
     std::string source_;
-};
-
-/// The one that listens, if any, for the time of a call: it is not destroyed meanwhile.
-class Listener {
-public:
-    Listener();
-    ~Listener();
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    explicit operator bool() const { return calls_ != nullptr; }
-    PlatformCalls* operator->() const { return calls_; }
-
-private:
-    PlatformCalls* calls_;
 };
 
 /// Puts the functions below in front of the library's; returns false where that cannot be done.

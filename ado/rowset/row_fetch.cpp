@@ -322,7 +322,7 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
                                       const FetchOptions& options) {
     Statement::Impl& inside = statement.Internals();
     if (inside.rows != nullptr) {
-        const auto read = std::move(inside.rows);
+        auto read = std::move(inside.rows);
         read->impl_->TakeNext(statement);
         return read;
     }

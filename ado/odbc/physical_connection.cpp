@@ -28,6 +28,12 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
     return std::string(buffer);
 }
 
+/// Runs a query and goes to its first row.
+bool GivesRow(const OdbcStatement& statement, std::string query) {
+    return SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) &&
+           SQL_SUCCEEDED(Odbc().Fetch(statement.Get()));
+}
+
 }  // namespace
 
 PhysicalConnection::PhysicalConnection(const Request& request)
@@ -199,11 +205,9 @@ DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {
     if (profile_->failureQuery == nullptr) return failure;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
     OdbcStatement statement(Get());
-    std::string text = profile_->failureQuery;
     SQLINTEGER native = 0;
     char message[512] = "";  // the driver ends it with a zero
-    if (SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) &&
-        SQL_SUCCEEDED(Odbc().Fetch(statement.Get())) &&
+    if (GivesRow(statement, profile_->failureQuery) &&
         SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 2, SQL_C_LONG, &native, sizeof native, nullptr)) &&
         SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 3, SQL_C_CHAR, message, sizeof message, nullptr))) {
         failure.native = native;
@@ -218,9 +222,7 @@ bool PhysicalConnection::HasLostTransaction() const noexcept try {
     if (profile_->newTransactionQuery == nullptr) return false;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
     OdbcStatement statement(Get());
-    std::string text = profile_->newTransactionQuery;
-    return SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS)) &&
-           SQL_SUCCEEDED(Odbc().Fetch(statement.Get()));
+    return GivesRow(statement, profile_->newTransactionQuery);
 } catch (...) {
     return false;
 }

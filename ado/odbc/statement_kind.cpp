@@ -16,7 +16,7 @@ enum WordFlags : std::uint16_t {
     kTouches = 16,     // leaves something behind on the connection
     kLimitsCall = 32,  // as kLimits when a parenthesis follows
     kFrom = 64,
-    kGives = 128,  // as the first word: as kReads, but drivers do not know that
+    kGives = 128,  // as the first word: as kReads, but some drivers do not know that
     kEnds = 256,   // a SELECT that has it may end in something that no LIMIT comes behind
 };
 

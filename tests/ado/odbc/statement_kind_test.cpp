@@ -29,7 +29,7 @@ TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
         {"select [where] from item", kYes, kYes, kNo},
         {"-- where\nselect * from item /* limit */", kYes, kYes, kNo},
         {"select replace(a,'x','y') from item", kYes, kYes, kNo},
-        {"values (1),(2)", kNo, kNo, kNo},  // drivers do not take it for one either
+        {"values (1),(2)", kNo, kNo, kNo},  // some drivers do not take it for one either
         {"with a as (select 1) select * from a", kYes, kYes, kNo},
         {"with a as (select 1) delete from t", kNo, kNo, kNo},
         {"select * from t for update", kNo, kNo, kNo},

@@ -4,6 +4,7 @@
 // buffer has room for `count` units; what lies behind the returned number may have been overwritten.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -45,6 +46,41 @@ inline std::size_t CopyAscii(const std::uint8_t* source, std::size_t count, std:
     return done;
 }
 
+#if defined(__SSE2__)
+/// WidenAscii for the less than sixteen units behind `done`, all of those before being ASCII.
+inline std::size_t WidenRest(const std::uint8_t* source, std::size_t count, std::size_t done,
+                             char16_t* target) noexcept {
+    // The last eight once more where there are not as many left.
+    for (; done < count && count >= 8; done += 8) {
+        done = std::min(done, count - 8);
+        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source + done));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + done), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+        const auto high = static_cast<unsigned>(_mm_movemask_epi8(bytes));
+        if (high != 0) return done + static_cast<std::size_t>(std::countr_zero(high));
+    }
+    for (; done < count && source[done] < 0x80; ++done)
+        target[done] = source[done];
+    return done;
+}
+
+/// NarrowAscii, likewise.
+inline std::size_t NarrowRest(const char16_t* source, std::size_t count, std::size_t done,
+                              std::uint8_t* target) noexcept {
+    const __m128i beyond = _mm_set1_epi16(static_cast<short>(0xFF80));
+    for (; done < count && count >= 8; done += 8) {
+        done = std::min(done, count - 8);
+        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + done));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(target + done), _mm_packus_epi16(units, units));
+        const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(units, beyond), _mm_setzero_si128());
+        const auto other = static_cast<unsigned>(_mm_movemask_epi8(ascii)) ^ 0xFFFFu;
+        if (other != 0) return done + static_cast<std::size_t>(std::countr_zero(other)) / 2;
+    }
+    for (; done < count && source[done] < 0x80; ++done)
+        target[done] = static_cast<std::uint8_t>(source[done]);
+    return done;
+}
+#endif
+
 inline std::size_t WidenAscii(const std::uint8_t* source, std::size_t count, char16_t* target) noexcept {
     std::size_t done = 0;
 #if defined(__SSE2__)
@@ -56,34 +92,34 @@ inline std::size_t WidenAscii(const std::uint8_t* source, std::size_t count, cha
         const auto high = static_cast<unsigned>(_mm_movemask_epi8(bytes));
         if (high != 0) return done + static_cast<std::size_t>(std::countr_zero(high));
     }
-    if (count - done >= 8) {
-        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(source + done));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + done), _mm_unpacklo_epi8(bytes, zero));
-        const auto high = static_cast<unsigned>(_mm_movemask_epi8(bytes));
-        if (high != 0) return done + static_cast<std::size_t>(std::countr_zero(high));
-        done += 8;
-    }
-#endif
+    return WidenRest(source, count, done, target);
+#else
     for (; done < count && source[done] < 0x80; ++done)
         target[done] = source[done];
     return done;
+#endif
 }
 
 inline std::size_t NarrowAscii(const char16_t* source, std::size_t count, std::uint8_t* target) noexcept {
     std::size_t done = 0;
 #if defined(__SSE2__)
     const __m128i beyond = _mm_set1_epi16(static_cast<short>(0xFF80));
-    for (; count - done >= 8; done += 8) {
-        const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + done));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(target + done), _mm_packus_epi16(units, units));
-        const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(units, beyond), _mm_setzero_si128());
+    const __m128i zero = _mm_setzero_si128();
+    for (; count - done >= 16; done += 16) {
+        const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + done));
+        const __m128i second = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + done + 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(target + done), _mm_packus_epi16(first, second));
+        const __m128i ascii = _mm_packs_epi16(_mm_cmpeq_epi16(_mm_and_si128(first, beyond), zero),
+                                              _mm_cmpeq_epi16(_mm_and_si128(second, beyond), zero));
         const auto other = static_cast<unsigned>(_mm_movemask_epi8(ascii)) ^ 0xFFFFu;
-        if (other != 0) return done + static_cast<std::size_t>(std::countr_zero(other)) / 2;
+        if (other != 0) return done + static_cast<std::size_t>(std::countr_zero(other));
     }
-#endif
+    return NarrowRest(source, count, done, target);
+#else
     for (; done < count && source[done] < 0x80; ++done)
         target[done] = static_cast<std::uint8_t>(source[done]);
     return done;
+#endif
 }
 
 }  // namespace tk::text

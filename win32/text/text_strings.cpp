@@ -10,6 +10,12 @@ using Conversion = Converted (*)(std::basic_string_view<In>, Out*, std::size_t) 
 
 template <class Out, class In>
 std::basic_string<Out> Own(std::basic_string_view<In> source, std::size_t bound, Conversion<Out, In> convert) {
+    // What a short text becomes is copied once instead of being zeroed first and shortened afterwards.
+    constexpr std::size_t kShort = 1024;
+    if (bound <= kShort) {
+        Out text[kShort];
+        return std::basic_string<Out>(text, convert(source, text, bound).written);
+    }
     std::basic_string<Out> result(bound, Out());
     result.resize(convert(source, result.data(), bound).written);
     return result;

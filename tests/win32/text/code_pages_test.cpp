@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "windows.h"
 
@@ -269,6 +271,40 @@ TEST(CodePages, TellWhatTheyAre) {
     SetLastError(0);
     EXPECT_FALSE(GetCPInfo(936, nullptr));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST(CodePages, FindTheOneOtherCharacterWhereverItStandsAmongAscii) {
+    constexpr std::size_t kLongest = 50;
+    constexpr struct {
+        UINT page;
+        std::string_view other;
+    } kRows[] = {{936, "\xBF\xE2"}, {CP_UTF8, "\xE5\xBA\x93"}};
+    const std::string letters(kLongest, 'q');
+    for (const auto& row : kRows) {
+        for (std::size_t length = 1; length <= kLongest; ++length) {
+            for (std::size_t place = 0; place <= length; ++place) {
+                SCOPED_TRACE(std::to_string(row.page) + ": " + std::to_string(place) + " of " + std::to_string(length));
+                std::string narrow = letters.substr(0, length);
+                std::u16string wide(length, u'q');
+                if (place < length) {  // otherwise there is none
+                    narrow.replace(place, 1, row.other);
+                    wide[place] = u'库';
+                }
+                // On the heap and of just the size: the address sanitizer sees what lies behind.
+                std::vector<WCHAR> made(wide.size());
+                ASSERT_EQ(
+                    MultiByteToWideChar(row.page, 0, std::vector<char>(narrow.begin(), narrow.end()).data(),
+                                        static_cast<int>(narrow.size()), made.data(), static_cast<int>(made.size())),
+                    static_cast<int>(wide.size()));
+                ASSERT_EQ(std::u16string(made.begin(), made.end()), wide);
+                std::vector<char> back(narrow.size());
+                ASSERT_EQ(WideCharToMultiByte(row.page, 0, made.data(), static_cast<int>(made.size()), back.data(),
+                                              static_cast<int>(back.size()), nullptr, nullptr),
+                          static_cast<int>(narrow.size()));
+                ASSERT_EQ(std::string(back.begin(), back.end()), narrow);
+            }
+        }
+    }
 }
 
 TEST(IsDBCSLeadByte, IsTrueFrom81ToFE) {

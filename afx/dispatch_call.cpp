@@ -82,18 +82,16 @@ struct StoreTable {
 };
 constexpr StoreTable kStores;
 
-// Clears a value unless it was handed on, and then VT_EMPTY. Types below VT_BSTR own nothing.
+// Clears a value unless it was handed on, and then VT_EMPTY.
 struct Clearing {
-    VARIANT* value;
-    ~Clearing() {
-        if (value->vt >= VT_BSTR) VariantClear(value);
-    }
+    VARIANT& value;
+    ~Clearing() { ClearVariant(value); }
 };
 
 }  // namespace
 
 void StoreResult(VARIANT& value, VARTYPE wanted, void* target) {
-    Clearing clearing{&value};
+    Clearing clearing{value};
     if (wanted == VT_EMPTY || target == nullptr) return;
     if (wanted == VT_VARIANT) {
         *static_cast<VARIANT*>(target) = value;

@@ -13,14 +13,19 @@
 
 namespace tk::afx {
 
+/// VariantClear for what is certainly VT_EMPTY after that: most values are numbers and dates, which have nothing to
+/// free and cost no call.
+inline void ClearVariant(VARIANT& value) noexcept {
+    if (value.vt >= VT_BSTR && value.vt != VT_BOOL && value.vt != VT_DECIMAL) VariantClear(&value);
+    value.vt = VT_EMPTY;
+}
+
 /// A VARIANT that is cleared with its scope.
 struct OwnedVariant : VARIANT {
     OwnedVariant() noexcept { vt = VT_EMPTY; }
     OwnedVariant(const OwnedVariant&) = delete;
     OwnedVariant& operator=(const OwnedVariant&) = delete;
-    ~OwnedVariant() {
-        if (vt >= VT_BSTR) VariantClear(this);
-    }
+    ~OwnedVariant() { ClearVariant(*this); }
 };
 
 /// Calls a member. A put names its value.

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "afx/dispatch_call.h"
 #include "afx/ole_check.h"
 #include "afx/text_codes.h"
 
@@ -64,7 +65,7 @@ COleVariant::COleVariant(const CByteArray& arrSrc) : COleVariant() {
 }
 
 COleVariant::~COleVariant() {
-    VariantClear(this);
+    tk::afx::ClearVariant(*this);
 }
 
 // ---- as a whole

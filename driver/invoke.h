@@ -1,6 +1,7 @@
 // invoke.h - COleDispatchDriver::InvokeHelper with typed results, so that a member reads as the one call it is.
 #pragma once
 
+#include "afx/dispatch_call.h"
 #include "tkkernel/driver.h"
 
 namespace tk::driver {
@@ -53,11 +54,7 @@ template <class Result>
 Result Take(Result (*convert)(const VARIANT&), VARIANT value) {
     struct Clearing {
         VARIANT& value;
-        ~Clearing() {
-            // Most values are numbers and dates, which have nothing to free: for them this costs a comparison.
-            const VARTYPE type = V_VT(&value);
-            if (type >= VT_BSTR && type != VT_BOOL && type != VT_DECIMAL) VariantClear(&value);
-        }
+        ~Clearing() { afx::ClearVariant(value); }
     } const clearing{value};
     return convert(value);
 }

@@ -40,7 +40,7 @@ public:
         std::swap(held_, other.held_);
         return *this;
     }
-    ~Value() { VariantClear(&held_); }
+    ~Value() { Clear(); }
 
     static Value Null() noexcept {
         Value value;
@@ -81,7 +81,7 @@ public:
 
     /// Cleared, for somebody else to fill.
     VARIANT* Out() noexcept {
-        VariantClear(&held_);
+        Clear();
         return &held_;
     }
 
@@ -106,7 +106,12 @@ private:
         if (result == E_OUTOFMEMORY) throw std::bad_alloc();
         if (FAILED(result)) throw BadVariant{result == DISP_E_BADVARTYPE ? result : DISP_E_TYPEMISMATCH};
     }
-    void Forget() noexcept { VariantInit(&held_); }
+    /// Types below VT_BSTR, numbers and dates, have nothing to free.
+    void Clear() noexcept {
+        if (held_.vt >= VT_BSTR) VariantClear(&held_);
+        Forget();
+    }
+    void Forget() noexcept { held_.vt = VT_EMPTY; }
 
     VARIANT held_;
 };

@@ -145,11 +145,9 @@ IUnknown* Call::Object(UINT index) const {
 }
 
 void Call::ReturnByte(BYTE number) noexcept {
-    Value value;
-    VARIANT* const place = value.Out();
+    VARIANT* const place = result_.Out();
     place->vt = VT_UI1;
     place->bVal = number;
-    Return(std::move(value));
 }
 
 void Call::Store(UINT index, Value value) {
@@ -170,19 +168,15 @@ void Call::Store(UINT index, Value value) {
 }
 
 void Call::ReturnObject(IDispatch* object) noexcept {
-    VARIANT given;
-    VariantInit(&given);
-    given.vt = VT_DISPATCH;
-    given.pdispVal = object;
-    result_ = Value::Adopt(given);
+    VARIANT* const place = result_.Out();
+    place->vt = VT_DISPATCH;
+    place->pdispVal = object;
 }
 
 void Call::ReturnUnknown(IUnknown* object) noexcept {
-    VARIANT given;
-    VariantInit(&given);
-    given.vt = VT_UNKNOWN;
-    given.punkVal = object;
-    result_ = Value::Adopt(given);
+    VARIANT* const place = result_.Out();
+    place->vt = VT_UNKNOWN;
+    place->punkVal = object;
 }
 
 }  // namespace tk::ado

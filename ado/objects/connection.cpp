@@ -37,14 +37,14 @@ private:
     bool isOpen_ = false;
 };
 
-/// One more statement runs. What becomes of the connection meanwhile is not the statement's to say.
+/// A statement runs. What becomes of the connection meanwhile is not the statement's to say.
 class Executing {
 public:
-    explicit Executing(std::atomic<int>& count) : count_(count) { count_.fetch_add(1, std::memory_order_relaxed); }
-    ~Executing() { count_.fetch_sub(1, std::memory_order_relaxed); }
+    explicit Executing(std::atomic<bool>& state) : state_(state) { state_.store(true, std::memory_order_relaxed); }
+    ~Executing() { state_.store(false, std::memory_order_relaxed); }
 
 private:
-    std::atomic<int>& count_;
+    std::atomic<bool>& state_;
 };
 
 }  // namespace
@@ -155,7 +155,7 @@ void Connection::Execute(Call& call) {
     Ref<Recordset> result;
     LONG affected = -1;
     {
-        const Executing executing(executing_);
+        const Executing executing(isExecuting_);
         if (command.noRecords) {
             const Executed executed = RunWithoutRecords(*session, command, commandTimeout_);
             affected = executed.affected;
@@ -305,7 +305,7 @@ void Connection::PutProvider(Call& call) {
 
 void Connection::GetState(Call& call) {
     const LONG state = state_.load(std::memory_order_acquire);
-    const bool isExecuting = state == kStateOpen && executing_.load(std::memory_order_relaxed) > 0;
+    const bool isExecuting = state == kStateOpen && isExecuting_.load(std::memory_order_relaxed);
     call.ReturnLong(isExecuting ? state | kStateExecuting : state);
 }
 

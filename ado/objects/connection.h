@@ -109,7 +109,7 @@ private:
     static std::span<const PropertyRow> PropertyRows();
 
     std::atomic<LONG> state_{kStateClosed};  // closed, connecting or open
-    std::atomic<int> executing_{0};          // statements that run now
+    std::atomic<bool> isExecuting_{false};   // a statement runs now
     mutable std::mutex lock_;                // session_ and recordsets_, for Cancel and for recordsets of other threads
     std::shared_ptr<Session> session_;
     std::vector<std::weak_ptr<OpenRows>> recordsets_;

@@ -19,7 +19,7 @@ Executed RunWithoutRecords(Session& session, const Command& command, LONG timeou
     Statement statement = Run(session, command, options);
     Executed executed;
     executed.affected = statement.RowsAffected();
-    executed.warnings = statement.Warnings();
+    executed.warnings = statement.TakeWarnings();
     statement.TakeRest();
     return executed;
 }
@@ -38,7 +38,7 @@ Executed RunOn(const std::shared_ptr<Session>& session, const Execution& executi
     Executed executed;
     Statement statement = execution.run(*session, limit);
     executed.affected = statement.RowsAffected();
-    executed.warnings = statement.Warnings();
+    executed.warnings = statement.TakeWarnings();
     const std::shared_ptr<const ParameterOutputs> outputs = statement.Outputs();
     const bool isFetched = statement.HasRows() && (!execution.noRecords || execution.takeOutputs);
     if (isFetched) {

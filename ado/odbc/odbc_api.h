@@ -12,6 +12,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 // The platform's basic types are known already; ODBC's headers must not define them again.
 #define ALREADY_HAVE_WINDOWS_TYPE
 #define SQL_API
@@ -75,8 +77,13 @@ struct OdbcApi {
 #undef TK_ODBC_MEMBER
 };
 
+inline constinit const OdbcApi kDriverManager;
+inline constinit std::atomic<const OdbcApi*> odbcInUse = &kDriverManager;
+
 /// The table in use.
-const OdbcApi& Odbc() noexcept;
+inline const OdbcApi& Odbc() noexcept {
+    return *odbcInUse.load(std::memory_order_acquire);
+}
 
 /// Puts another table in place and returns the former one; the table outlives its use.
 const OdbcApi& SetOdbcForTest(const OdbcApi& api) noexcept;

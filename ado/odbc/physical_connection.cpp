@@ -11,7 +11,6 @@
 namespace tk::ado {
 namespace {
 
-constexpr std::size_t kKeptHandles = 4;
 constexpr std::size_t kLongestString = 32767;
 
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
@@ -83,7 +82,7 @@ PhysicalConnection::~PhysicalConnection() {
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
     // The driver manager frees the statements of a connection that ends: these handles end before.
     prepared_.clear();
-    handles_.clear();
+    handles_.Clear();
     if (!isAutoCommit_) Odbc().EndTran(SQL_HANDLE_DBC, Get(), SQL_ROLLBACK);
     Odbc().Disconnect(Get());
 }
@@ -128,14 +127,7 @@ void PhysicalConnection::SetCurrentCatalog(std::string_view name) {
 }
 
 std::unique_ptr<StatementHandle> PhysicalConnection::TakeHandle() {
-    {
-        const std::lock_guard lock(handlesMutex_);
-        if (!handles_.empty()) {
-            auto handle = std::move(handles_.back());
-            handles_.pop_back();
-            return handle;
-        }
-    }
+    if (auto handle = handles_.Take()) return handle;
     return std::make_unique<StatementHandle>(Get(), *profile_);
 }
 
@@ -147,12 +139,11 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
     }  // drivers differ in what a cancelled handle is good for
     if (handle->isReading) return;
     handle->SetMaxRows(0);
-    const std::lock_guard lock(handlesMutex_);
-    if (handles_.size() < kKeptHandles) handles_.push_back(std::move(handle));
+    handles_.Keep(std::move(handle));
 }
 
 std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
-    const std::lock_guard lock(handlesMutex_);
+    const std::lock_guard lock(preparedMutex_);
     for (auto each = prepared_.begin(); each != prepared_.end(); ++each) {
         if (each->first != text) continue;
         auto handle = std::move(each->second);
@@ -165,7 +156,7 @@ std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_vi
 void PhysicalConnection::ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept {
     if (handle->WasCancelled() || handle->WasExpired()) return MarkChanged();
     if (handle->isReading) return;
-    const std::lock_guard lock(handlesMutex_);
+    const std::lock_guard lock(preparedMutex_);
     if (prepared_.size() >= kKeptHandles) prepared_.erase(prepared_.begin());
     prepared_.emplace_back(std::move(text), std::move(handle));
 }
@@ -242,8 +233,7 @@ void PhysicalConnection::RunSimple(const std::string& sql) {
     if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) ThrowDiagnostics(SQL_HANDLE_STMT, statement.Get(), result);
 }
 
-void PhysicalConnection::SetTimeLimitVariable(LONG seconds) {
-    if (profile_->timeLimit != TimeLimit::Variable || seconds == timeLimit_) return;
+void PhysicalConnection::SendTimeLimit(LONG seconds) {
     RunSimple(profile_->timeLimitStatement + std::to_string(seconds));
     timeLimit_ = seconds;
 }

@@ -13,6 +13,7 @@
 #include "ado/odbc/driver_profile.h"
 #include "ado/odbc/file_identity.h"
 #include "ado/odbc/odbc_handle.h"
+#include "ado/odbc/spare_objects.h"
 #include "ado/odbc/statement_handle.h"
 
 namespace tk::ado {
@@ -100,9 +101,12 @@ public:
     bool RunText(const char* sql) noexcept;
 
     /// For TimeLimit::Variable.
-    void SetTimeLimitVariable(LONG seconds);
+    void SetTimeLimitVariable(LONG seconds) {
+        if (profile_->timeLimit == TimeLimit::Variable && seconds != timeLimit_) SendTimeLimit(seconds);
+    }
 
 private:
+    void SendTimeLimit(LONG seconds);
     void RunSimple(const std::string& sql);
 
     OdbcConnection dbc_;
@@ -116,8 +120,9 @@ private:
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
-    std::mutex handlesMutex_;  // a fetch thread returns its handle while the session takes another
-    std::vector<std::unique_ptr<StatementHandle>> handles_;
+    static constexpr std::size_t kKeptHandles = 4;
+    SpareObjects<StatementHandle, kKeptHandles> handles_;
+    std::mutex preparedMutex_;  // a fetch thread returns its handle while the session takes another
     std::vector<std::pair<std::string, std::unique_ptr<StatementHandle>>> prepared_;  // the oldest first
 };
 

@@ -109,12 +109,13 @@ WaitingThread& ThisThread() {
 
 }  // namespace
 
-ServerCall::ServerCall(const DriverProfile& profile) noexcept : ServerCall(profile, usualSeconds.load()) {}
+LONG ServerCall::UsualSeconds() noexcept {
+    return usualSeconds.load();
+}
 
-ServerCall::ServerCall(const DriverProfile& profile, LONG seconds, StatementHandle* handle) noexcept {
-    if (!profile.lifeQuestion) return;
+void ServerCall::Enter(std::string_view question, LONG seconds, StatementHandle* handle) noexcept {
     try {
-        isEntered_ = ThisThread().Enter(*profile.lifeQuestion, seconds, handle);
+        isEntered_ = ThisThread().Enter(question, seconds, handle);
     } catch (...) {
         // No memory or no thread for watching: the call is made all the same.
     }
@@ -125,8 +126,8 @@ LONG ServerCall::ShortSeconds() noexcept {
     return std::min(kShort, usualSeconds.load());
 }
 
-ServerCall::~ServerCall() {
-    if (isEntered_) ofThisThread->Leave();
+void ServerCall::Leave() noexcept {
+    ofThisThread->Leave();
 }
 
 void ServerCall::Name(StatementHandle& handle) noexcept {

@@ -16,6 +16,8 @@
 
 #include <windows.h>
 
+#include <string_view>
+
 #include "ado/odbc/driver_profile.h"
 
 namespace tk::ado {
@@ -25,7 +27,9 @@ class StatementHandle;
 class ServerCall {
 public:
     /// For a call that nobody has set a limit for: the usual one.
-    explicit ServerCall(const DriverProfile& profile) noexcept;
+    explicit ServerCall(const DriverProfile& profile) noexcept {
+        if (profile.lifeQuestion) Enter(*profile.lifeQuestion, UsualSeconds(), nullptr);
+    }
 
     /// The limit for what nobody waits for, and for questions that a server that lives answers at once.
     static LONG ShortSeconds() noexcept;
@@ -33,8 +37,12 @@ public:
     /// @param seconds  0: no limit
     /// @param handle  of the statement that the call is for, which ends as "time is over"; it is not shut down while
     ///                another thread cancels it inside the driver. It outlives this. Null: the call cannot be cancelled
-    explicit ServerCall(const DriverProfile& profile, LONG seconds, StatementHandle* handle = nullptr) noexcept;
-    ~ServerCall();
+    explicit ServerCall(const DriverProfile& profile, LONG seconds, StatementHandle* handle = nullptr) noexcept {
+        if (profile.lifeQuestion) Enter(*profile.lifeQuestion, seconds, handle);
+    }
+    ~ServerCall() {
+        if (isEntered_) Leave();
+    }
 
     /// The statement that the call is for, once it is known.
     void Name(StatementHandle& handle) noexcept;
@@ -50,6 +58,10 @@ public:
     static void SetPatience(int milliseconds, LONG usualSeconds) noexcept;
 
 private:
+    static LONG UsualSeconds() noexcept;
+    void Enter(std::string_view question, LONG seconds, StatementHandle* handle) noexcept;
+    static void Leave() noexcept;
+
     bool isEntered_ = false;
 };
 

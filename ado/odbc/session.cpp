@@ -63,6 +63,11 @@ SQLUINTEGER OdbcIsolation(LONG isolation, unsigned offered) {
     return 0;  // leave it as it is
 }
 
+/// As ended by a zero, unless it has one inside: a driver may copy a text whose length it is told.
+SQLINTEGER SentLength(const std::string& text) noexcept {
+    return text.find('\0') == std::string::npos ? SQL_NTS : static_cast<SQLINTEGER>(text.size());
+}
+
 }  // namespace
 
 struct Session::Impl {
@@ -85,8 +90,11 @@ struct Session::Impl {
     /// Waits for what workers still do on this session's connection; with that done its statements may run.
     /// @param seconds  0: no limit
     void FinishWork(bool alsoOnSide, LONG seconds) {
-        if (work.empty()) [[likely]]
-            return;
+        if (!work.empty()) [[unlikely]]
+            FinishEach(alsoOnSide, seconds);
+    }
+
+    void FinishEach(bool alsoOnSide, LONG seconds) {
         const Patience patience(seconds, running);
         for (std::size_t i = 0; i < work.size();) {
             if (work[i].onSideConnection && !alsoOnSide) {
@@ -128,8 +136,10 @@ struct Session::Impl {
 
     /// Runs one call on a handle of the lease and makes the statement of it.
     template <class Call>
-    Statement Run(const std::shared_ptr<Lease>& on, std::string_view sql, const ExecuteOptions& options, Call&& call) {
-        auto statement = std::make_unique<Statement::Impl>();
+    Statement Run(const std::shared_ptr<Lease>& on, const std::string& sql, const ExecuteOptions& options,
+                  Call&& call) {
+        // Its members say what they begin with: not zeroed as a whole before.
+        auto statement = std::make_unique_for_overwrite<Statement::Impl>();
         statement->lease = on;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
@@ -179,7 +189,7 @@ struct Session::Impl {
         if (statement->columnCount > 0 || statement->outputs) statement->text = sql;
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
-        PassOutputRow(*statement);
+        if (statement->outputs) PassOutputRow(*statement);
         if (handle.WasCut()) (*on)->MarkBroken();  // the answer came in the last moment
         return Statement(std::move(statement));
     }
@@ -197,7 +207,7 @@ struct Session::Impl {
     /// A driver may have undone all of the transaction over a text that the server could not read, without a word: then
     /// it is treated as one whose connection was lost.
     template <class Call>
-    Statement RunInTransaction(std::string_view sql, const ExecuteOptions& options, Call&& call) {
+    Statement RunInTransaction(const std::string& sql, const ExecuteOptions& options, Call&& call) {
         try {
             return Run(lease, sql, options, call);
         } catch (const AdoError&) {
@@ -209,7 +219,7 @@ struct Session::Impl {
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
     /// once, when the call does no harm by being made twice.
     template <class Call>
-    Statement RunOnOwn(std::string_view sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
+    Statement RunOnOwn(const std::string& sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
         ReplaceIfBroken();
         if (isInTransaction) return RunInTransaction(sql, options, call);
         if (!lease->IsFreshFromCache()) return Run(lease, sql, options, call);
@@ -250,7 +260,7 @@ struct Session::Impl {
         if (!word.empty()) throw AdoError(ErrorNumber::FeatureNotAvailable, text::Utf8ToUtf16(word));
     }
 
-    Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+    Statement Execute(const std::string& sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().needsSingleStatements) {
             const std::vector<ListedStatement> list = ListStatements(sql);
             if (!list.empty()) return ExecuteList(list, parameters, options);
@@ -313,7 +323,7 @@ struct Session::Impl {
         return isBorne ? maxRows : 0;
     }
 
-    Statement ExecuteOne(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+    Statement ExecuteOne(const std::string& sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
         FinishWork(!kind.isReading, options.timeoutSeconds);
@@ -322,12 +332,12 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        const auto execute = [&](StatementHandle& handle, std::string_view query) {
+        const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));
             // Drivers take the text as writable; none writes.
             auto* text = reinterpret_cast<SQLCHAR*>(const_cast<char*>(query.data()));
-            const auto length = static_cast<SQLINTEGER>(query.size());
+            const SQLINTEGER length = SentLength(query);
             if (options.prepared && !hasPlan) {
                 const SQLRETURN result = Odbc().Prepare(handle.Get(), text, length);
                 if (!SQL_SUCCEEDED(result)) return CallResult{result, nullptr};
@@ -355,7 +365,7 @@ struct Session::Impl {
 
     /// On the side connection; nothing where that cannot tell the types of all columns, or does not open.
     template <class Call>
-    std::optional<Statement> TryOnSide(std::string_view sql, const ExecuteOptions& options, Call&& call) {
+    std::optional<Statement> TryOnSide(const std::string& sql, const ExecuteOptions& options, Call&& call) {
         try {
             auto side = TakeSideLease(*facts, Physical().Profile().streamingKeywords);
             Statement statement = Run(side, sql, options, call);
@@ -376,7 +386,7 @@ struct Session::Impl {
 
     /// A part at a time; nothing where the server has no cursor for the text: run as it is, it works, or says why not.
     template <class Execute>
-    std::optional<Statement> TryByCursor(std::string_view sql, const ExecuteOptions& options, Execute&& execute) {
+    std::optional<Statement> TryByCursor(const std::string& sql, const ExecuteOptions& options, Execute&& execute) {
         ReplaceIfBroken();
         auto cursor = std::make_unique<ServerCursor>(*Physical().Profile().cursor, isInTransaction);
         try {
@@ -474,18 +484,19 @@ const std::string& Session::Quote() const noexcept {
     return impl_->Physical().Quote();
 }
 
-Statement Session::Execute(std::string_view sql, const ExecuteOptions& options) {
+Statement Session::Execute(const std::string& sql, const ExecuteOptions& options) {
     return impl_->Execute(sql, {}, options);
 }
 
-Statement Session::Execute(std::string_view sql, const std::vector<VARIANT>& values, const ExecuteOptions& options) {
+Statement Session::Execute(const std::string& sql, const std::vector<VARIANT>& values, const ExecuteOptions& options) {
     std::vector<Parameter> parameters(values.size());
     for (std::size_t i = 0; i < values.size(); ++i)
         parameters[i].value = &values[i];
     return impl_->Execute(sql, parameters, options);
 }
 
-Statement Session::Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
+Statement Session::Execute(const std::string& sql, std::span<const Parameter> parameters,
+                           const ExecuteOptions& options) {
     return impl_->Execute(sql, parameters, options);
 }
 

@@ -69,11 +69,11 @@ public:
 
     /// Runs one statement text (UTF-8). A statement without rows is executed when this returns.
     /// @throws AdoError with the driver's diagnostics, its HRESULT and word group by the cause
-    Statement Execute(std::string_view sql, const ExecuteOptions& options);
+    Statement Execute(const std::string& sql, const ExecuteOptions& options);
 
     /// Runs a statement with parameters, each sent by its VARIANT type; texts travel as UTF-8.
-    Statement Execute(std::string_view sql, const std::vector<VARIANT>& parameters, const ExecuteOptions& options);
-    Statement Execute(std::string_view sql, std::span<const Parameter> parameters, const ExecuteOptions& options);
+    Statement Execute(const std::string& sql, const std::vector<VARIANT>& parameters, const ExecuteOptions& options);
+    Statement Execute(const std::string& sql, std::span<const Parameter> parameters, const ExecuteOptions& options);
 
     /// A catalog function of ODBC; null and empty texts are sent as null. See statement.h for CatalogCall.
     Statement Catalog(const CatalogCall& call, const ExecuteOptions& options);

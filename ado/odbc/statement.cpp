@@ -96,8 +96,8 @@ LONG Statement::RowsAffected() const noexcept {
     return impl_->rowsAffected;
 }
 
-const std::vector<ErrorRecord>& Statement::Warnings() const noexcept {
-    return impl_->warnings;
+std::vector<ErrorRecord> Statement::TakeWarnings() noexcept {
+    return std::exchange(impl_->warnings, {});
 }
 
 std::shared_ptr<const ParameterOutputs> Statement::Outputs() const noexcept {

@@ -54,8 +54,8 @@ public:
     /// Rows changed, or -1 where the statement returns rows or the driver does not say.
     LONG RowsAffected() const noexcept;
 
-    /// What the driver said although the statement succeeded, for the Errors collection.
-    const std::vector<ErrorRecord>& Warnings() const noexcept;
+    /// What the driver said although the statement succeeded, for the Errors collection; told once.
+    std::vector<ErrorRecord> TakeWarnings() noexcept;
 
     /// The output parameters of the execution; null when there are none. They outlive the statement. A result that only
     /// holds their values is not one of the statement's results.

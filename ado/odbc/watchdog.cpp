@@ -192,13 +192,12 @@ void WatchdogGuard::Prepare() {
     Watchdog::Of(Nobody());
 }
 
-WatchdogGuard::WatchdogGuard(LONG seconds, Expiring& target, int milliseconds) {
-    if (seconds <= 0) return;
+void WatchdogGuard::Begin(LONG seconds, Expiring& target, int milliseconds) {
     slot_ = Watchdog::Of(target).Enter(Now() + seconds * kSecond + milliseconds * kMillisecond, target);
 }
 
-void WatchdogGuard::Finish() noexcept {
-    if (slot_ != nullptr) Watchdog::Leave(std::exchange(slot_, nullptr));
+void WatchdogGuard::End() noexcept {
+    Watchdog::Leave(std::exchange(slot_, nullptr));
 }
 
 }  // namespace tk::ado

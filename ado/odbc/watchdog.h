@@ -45,7 +45,10 @@ public:
     /// @param seconds  0 watches nothing
     /// @param target  outlives the guard
     /// @param milliseconds  more
-    WatchdogGuard(LONG seconds, Expiring& target, int milliseconds = 0);
+    WatchdogGuard(LONG seconds, Expiring& target, int milliseconds = 0) {
+        if (seconds > 0) Begin(seconds, target, milliseconds);
+    }
+
     /// Objects that are made after this end before the watchdog does, at the end of the process.
     static void Prepare();
 
@@ -54,9 +57,14 @@ public:
     WatchdogGuard& operator=(const WatchdogGuard&) = delete;
 
     /// Ends the watch; the target is not called after this.
-    void Finish() noexcept;
+    void Finish() noexcept {
+        if (slot_ != nullptr) End();
+    }
 
 private:
+    void Begin(LONG seconds, Expiring& target, int milliseconds);
+    void End() noexcept;
+
     WatchSlot* slot_ = nullptr;
 };
 

@@ -173,14 +173,14 @@ CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall ca
     return rows;
 }
 
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, const std::string& sql,
                        std::initializer_list<std::size_t> columns) {
     Statement statement = session->Execute(sql, ExecuteOptions{});
     if (!statement.HasRows()) return {};
     return ReadRows(RowSet::Fetch(std::move(statement), session, {}), std::span(columns.begin(), columns.end()));
 }
 
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, const std::string& sql,
                        std::span<const std::size_t> columns, std::initializer_list<std::string_view> parameters) {
     std::vector<Parameter> sent;
     for (const std::string_view text : parameters)

@@ -86,11 +86,11 @@ CatalogRows CallForTable(const std::shared_ptr<Session>& session, CatalogCall ca
 
 /// The rows of a SELECT.
 /// @param columns  the column of a catalog function that each of its columns stands for
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, const std::string& sql,
                        std::initializer_list<std::size_t> columns);
 
 /// The same with texts for its parameters.
-CatalogRows SelectRows(const std::shared_ptr<Session>& session, std::string_view sql,
+CatalogRows SelectRows(const std::shared_ptr<Session>& session, const std::string& sql,
                        std::span<const std::size_t> columns, std::initializer_list<std::string_view> parameters);
 
 }  // namespace tk::ado

@@ -47,7 +47,7 @@ const System kSystems[] = {
      "select sleep(4)"},
 };
 
-LONG Do(Session& session, std::string_view sql) {
+LONG Do(Session& session, const std::string& sql) {
     return session.Execute(sql, {}).RowsAffected();
 }
 
@@ -87,7 +87,7 @@ protected:
 
     void Hold(bool isHeld) const { GetParam().hold(isHeld); }
 
-    std::shared_ptr<RowSet> Read(std::string_view sql, LONG seconds = 1) const {
+    std::shared_ptr<RowSet> Read(const std::string& sql, LONG seconds = 1) const {
         return RowSet::Fetch(session_->Execute(sql, ExecuteOptions{seconds, 0, false}), session_, {});
     }
 

@@ -58,11 +58,11 @@ private:
     TemporaryFolder folder_;
 };
 
-inline LONG Do(ado::Session& session, std::string_view sql) {
+inline LONG Do(ado::Session& session, const std::string& sql) {
     return session.Execute(sql, {}).RowsAffected();
 }
 
-inline std::shared_ptr<ado::RowSet> Query(const std::shared_ptr<ado::Session>& session, std::string_view sql,
+inline std::shared_ptr<ado::RowSet> Query(const std::shared_ptr<ado::Session>& session, const std::string& sql,
                                           const ado::FetchOptions& options = {}) {
     return ado::RowSet::Fetch(session->Execute(sql, {}), session, options);
 }

@@ -138,11 +138,9 @@ public:
         const char* const begin = sql.data() + at;
         const char* const limit = sql.data() + sql.size();
         const char* end = begin;
-        std::uint64_t letters = 0;
-        for (; end != limit && LetterOf(*end) == Letter::OfWord; ++end)
-            letters = AddLetter(letters, *end);
+        while (end != limit && LetterOf(*end) == Letter::OfWord)
+            ++end;
         text_ = {begin, end};
-        letters_ = letters;
         end_ = at + text_.size();
     }
 
@@ -157,10 +155,11 @@ public:
         if (letter >= kInitials.size()) return 0;
         const Initial& initial = kInitials[letter];
         if ((initial.lengths >> text_.size() & 1) == 0) return 0;
+        const std::uint64_t letters = LettersOf(text_);
         for (std::size_t i = initial.begin; i < initial.end; ++i) {
             const Word& word = kWords[i];
-            if (word.letters != letters_ || word.text.size() != text_.size()) continue;
-            if (text_.size() <= sizeof letters_ || EqualsNoCase(word.text, text_)) return word.flags;
+            if (word.letters != letters || word.text.size() != text_.size()) continue;
+            if (text_.size() <= sizeof letters || EqualsNoCase(word.text, text_)) return word.flags;
         }
         return 0;
     }
@@ -168,7 +167,6 @@ public:
 private:
     std::string_view text_;
     std::size_t end_;
-    std::uint64_t letters_;
 };
 
 /// The place after a quoted part, a comment or the single character at `at`.

@@ -63,9 +63,11 @@ SQLUINTEGER OdbcIsolation(LONG isolation, unsigned offered) {
     return 0;  // leave it as it is
 }
 
-/// As ended by a zero, unless it has one inside: a driver may copy a text whose length it is told.
+/// As ended by a zero, unless it has one inside: a driver may copy a text whose length it is told. An empty one is told
+/// as such: the driver manager refuses it then.
 SQLINTEGER SentLength(const std::string& text) noexcept {
-    return text.find('\0') == std::string::npos ? SQL_NTS : static_cast<SQLINTEGER>(text.size());
+    const bool isPlain = !text.empty() && text.find('\0') == std::string::npos;
+    return isPlain ? SQL_NTS : static_cast<SQLINTEGER>(text.size());
 }
 
 }  // namespace
@@ -266,7 +268,7 @@ struct Session::Impl {
             if (!list.empty()) return ExecuteList(list, parameters, options);
         }
         Statement statement = ExecuteOne(sql, parameters, options);
-        if (Physical().Profile().leavesResults && !statement.HasRows()) statement.PassNumbers();
+        if (Physical().Profile().leavesResults && !statement.HasRows()) statement.PassNumbers(running);
         return statement;
     }
 

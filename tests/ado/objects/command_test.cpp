@@ -311,6 +311,13 @@ TEST_P(CommandTest, ReportsAMissingValueAndAWrongStatement) {
     EXPECT_EQ(command_.Call(command::kExecute).Error(), 3709u);
 }
 
+TEST_P(CommandTest, AnEmptyTextDoesNotReachTheDriver) {
+    const Outcome text = connection_.Call(connection::kExecute, {Text(u""), Omitted(), Number(1)});
+    EXPECT_EQ(text.Error(), 0x80004005u) << text;
+    EXPECT_NE(text.description.find(u"Invalid string or buffer length"), std::u16string::npos) << text;
+    EXPECT_EQ(AskFor(u"select count(*) from things"), "2");
+}
+
 TEST_P(CommandTest, EndsAfterItsOwnTime) {
     const std::u16string_view slow =
         GetParam() == SystemKind::Sqlite

@@ -20,7 +20,7 @@ Executed RunWithoutRecords(Session& session, const Command& command, LONG timeou
     Executed executed;
     executed.affected = statement.RowsAffected();
     executed.warnings = statement.TakeWarnings();
-    statement.TakeRest();
+    statement.TakeRest(session.Running());
     return executed;
 }
 
@@ -46,11 +46,15 @@ Executed RunOn(const std::shared_ptr<Session>& session, const Execution& executi
     } else if (!execution.noRecords) {
         executed.statement = std::make_unique<Statement>(std::move(statement));
     } else {
-        statement.TakeRest();
+        statement.TakeRest(session->Running());
     }
-    if (execution.takeOutputs) execution.takeOutputs(executed.rows.get(), outputs.get());
+    if (execution.takeOutputs) {
+        // They may come behind all rows, and whoever cancels the call ends the wait for that.
+        if (executed.rows) session->FinishBackgroundWork(0);
+        execution.takeOutputs(executed.rows.get(), outputs.get());
+    }
     if (execution.noRecords && executed.rows) {
-        if (const auto next = executed.rows->TakeNextResult()) next->TakeRest();
+        if (const auto next = executed.rows->TakeNextResult()) next->TakeRest(session->Running());
         executed.rows.reset();
     }
     return executed;

@@ -23,7 +23,7 @@ bool Run(StatementHandle& handle, const char* text) noexcept {
     auto* const writable = reinterpret_cast<SQLCHAR*>(const_cast<char*>(text));
     const bool isDone = SQL_SUCCEEDED(Odbc().ExecDirect(handle.Get(), writable, SQL_NTS));
     if (!isDone) return false;
-    handle.TakeRest();
+    handle.TakeRest(false);
     handle.Close();
     return true;
 }

@@ -1,11 +1,30 @@
 #include "ado/odbc/statement.h"
 
 #include "ado/odbc/output_row.h"
+#include "ado/odbc/running_call.h"
 #include "ado/odbc/server_call.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/rowset/describe.h"
 
 namespace tk::ado {
+namespace {
+
+/// Steps to further results on the caller's thread, which another thread can cancel.
+class Stepping {
+public:
+    Stepping(RunningCall& running, StatementHandle& handle) noexcept : handle_(handle), scope_(running, handle) {
+        handle_.BeginRows();
+    }
+    ~Stepping() { handle_.EndRows(); }
+    Stepping(const Stepping&) = delete;
+    Stepping& operator=(const Stepping&) = delete;
+
+private:
+    StatementHandle& handle_;
+    RunningCall::Scope scope_;
+};
+
+}  // namespace
 
 void FollowingResults::Append(std::unique_ptr<FollowingResults> others) {
     if (others == nullptr || failure) return;
@@ -18,7 +37,7 @@ Statement::Impl::~Impl() {
     if (handle == nullptr) return;
     handle->Finish();
     const ServerCall call(handle->Profile());
-    if (mayHaveMore && columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest();
+    if (mayHaveMore && columnCount == 0 && handle->Profile().leavesResults) handle->TakeRest(false);
     if (mayHaveRows) handle->Close();
     if (cursor) cursor->Close(*handle, **lease);
     binding.reset();
@@ -166,10 +185,11 @@ std::unique_ptr<Statement::Impl> Statement::Impl::WithoutHandle() const {
     return same;
 }
 
-void Statement::PassNumbers() {
+void Statement::PassNumbers(RunningCall& running) {
     auto numbers = impl_->WithoutHandle();
     numbers->following = std::make_unique<FollowingResults>();
     try {
+        const Stepping stepping(running, *impl_->handle);
         if (MoreResults()) numbers->following->statements.emplace_back(std::move(impl_));
     } catch (const AdoError&) {
         numbers->following->failure = std::current_exception();
@@ -177,14 +197,26 @@ void Statement::PassNumbers() {
     impl_ = std::move(numbers);
 }
 
-void Statement::TakeRest() {
+void Statement::TakeRest(RunningCall& running) {
     if (impl_->handle != nullptr && !impl_->handle->Profile().leavesResults) return;
     do {
-        bool isLastOfRows = false;
-        while (impl_->NextResult())
-            isLastOfRows = impl_->columnCount > 0;
-        if (isLastOfRows) impl_->FailForMissing();
+        if (impl_->handle != nullptr) impl_->TakeRest(running);
     } while (NextResult());
+}
+
+void Statement::Impl::TakeRest(RunningCall& running) {
+    const Stepping stepping(running, *handle);
+    bool isLastOfRows = false;
+    try {
+        while (NextResult()) {
+            ExpectNotEnded();
+            isLastOfRows = columnCount > 0;
+        }
+    } catch (const AdoError&) {
+        if (std::exchange(mayHaveMore, false)) handle->TakeRest(handle->IsEnded());
+        throw;
+    }
+    if (isLastOfRows) FailForMissing();
 }
 
 void Statement::Cancel() noexcept {

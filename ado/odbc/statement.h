@@ -41,6 +41,8 @@ struct CatalogCall {
     bool unique = false;  // Statistics
 };
 
+class RunningCall;
+
 /// Movable owner of one executed ODBC statement; its handle goes back to the session for reuse.
 class Statement {
 public:
@@ -69,11 +71,12 @@ public:
 
     /// Keeps the numbers of a result without columns and steps to what follows, for a driver that would leave that on
     /// the connection. What the step fails with is told in the place of the next result.
-    void PassNumbers();
+    /// @param running  names the call for whoever cancels it
+    void PassNumbers(RunningCall& running);
 
     /// Steps over what follows, where a driver would leave that on the connection.
     /// @throws AdoError, what the next of them failed with
-    void TakeRest();
+    void TakeRest(RunningCall& running);
 
     /// From any thread; the running call ends with "cancelled".
     void Cancel() noexcept;

@@ -1,6 +1,7 @@
 #include "ado/odbc/statement_handle.h"
 
 #include <chrono>
+#include <optional>
 #include <thread>
 
 #include "ado/odbc/moments.h"
@@ -59,16 +60,18 @@ bool StatementHandle::RowCallLasts() const noexcept {
     return true;
 }
 
-void StatementHandle::Reach(State reason) noexcept {
+bool StatementHandle::Reach(State reason) noexcept {
     unsigned state = state_.load(std::memory_order_acquire);
     do {
-        if ((state & kRunning) == 0 || (state & (kReaching | kCut)) != 0) return;
+        if ((state & kRunning) == 0 || (state & (kReaching | kCut)) != 0) return false;
     } while (!state_.compare_exchange_weak(state, state | kReaching | reason));
-    if ((state & kHeld) == 0 && ((state & kRows) == 0 || RowCallLasts())) {
+    const bool isReached = (state & kHeld) == 0 && ((state & kRows) == 0 || RowCallLasts());
+    if (isReached) {
         const ServerCall call(profile_, ServerCall::ShortSeconds());
         Odbc().Cancel(Get());
     }
     state_.fetch_and(~static_cast<unsigned>(kReaching), std::memory_order_release);
+    return isReached;
 }
 
 void StatementHandle::CancelRunning() noexcept {
@@ -76,8 +79,8 @@ void StatementHandle::CancelRunning() noexcept {
 }
 
 int StatementHandle::Expire() noexcept {
-    Reach(kExpired);
-    return 0;
+    constexpr int kAgainMilliseconds = 100;
+    return Reach(kExpired) ? 0 : kAgainMilliseconds;
 }
 
 bool StatementHandle::BeginCut() noexcept {
@@ -141,7 +144,18 @@ void StatementHandle::Unbind() noexcept {
     bound.reset();
 }
 
-void StatementHandle::TakeRest() noexcept {
+void StatementHandle::TakeRest(bool isGivenUp) noexcept {
+    // Whoever has cancelled may have looked at a step that was about to end.
+    constexpr int kMilliseconds = 100;
+    std::optional<WatchdogGuard> guard;
+    if (isGivenUp) {
+        AllowCancel();
+        try {
+            guard.emplace(*this, kMilliseconds);
+        } catch (...) {
+            // No memory or no thread for watching: the steps take as long as they do.
+        }
+    }
     SQLRETURN result = SQL_SUCCESS;
     while (SQL_SUCCEEDED(result)) {
         const StepCall step(*this);

@@ -102,7 +102,8 @@ public:
     void Unbind() noexcept;
 
     /// Steps over further results, up to one that failed.
-    void TakeRest() noexcept;
+    /// @param isGivenUp  nobody wants what they do either: a step that lasts is cancelled
+    void TakeRest(bool isGivenUp) noexcept;
 
     /// Closes the cursor, if there is one; bindings stay.
     void Close() noexcept;
@@ -132,7 +133,7 @@ private:
         kHeld = 128,
         kInStepCall = 256
     };
-    void Reach(State reason) noexcept;
+    bool Reach(State reason) noexcept;
     bool RowCallLasts() const noexcept;
 
     bool SetAttribute(SQLINTEGER attribute, SQLPOINTER value, SQLINTEGER kind) noexcept;

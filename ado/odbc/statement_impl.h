@@ -62,6 +62,9 @@ struct Statement::Impl {
     /// Steps to the driver's next result; false when there is none.
     bool NextResult();
 
+    /// Steps over the further results of the driver.
+    void TakeRest(RunningCall& running);
+
     /// For a driver that leaves results: the last of several is one with rows, but numbers come last of all. The driver
     /// has taken a failure for a result without rows.
     [[noreturn]] void FailForMissing() const;

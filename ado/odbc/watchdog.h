@@ -49,6 +49,9 @@ public:
         if (seconds > 0) Begin(seconds, target, milliseconds);
     }
 
+    /// A short limit; it is kept as exactly as the others are.
+    WatchdogGuard(Expiring& target, int milliseconds) { Begin(0, target, milliseconds); }
+
     /// Objects that are made after this end before the watchdog does, at the end of the process.
     static void Prepare();
 

@@ -13,6 +13,7 @@ namespace tk::ado {
 namespace {
 
 constexpr std::size_t kMostThreads = 8;
+constexpr std::size_t kMostWithWaiting = 64;  // those included that mostly sleep
 constexpr auto kIdleTime = std::chrono::seconds(30);
 constexpr auto kExitPatience = std::chrono::seconds(2);
 
@@ -69,15 +70,18 @@ FetchPool& FetchPool::Instance() {
 }
 
 void FetchPool::Submit(std::shared_ptr<FetchJob> job) {
-    job->isWaiting_.store(true, std::memory_order_release);
+    const bool mostlySleeps = job->WaitsForServer();
     const std::lock_guard lock(impl_->mutex);
-    if (impl_->stop) return;
-    impl_->waiting.push_back(std::move(job));
+    if (impl_->stop) return job->isWaiting_.store(true, std::memory_order_release);
+    auto& waiting = impl_->waiting;
+    FetchJob& handedIn = *waiting.emplace(mostlySleeps ? waiting.begin() : waiting.end(), std::move(job))->get();
+    // Behind what may fail, and seen by the threads, which look at the queue under the lock.
+    handedIn.isWaiting_.store(true, std::memory_order_release);
     if (impl_->idle >= impl_->waiting.size()) {
         impl_->wake.notify_one();
         return;
     }
-    if (impl_->threads >= kMostThreads) return;
+    if (impl_->threads >= (mostlySleeps ? kMostWithWaiting : kMostThreads)) return;
     try {
         std::thread([impl = impl_.get()] { impl->Work(); }).detach();
         ++impl_->threads;

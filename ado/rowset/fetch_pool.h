@@ -2,6 +2,7 @@
 // idle.
 //
 // A job that no thread has begun yet can be taken back by whoever waits for it, so a full pool delays nobody for good.
+// One that waits for a server is not for a thread that has patience to keep: it gets one of its own.
 #pragma once
 
 #include <atomic>
@@ -20,6 +21,9 @@ public:
 
     /// From any thread, at the end of the process: RunJob returns soon.
     virtual void AbortJob() noexcept = 0;
+
+    /// True when it mostly sleeps until a server answers: it gets a thread although all usual ones are busy.
+    virtual bool WaitsForServer() const noexcept = 0;
 
     /// Claims a waiting job; the one who gets true runs it, or hands it in again.
     bool Claim() noexcept { return isWaiting_.exchange(false, std::memory_order_acq_rel); }

@@ -95,7 +95,7 @@ void RowSet::Impl::Finish(std::unique_ptr<AdoError> failure) noexcept {
         StatementHandle& handle = *statement->Internals().handle;
         if (mayBeFollowed && isWhole) ReadFurther();
         // Not left to the closing of the handle, which cannot be cancelled.
-        if (mayBeFollowed && !isWhole) handle.TakeRest();
+        if (mayBeFollowed && !isWhole) handle.TakeRest(isCancelled || handle.IsEnded());
         handle.EndRows();
     }
     if (isWhole && maxRows == 0 && statement != nullptr && statement->Internals().resultName != 0) {
@@ -139,7 +139,7 @@ void RowSet::Impl::ReadFurther() noexcept {
         } catch (...) {
             further->failure = std::current_exception();
         }
-        if (inside.mayHaveMore) inside.handle->TakeRest();
+        if (inside.mayHaveMore) inside.handle->TakeRest(isCancelled || isInterrupted || inside.handle->IsEnded());
         inside.mayHaveMore = false;
         further->Append(std::move(inside.following));
         inside.following = std::move(further);
@@ -202,7 +202,7 @@ void RowSet::Impl::Run(std::size_t until, const Patience* patience) noexcept {
             if (Step(full)) continue;
             if (!mayBeFollowed) break;
             TellRowsAreThere();
-            if (until != kToTheEnd) return PutOff();
+            if (until != kToTheEnd || patience != nullptr) return PutOff();
         }
         Finish(nullptr);
     } catch (...) {
@@ -216,6 +216,7 @@ void RowSet::Impl::PutOff() {
         isRunning = false;
     }
     FetchPool::Instance().Submit(shared_from_this());
+    changed.notify_all();  // a reader that waits may go on with it
 }
 
 void RowSet::Impl::TellRowsAreThere() noexcept {
@@ -238,13 +239,16 @@ void RowSet::Impl::CancelStatement() noexcept {
 
 bool RowSet::Impl::FinishWork(const Patience& patience) noexcept {
     constexpr auto kMoment = std::chrono::milliseconds(20);  // how soon a cancelled wait is noticed
+    // What waits for the server has a thread of its own soon, unless there is none to be had.
+    const auto alone = std::chrono::steady_clock::now() + std::chrono::seconds(1);
     for (;;) {
         {
             std::unique_lock lock(mutex);
             if (changed.wait_for(lock, kMoment, [this] { return isComplete.load(); })) return true;
         }
         if (patience.IsOver()) return false;
-        if (Claim()) Run(kToTheEnd, &patience);  // every thread of the pool is busy with other fetches
+        const bool isLeftAlone = !WaitsForServer() || std::chrono::steady_clock::now() >= alone;
+        if (isLeftAlone && Claim()) Run(kToTheEnd, &patience);  // every thread of the pool is busy with other fetches
     }
 }
 
@@ -298,7 +302,7 @@ void RowSet::Impl::WaitForEnd() {
 
 void RowSet::Impl::Stop() noexcept {
     if (isComplete) return;
-    isCancelled = true;
+    const bool isFirst = !isCancelled.exchange(true);  // otherwise it has been waited for already
     // Letting go of what may be followed waits for the server to end it: for a thread that can be helped by a cancel.
     if (!mayBeFollowed && Claim()) return Finish(nullptr);
     {
@@ -306,7 +310,7 @@ void RowSet::Impl::Stop() noexcept {
         if (changed.wait_for(lock, kCancelPatience, [this] { return isComplete.load(); })) return;
     }
     CancelStatement();
-    {
+    if (isFirst) {
         std::unique_lock lock(mutex);
         if (changed.wait_for(lock, kJoinPatience, [this] { return isComplete.load(); })) return;
     }

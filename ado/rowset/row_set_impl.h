@@ -115,6 +115,7 @@ struct RowSet::Impl final : FetchJob, BackgroundWork, SettingsWatcher, std::enab
     }
 
     void RunJob() noexcept override;
+    bool WaitsForServer() const noexcept override { return areRowsThere && mayBeFollowed; }
     void AbortJob() noexcept override;
 
     /// Waits until so many rows are there, or no more will be. Does the work itself when nobody else has begun it.

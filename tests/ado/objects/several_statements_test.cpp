@@ -3,7 +3,9 @@
 
 #include <unistd.h>
 
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "database_systems.h"
 
@@ -165,6 +167,9 @@ protected:
 private:
     Object other_;
 };
+
+constexpr const char16_t* kSleepers =
+    u"select count(*) from information_schema.processlist where info like '%sleep(5)%' and id <> connection_id()";
 
 /// What is ended inside the driver while another thread is in there.
 class CancelledTextTest : public ProgramTextTest {
@@ -476,6 +481,104 @@ TEST_P(CancelledTextTest, EndsWithTheStatementThatIsCancelled) {
     const Outcome cancelled = Run(u"set @q = 1; do sleep(20); insert into steps values (1)");
     canceller.join();
     EXPECT_FALSE(cancelled.Ok());
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(CancelledTextTest, EndsWhenItIsLeftWhereOneStepFollowsTheOther) {
+    Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(0.12); "
+       u"select sleep(2.1); select sleep(4); insert into steps values (1); end");
+    Object rows = Run(u"call slow()").Result();
+    ASSERT_TRUE(rows);
+    rows = Object();
+    connection_.Put(connection::kCommandTimeout, Number(2));
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(CancelledTextTest, EndsWithAReaderThatIsCancelledWhereOneStepFollowsTheOther) {
+    Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(0.5); "
+       u"select sleep(4); insert into steps values (1); end");
+    const Object rows = OpenRows(connection_, u"call slow()", 1);
+    std::thread canceller([&] {
+        usleep(450'000);  // shortly before the step ends; it is to be ended anywhere
+        rows.Call(recordset::kCancel);
+    });
+    const Outcome next = rows.Call(recordset::kNextRecordset);
+    canceller.join();
+    EXPECT_EQ(next.Error(), 0x80040E4Eu) << next;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(CancelledTextTest, EndsWhileResultsThatNobodyWantsAreSteppedOver) {
+    constexpr LONG kTextWithoutRecords = 129;
+    Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(5) as b; "
+       u"insert into steps values (1); end");
+    std::thread canceller([&] {
+        while (AskElsewhere(kSleepers) != "1")
+            std::this_thread::yield();
+        usleep(300'000);  // not in the call that is about to begin
+        connection_.Call(connection::kCancel);
+    });
+    const Outcome cancelled =
+        connection_.Call(connection::kExecute, {Text(u"call slow()"), Omitted(), Number(kTextWithoutRecords)});
+    canceller.join();
+    EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(CancelledTextTest, EndsWhileACommandWaitsForItsOutputs) {
+    Do(u"drop procedure if exists slowly; create procedure slowly(out x int) begin select 1 as a; select sleep(5) as "
+       u"b; "
+       u"insert into steps values (1); set x = 5; end");
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, connection_.AsValue());
+    made.Put(command::kCommandText, Text(u"{call slowly(?)}"));
+    const Object declared = made.Call(command::kCreateParameter, {Text(u""), Number(3), Number(2), Number(0)}).Result();
+    ASSERT_TRUE(made.Get(command::kParameters).Result().Call(parameter::kAppend, {declared.AsValue()}).Ok());
+    std::thread canceller([&] {
+        while (AskElsewhere(kSleepers) != "1")
+            std::this_thread::yield();
+        usleep(300'000);
+        made.Call(command::kCancel);
+    });
+    const Outcome cancelled = made.Call(command::kExecute);
+    canceller.join();
+    EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
+    EXPECT_EQ(AskFor(u"select 7"), "7");
+    EXPECT_EQ(Steps(), "0");
+}
+
+TEST_P(CancelledTextTest, DoesNotWaitForTheProceduresOfOthers) {
+    constexpr int kOthers = 8;  // as many as are read at a time
+    Do(u"drop procedure if exists slow; create procedure slow(number int) begin select 1 as a; select sleep(5) as b; "
+       u"insert into steps values (number); end");
+    std::vector<Object> connections;
+    std::vector<Object> recordsets;
+    const auto call = [&](int number) {
+        connections.push_back(Connect());
+        const std::u16string text = u"call slow(" + ToUtf16(std::to_string(number)) + u")";
+        recordsets.push_back(connections.back().Call(connection::kExecute, {Text(text)}).Result());
+        return bool(recordsets.back());
+    };
+    for (int i = 0; i < kOthers; ++i)
+        ASSERT_TRUE(call(1));
+    ASSERT_TRUE(call(2));
+    ASSERT_TRUE(call(3));
+    recordsets.back() = Object();  // left: ended at the server
+    EXPECT_EQ(Ask(connections.back(), u"select 7"), "7");
+
+    // The next statement keeps to its own limit, and can be cancelled.
+    const Object& waiting = connections[kOthers];
+    std::thread canceller([&] {
+        usleep(500'000);
+        waiting.Call(connection::kCancel);
+    });
+    const Outcome cancelled = waiting.Call(connection::kExecute, {Text(u"select 7")});
+    canceller.join();
+    EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
+    recordsets.clear();
     EXPECT_EQ(Steps(), "0");
 }
 

@@ -168,9 +168,6 @@ private:
     Object other_;
 };
 
-constexpr const char16_t* kSleepers =
-    u"select count(*) from information_schema.processlist where info like '%sleep(5)%' and id <> connection_id()";
-
 /// What is ended inside the driver while another thread is in there.
 class CancelledTextTest : public ProgramTextTest {
 protected:
@@ -179,6 +176,17 @@ protected:
         GTEST_SKIP() << "the driver's SQLCancel races with the call that it ends";
 #endif
         ProgramTextTest::SetUp();
+    }
+
+    /// A thread that cancels once the server is at sleep(5).
+    std::thread CancelAsleep(const Object& object, DISPID cancel) const {
+        return std::thread([this, &object, cancel] {
+            while (AskElsewhere(u"select count(*) from information_schema.processlist where info like '%sleep(5)%' and "
+                                u"id <> connection_id()") != "1")
+                std::this_thread::yield();
+            usleep(300'000);  // until results are stepped over; it is to be ended anywhere
+            object.Call(cancel);
+        });
     }
 };
 
@@ -514,12 +522,7 @@ TEST_P(CancelledTextTest, EndsWhileResultsThatNobodyWantsAreSteppedOver) {
     constexpr LONG kTextWithoutRecords = 129;
     Do(u"drop procedure if exists slow; create procedure slow() begin select 1 as a; select sleep(5) as b; "
        u"insert into steps values (1); end");
-    std::thread canceller([&] {
-        while (AskElsewhere(kSleepers) != "1")
-            std::this_thread::yield();
-        usleep(300'000);  // not in the call that is about to begin
-        connection_.Call(connection::kCancel);
-    });
+    std::thread canceller = CancelAsleep(connection_, connection::kCancel);
     const Outcome cancelled =
         connection_.Call(connection::kExecute, {Text(u"call slow()"), Omitted(), Number(kTextWithoutRecords)});
     canceller.join();
@@ -529,20 +532,14 @@ TEST_P(CancelledTextTest, EndsWhileResultsThatNobodyWantsAreSteppedOver) {
 }
 
 TEST_P(CancelledTextTest, EndsWhileACommandWaitsForItsOutputs) {
-    Do(u"drop procedure if exists slowly; create procedure slowly(out x int) begin select 1 as a; select sleep(5) as "
-       u"b; "
-       u"insert into steps values (1); set x = 5; end");
+    Do(u"drop procedure if exists slowly; create procedure slowly(out x int) begin select 1 as a; "
+       u"select sleep(5) as b; insert into steps values (1); set x = 5; end");
     const Object made = Object::Create(kCommandClass);
     made.PutRef(command::kActiveConnection, connection_.AsValue());
     made.Put(command::kCommandText, Text(u"{call slowly(?)}"));
     const Object declared = made.Call(command::kCreateParameter, {Text(u""), Number(3), Number(2), Number(0)}).Result();
     ASSERT_TRUE(made.Get(command::kParameters).Result().Call(parameter::kAppend, {declared.AsValue()}).Ok());
-    std::thread canceller([&] {
-        while (AskElsewhere(kSleepers) != "1")
-            std::this_thread::yield();
-        usleep(300'000);
-        made.Call(command::kCancel);
-    });
+    std::thread canceller = CancelAsleep(made, command::kCancel);
     const Outcome cancelled = made.Call(command::kExecute);
     canceller.join();
     EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;

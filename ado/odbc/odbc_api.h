@@ -77,6 +77,7 @@ struct OdbcApi {
 #undef TK_ODBC_MEMBER
 };
 
+/// For the two functions below.
 inline constinit const OdbcApi kDriverManager;
 inline constinit std::atomic<const OdbcApi*> odbcInUse = &kDriverManager;
 

@@ -191,7 +191,7 @@ struct Session::Impl {
         if (statement->columnCount > 0 || statement->outputs) statement->text = sql;
         // A driver that steps through its rows still looks at the parameters then.
         if (statement->columnCount > 0) statement->binding = std::move(called.binding);
-        if (statement->outputs) PassOutputRow(*statement);
+        PassOutputRow(*statement);
         if (handle.WasCut()) (*on)->MarkBroken();  // the answer came in the last moment
         return Statement(std::move(statement));
     }

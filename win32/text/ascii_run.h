@@ -46,10 +46,10 @@ inline std::size_t CopyAscii(const std::uint8_t* source, std::size_t count, std:
     return done;
 }
 
-#if defined(__SSE2__)
-/// WidenAscii for the less than sixteen units behind `done`, all of those before being ASCII.
+/// WidenAscii for what is behind `done`, all of those before being ASCII.
 inline std::size_t WidenRest(const std::uint8_t* source, std::size_t count, std::size_t done,
                              char16_t* target) noexcept {
+#if defined(__SSE2__)
     // The last eight once more where there are not as many left.
     for (; done < count && count >= 8; done += 8) {
         done = std::min(done, count - 8);
@@ -58,6 +58,7 @@ inline std::size_t WidenRest(const std::uint8_t* source, std::size_t count, std:
         const auto high = static_cast<unsigned>(_mm_movemask_epi8(bytes));
         if (high != 0) return done + static_cast<std::size_t>(std::countr_zero(high));
     }
+#endif
     for (; done < count && source[done] < 0x80; ++done)
         target[done] = source[done];
     return done;
@@ -66,6 +67,7 @@ inline std::size_t WidenRest(const std::uint8_t* source, std::size_t count, std:
 /// NarrowAscii, likewise.
 inline std::size_t NarrowRest(const char16_t* source, std::size_t count, std::size_t done,
                               std::uint8_t* target) noexcept {
+#if defined(__SSE2__)
     const __m128i beyond = _mm_set1_epi16(static_cast<short>(0xFF80));
     for (; done < count && count >= 8; done += 8) {
         done = std::min(done, count - 8);
@@ -75,11 +77,11 @@ inline std::size_t NarrowRest(const char16_t* source, std::size_t count, std::si
         const auto other = static_cast<unsigned>(_mm_movemask_epi8(ascii)) ^ 0xFFFFu;
         if (other != 0) return done + static_cast<std::size_t>(std::countr_zero(other)) / 2;
     }
+#endif
     for (; done < count && source[done] < 0x80; ++done)
         target[done] = static_cast<std::uint8_t>(source[done]);
     return done;
 }
-#endif
 
 inline std::size_t WidenAscii(const std::uint8_t* source, std::size_t count, char16_t* target) noexcept {
     std::size_t done = 0;
@@ -92,12 +94,8 @@ inline std::size_t WidenAscii(const std::uint8_t* source, std::size_t count, cha
         const auto high = static_cast<unsigned>(_mm_movemask_epi8(bytes));
         if (high != 0) return done + static_cast<std::size_t>(std::countr_zero(high));
     }
-    return WidenRest(source, count, done, target);
-#else
-    for (; done < count && source[done] < 0x80; ++done)
-        target[done] = source[done];
-    return done;
 #endif
+    return WidenRest(source, count, done, target);
 }
 
 inline std::size_t NarrowAscii(const char16_t* source, std::size_t count, std::uint8_t* target) noexcept {
@@ -114,12 +112,8 @@ inline std::size_t NarrowAscii(const char16_t* source, std::size_t count, std::u
         const auto other = static_cast<unsigned>(_mm_movemask_epi8(ascii)) ^ 0xFFFFu;
         if (other != 0) return done + static_cast<std::size_t>(std::countr_zero(other));
     }
-    return NarrowRest(source, count, done, target);
-#else
-    for (; done < count && source[done] < 0x80; ++done)
-        target[done] = static_cast<std::uint8_t>(source[done]);
-    return done;
 #endif
+    return NarrowRest(source, count, done, target);
 }
 
 }  // namespace tk::text

@@ -141,6 +141,7 @@ constexpr DriverProfile kProfiles[] = {
         .keyQuery = kPostgresKeys,
         .keyQueryColumns = kPostgresKeyColumns,
         .hasManyActiveStatements = true,
+        .searchesColumns = true,
         .describesBase = true,
         .systemColumns = kPostgresSystemColumns,
         .opaqueType = "unknown",

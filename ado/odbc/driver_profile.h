@@ -118,6 +118,7 @@ struct DriverProfile {
     const char* keyQuery = nullptr;  // where SQLPrimaryKeys looks in one schema only: a SELECT with the same parameters
     std::span<const std::size_t> keyQueryColumns = {};  // numbered as SQLPrimaryKeys does
     bool hasManyActiveStatements = false;               // several open results on one connection
+    bool searchesColumns = false;                       // all of a table's, several times, to describe one of a result
     bool describesBase = false;                         // base table names of result columns can be trusted
     bool readsBaseFromText = false;   // ... they are not told at all: the text of a plain SELECT has them
     const char* viewQuery = nullptr;  // where base names are those behind a view: the text of a view (a parameter)

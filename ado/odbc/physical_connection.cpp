@@ -186,6 +186,7 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
+    if (completion == SQL_ROLLBACK) results_.Forget();  // it undoes what has been defined
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);

@@ -15,6 +15,7 @@
 #include "ado/odbc/odbc_handle.h"
 #include "ado/odbc/spare_objects.h"
 #include "ado/odbc/statement_handle.h"
+#include "ado/rowset/known_results.h"
 
 namespace tk::ado {
 
@@ -63,6 +64,9 @@ public:
     /// A statement handle, a used one when there is one.
     std::unique_ptr<StatementHandle> TakeHandle();
     void ReturnHandle(std::unique_ptr<StatementHandle> handle) noexcept;
+
+    /// The results that its driver has described, where that is worth remembering (DriverProfile::searchesColumns).
+    KnownResults& Results() noexcept { return results_; }
 
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
     std::unique_ptr<StatementHandle> TakePrepared(std::string_view text) noexcept;
@@ -120,6 +124,7 @@ private:
     bool isAutoCommit_ = true;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
+    KnownResults results_;
     static constexpr std::size_t kKeptHandles = 4;
     SpareObjects<StatementHandle, kKeptHandles> handles_;
     std::mutex preparedMutex_;  // a fetch thread returns its handle while the session takes another

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstring>
 #include <limits>
+
+#include "ado/odbc/text_hash.h"
 
 namespace tk::ado {
 namespace {
@@ -13,26 +14,10 @@ namespace {
 // upper halves are two texts that share a guess.
 constinit std::array<std::atomic<std::uint64_t>, 1024> memory{};
 
-/// Eight bytes at a time; a text and its length decide.
-std::uint64_t Hash(std::uint64_t hash, std::string_view text) noexcept {
-    const auto add = [&](std::size_t at, std::size_t size) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text.data() + at, size);
-        hash = (hash ^ bytes) * 0x9E3779B97F4A7C15u;
-        hash ^= hash >> 32;
-    };
-    std::size_t at = 0;
-    for (; at + 8 <= text.size(); at += 8)
-        add(at, 8);
-    if (at < text.size()) add(at, text.size() - at);
-    return (hash ^ text.size()) * 0x9E3779B97F4A7C15u;
-}
-
 }  // namespace
 
 std::uint64_t ResultName(std::string_view connectionKey, std::string_view sql) noexcept {
-    const std::uint64_t hash = Hash(Hash(0xcbf29ce484222325u, connectionKey), sql);
-    return (hash ^ (hash >> 29)) | 1;
+    return FinishHash(AddToHash(AddToHash(kEmptyHash, connectionKey), sql));
 }
 
 std::optional<std::uint32_t> RememberedRows(std::uint64_t name) noexcept {

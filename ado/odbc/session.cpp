@@ -18,6 +18,7 @@
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/session_facts.h"
 #include "ado/odbc/settings_watcher.h"
+#include "ado/odbc/statement_form.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/odbc/statement_kind.h"
 #include "ado/odbc/statement_list.h"
@@ -334,6 +335,7 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
+        if (kind.mayDefine) Physical().Results().Forget();
         const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));
@@ -360,6 +362,7 @@ struct Session::Impl {
         }
         if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
         statement->Internals().resultName = name;
+        if (kind.isReading && Physical().Profile().searchesColumns) statement->Internals().form = StatementForm(sql);
         if (kind.isReading && Physical().Profile().leavesResults) statement->Internals().mayHaveMore = false;
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
         return std::move(*statement);

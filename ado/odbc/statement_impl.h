@@ -38,6 +38,7 @@ struct Statement::Impl {
     std::string preparedText;              // what the handle is prepared for; empty: nothing that is worth keeping
     std::string text;              // to describe its rows or outputs; empty for catalog calls, and without either
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
+    std::uint64_t form = 0;        // of the text, by which its result may be recognised; 0: not worth it
     LONG timeoutSeconds = 0;
     LONG maxRows = 0;
     LONG rowsAffected = -1;
@@ -55,6 +56,9 @@ struct Statement::Impl {
 
     /// Reads column and row counts after an execution or a step to the next result.
     void ReadResultShape();
+
+    /// The columns of the result, from the driver unless they are known.
+    std::shared_ptr<const ResultShape> Describe();
 
     /// Gets the next part of the rows from a cursor, when the last one has been read; false when there is none.
     bool FetchPart(std::size_t rows);

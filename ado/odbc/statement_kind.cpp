@@ -250,6 +250,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
+    kind.mayDefine = kind.changesSession || (first & kDefines) != 0;
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;

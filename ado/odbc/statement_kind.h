@@ -11,6 +11,7 @@ struct StatementKind {
     bool isReading = false;       // one SELECT or its like: running it twice does no harm
     bool isLikelyLarge = false;   // reads from a table and names nothing that would limit the rows
     bool takesLimit = false;      // a SELECT that a LIMIT can be written behind
+    bool mayDefine = false;       // may change tables, or which ones are meant
     bool changesSession = false;  // may leave settings, temporary tables or locks behind on the connection
 };
 

@@ -74,6 +74,20 @@ TEST(InspectStatement, TellsReadingLargeAndSessionChangingTexts) {
     }
 }
 
+TEST(InspectStatement, TellsWhatMayChangeTables) {
+    for (const char* text : {"create table item (id integer)", "alter table item add a integer", "drop table item",
+                             "rollback", "rollback to savepoint a", "truncate item", "set search_path = aside",
+                             "create temp table item (id integer)", "select * into t2 from t", "begin", "call p()",
+                             "insert into item values (1); drop table item", "select set_config('x','y',false)", ""}) {
+        EXPECT_TRUE(Inspect(text).mayDefine) << text;
+    }
+    for (const char* text :
+         {"select * from item", "insert into item values (1)", "update item set a = 1", "delete from item",
+          "with a as (select 1) select * from a", "values (1)", "select * from item for update"}) {
+        EXPECT_FALSE(Inspect(text).mayDefine) << text;
+    }
+}
+
 TEST(InspectStatement, TellsWhatALimitCanBeWrittenBehind) {
     for (const char* text : {"select * from item", "SELECT a FROM item where b in (1, 2) order by a", "select 1",
                              "(select 1) union select 2", "select 'limit', \"for\" from item"}) {

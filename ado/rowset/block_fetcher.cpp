@@ -83,7 +83,6 @@ public:
           widths_(statement.shape->columns.size()),
           fixed_(layout.FixedCount()) {
         std::ranges::transform(statement.shape->columns, widths_.begin(), CellWidth);
-        Bind(FirstRows());
     }
 
     std::size_t FirstRows() const noexcept override { return Fit(statement_.handle->Profile().firstBlockRows); }
@@ -184,16 +183,14 @@ private:
 
     void AddVariableCells(std::size_t fetched) {
         if (layout_.VariableCount() == 0) return;
-        std::vector<std::pair<std::size_t, const BoundColumn*>> columns;
-        for (std::size_t i = 0; i < widths_.size(); ++i) {
-            if (layout_.At(i).isVariable) columns.emplace_back(i, &block_->columns[i]);
-        }
         for (std::size_t row = 0; row < fetched; ++row) {
-            for (const auto& [index, column] : columns) {
-                const SQLLEN length = column->indicators[row];
-                const std::size_t room = column->width - (column->cType == SQL_C_CHAR ? 1 : 0);
+            for (std::size_t index = 0; index < widths_.size(); ++index) {
+                if (!layout_.At(index).isVariable) continue;
+                const BoundColumn& column = block_->columns[index];
+                const SQLLEN length = column.indicators[row];
+                const std::size_t room = column.width - (column.cType == SQL_C_CHAR ? 1 : 0);
                 if (length >= 0 && static_cast<std::size_t>(length) <= room) [[likely]] {
-                    AddCell(index, column->values.get() + row * column->width, static_cast<std::size_t>(length));
+                    AddCell(index, column.values.get() + row * column.width, static_cast<std::size_t>(length));
                 } else if (length == SQL_NULL_DATA) {
                     builder_.AddNull();
                 } else {
@@ -217,7 +214,7 @@ private:
 
     template <class Fields>
     void KeepOdd(std::size_t index, const BoundColumn& column, std::size_t fetched) {
-        const DoubtfulMoments doubtful;
+        DoubtfulMoments doubtful;
         for (std::size_t row = 0; row < fetched; ++row) {
             if (column.indicators[row] < 0) continue;
             Fields fields;

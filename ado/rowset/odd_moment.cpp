@@ -41,7 +41,7 @@ std::string ReadText(Statement::Impl& statement, std::size_t row, int column) {
 
 }  // namespace
 
-DoubtfulMoments::DoubtfulMoments() noexcept {
+void DoubtfulMoments::FindToday() noexcept {
     constexpr std::time_t kHour = 3600;
     const std::time_t now = std::time(nullptr);
     today_ = MonthAndDay(now);

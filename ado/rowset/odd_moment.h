@@ -16,23 +16,23 @@ namespace tk::ado {
 /// Which structures are worth asking again about; made after the block of rows was fetched.
 class DoubtfulMoments {
 public:
-    DoubtfulMoments() noexcept;
-
-    bool Has(const SQL_DATE_STRUCT& date) const noexcept { return IsToday(date.month, date.day); }
-    bool Has(const SQL_TIMESTAMP_STRUCT& stamp) const noexcept {
+    bool Has(const SQL_DATE_STRUCT& date) noexcept { return IsToday(date.month, date.day); }
+    bool Has(const SQL_TIMESTAMP_STRUCT& stamp) noexcept {
         if (stamp.hour == 0 && stamp.minute == 0 && stamp.second == 0 && IsToday(stamp.month, stamp.day)) return true;
         return stamp.year <= 0 || (stamp.year == 9999 && stamp.month == 12 && stamp.day == 31 && stamp.hour == 23 &&
                                    stamp.minute == 59 && stamp.second == 59 && stamp.fraction == 0);
     }
 
 private:
-    bool IsToday(SQLUSMALLINT month, SQLUSMALLINT day) const noexcept {
+    bool IsToday(SQLUSMALLINT month, SQLUSMALLINT day) noexcept {
+        if (today_ == 0) FindToday();
         const unsigned both = month * 32u + day;
         return both == today_ || both == before_;
     }
+    void FindToday() noexcept;
 
-    unsigned today_;
-    unsigned before_;  // just after midnight: the rows may have been fetched before it
+    unsigned today_ = 0;   // not asked for yet: few timestamps are of midnight
+    unsigned before_ = 0;  // just after midnight: the rows may have been fetched before it
 };
 
 /// The text of a moment that no structure holds; nullopt for one that is what it looks like.

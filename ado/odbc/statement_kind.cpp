@@ -1,9 +1,13 @@
 #include "ado/odbc/statement_kind.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <iterator>
+#include <optional>
 
 #include "ado/odbc/ascii.h"
+#include "ado/odbc/statement_form.h"
 
 namespace tk::ado {
 namespace {
@@ -202,17 +206,15 @@ bool OnlyWrites(std::string_view sql) noexcept {
     return true;
 }
 
-}  // namespace
-
-StatementKind Inspect(std::string_view sql) noexcept {
+StatementKind Read(std::string_view sql) noexcept {
     StatementKind kind;
-    if (OnlyWrites(sql)) return kind;
     bool limited = false;
     bool hasFrom = false;
     bool ended = false;
     bool hasComment = false;
     bool isSelect = false;
     bool endsOtherwise = false;
+    bool hasCall = false;
     bool isFirst = true;
     std::uint16_t first = 0;
     for (std::size_t at = 0; at < sql.size();) {
@@ -226,6 +228,7 @@ StatementKind Inspect(std::string_view sql) noexcept {
                 // Variables, temporary tables of some systems, assignments inside a SELECT.
                 if (sql[at] == '@' || sql[at] == '#') kind.changesSession = true;
                 at = SkipToken(sql, at);
+                hasCall = hasCall || sql.substr(at, 1) == "(";  // by a quoted name
                 continue;
             case Letter::OfWord:
                 break;
@@ -235,13 +238,14 @@ StatementKind Inspect(std::string_view sql) noexcept {
         // What follows in a statement that writes changes nothing about it, so its words are not looked up.
         const std::uint16_t flags = (first & kWrites) != 0 ? std::uint16_t{0} : word.Flags();
         if (ended) kind.changesSession = true;  // a second statement: anything can be in it
+        const bool isCall = sql.substr(at, 1) == "(";
+        hasCall = hasCall || isCall;
         if (isFirst) {
             first = flags;
             limited = (flags & kLimits) != 0;
             isSelect = EqualsNoCase(word.Text(), "select");
             isFirst = false;
         } else if (flags != 0) {
-            const bool isCall = sql.substr(at, 1) == "(";
             if ((flags & kTouches) != 0) kind.changesSession = true;
             if ((flags & kWrites) != 0 && !isCall) first = kWrites;
             if ((flags & kLimits) != 0 || ((flags & kLimitsCall) != 0 && isCall)) limited = true;
@@ -250,11 +254,59 @@ StatementKind Inspect(std::string_view sql) noexcept {
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
-    kind.mayDefine = kind.changesSession || (first & kDefines) != 0;
+    // A SELECT from nowhere may be made for what its function does.
+    kind.mayDefine = kind.changesSession || (first & kDefines) != 0 || (hasCall && !hasFrom && (first & kWrites) == 0);
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;
     return kind;
+}
+
+/// The kinds of the forms that were met last: applications send the same texts with other values. One word a place: the
+/// form, its lowest bits replaced by those of the kind.
+class KnownKinds {
+public:
+    std::optional<StatementKind> Find(std::uint64_t form) const noexcept {
+        const std::uint64_t word = words_[Place(form)].load(std::memory_order_relaxed);
+        if ((word ^ form) >> kBits != 0) return std::nullopt;
+        StatementKind kind;
+        for (std::size_t i = 0; i < kBits; ++i)
+            kind.*kMembers[i] = (word >> i & 1) != 0;
+        return kind;
+    }
+
+    void Keep(std::uint64_t form, const StatementKind& kind) noexcept {
+        std::uint64_t word = form >> kBits << kBits;
+        for (std::size_t i = 0; i < kBits; ++i)
+            word |= std::uint64_t{kind.*kMembers[i]} << i;
+        words_[Place(form)].store(word, std::memory_order_relaxed);
+    }
+
+private:
+    static constexpr bool StatementKind::*kMembers[] = {&StatementKind::isReading, &StatementKind::isLikelyLarge,
+                                                        &StatementKind::takesLimit, &StatementKind::mayDefine,
+                                                        &StatementKind::changesSession};
+    static constexpr std::size_t kBits = std::size(kMembers);
+    static constexpr std::size_t kPlaces = 256;
+    static std::size_t Place(std::uint64_t form) noexcept { return form >> kBits & (kPlaces - 1); }
+
+    std::array<std::atomic<std::uint64_t>, kPlaces> words_{};
+};
+
+constinit KnownKinds knownKinds;
+
+}  // namespace
+
+StatementKind Inspect(std::string_view sql) noexcept {
+    if (OnlyWrites(sql)) return {};
+    const std::uint64_t form = StatementForm(sql);
+    auto kind = form != 0 ? knownKinds.Find(form) : std::nullopt;
+    if (!kind) {
+        kind = Read(sql);
+        if (form != 0) knownKinds.Keep(form, *kind);
+    }
+    kind->form = form;
+    return *kind;
 }
 
 std::string_view ChangingWord(std::string_view sql) noexcept {

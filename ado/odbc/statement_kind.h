@@ -3,6 +3,7 @@
 // A guess, taken where a wrong one costs time but never a wrong result.
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 namespace tk::ado {
@@ -11,8 +12,9 @@ struct StatementKind {
     bool isReading = false;       // one SELECT or its like: running it twice does no harm
     bool isLikelyLarge = false;   // reads from a table and names nothing that would limit the rows
     bool takesLimit = false;      // a SELECT that a LIMIT can be written behind
-    bool mayDefine = false;       // may change tables, or which ones are meant
+    bool mayDefine = false;       // may change tables, or which ones are meant, as far as its words tell
     bool changesSession = false;  // may leave settings, temporary tables or locks behind on the connection
+    std::uint64_t form = 0;       // StatementForm of the text; 0 also for one that only writes
 };
 
 StatementKind Inspect(std::string_view sql) noexcept;

@@ -16,6 +16,8 @@ TEST(StatementForm, LeavesOutNumbersAndQuotedTexts) {
         {"select 1, 'a', 2.5 from t", "select 22, 'bb', 0.125 from t"},
         {"select a from t limit 10 offset 20", "select a from t limit 1 offset 2"},
         {"select \"a 1\" from t where id=1", "select \"a 1\" from t where id=2"},
+        {"select a from t where b - 1 / 2 > 0", "select a from t where b - 2 / 3 > 1"},
+        {"select [a 1], `b 1` from t where id=1", "select [a 1], `b 1` from t where id=2"},
         {"select a from t where b in(1,2)and c=3", "select a from t where b in(12,13)and c=14"},
     };
     for (const auto& [one, other] : kSame) {
@@ -64,7 +66,9 @@ TEST(StatementForm, KeepsEverythingElse) {
 TEST(StatementForm, IsNotToldOfTextsThatItCouldMisread) {
     for (const std::string_view text :
          {"select a -- it's", "select a /* it's */ from t", "select E'it\\'s'", "select 'c:\\'", "select $$it's$$",
-          "select $1", "select 1; select 2", "select 'open", "select \"open"}) {
+          "select $1", "select 1; select 2", "select 'open", "select \"open", "select # it's", "select [it's] from t",
+          "select a['x]'] from t", "select `it's`", "select \"it's\"", "select \"a\\\"\"",
+          "select 1 as U&\"a!0062\" uescape '!'", "select U&'a!0062'", "select [open", "select `open"}) {
         EXPECT_EQ(StatementForm(text), 0u) << text;
     }
 }

@@ -1,13 +1,25 @@
 #include "ado/odbc/column_attribute.h"
 
+#include <algorithm>
+
 namespace tk::ado {
 
 std::string TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute) {
-    char buffer[512] = {};
+    char room[512];
+    return std::string(TextAttribute(statement, number, attribute, room).value_or(std::string_view()));
+}
+
+std::optional<std::string_view> TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute,
+                                              std::span<char> room) noexcept {
+    constexpr std::size_t kMost = 32766;
+    // Driver managers may write over the end of a text that just fits, without a zero behind it.
+    const std::size_t size = std::min(room.size(), kMost) - 1;
+    room[0] = room[size] = '\0';
     SQLSMALLINT length = 0;
-    const SQLRETURN result = Odbc().ColAttribute(statement, static_cast<SQLUSMALLINT>(number), attribute, buffer,
-                                                 sizeof buffer - 1, &length, nullptr);
-    return SQL_SUCCEEDED(result) ? std::string(buffer) : std::string();
+    const SQLRETURN result = Odbc().ColAttribute(statement, static_cast<SQLUSMALLINT>(number), attribute, room.data(),
+                                                 static_cast<SQLSMALLINT>(size), &length, nullptr);
+    if (result != SQL_SUCCESS) return std::nullopt;
+    return std::string_view(room.data());
 }
 
 SQLLEN NumberAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute, SQLLEN otherwise) {

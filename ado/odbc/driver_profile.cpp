@@ -136,6 +136,7 @@ constexpr DriverProfile kProfiles[] = {
         .lifeQuestion = std::string_view("\0\0\0\10\4\322\26\57", 8),  // whether it encrypts
         .pingStatement = "SELECT 1",
         .hasBatches = true,
+        .hasOneResultOfReading = true,
         .indexQuery = kPostgresIndexes,
         .indexQueryColumns = kPostgresIndexColumns,
         .keyQuery = kPostgresKeys,

@@ -109,6 +109,7 @@ struct DriverProfile {
     const char* pingStatement = nullptr;  // where a lost idle connection shows only at its next use
     KeySource keySource = KeySource::Catalog;
     bool hasBatches = false;             // SQLMoreResults is worth asking
+    bool hasOneResultOfReading = false;  // ... but not behind a single statement that reads
     bool needsSingleStatements = false;  // a text of several keeps the connection locked, or ends the process
     const char* failureQuery = nullptr;  // for leavesResults: SHOW what the last statement failed with
     bool leavesResults = false;          // closing a handle leaves what follows a result without rows on the connection

@@ -186,10 +186,11 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
-    if (completion == SQL_ROLLBACK) results_.Forget();  // it undoes what has been defined
+    if (hasDefined_) results_.Forget();
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
+    hasDefined_ = false;
 }
 
 DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {

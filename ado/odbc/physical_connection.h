@@ -68,6 +68,12 @@ public:
     /// The results that its driver has described, where that is worth remembering (DriverProfile::searchesColumns).
     KnownResults& Results() noexcept { return results_; }
 
+    /// Before a statement that may define what names mean. The end of a transaction may undo that.
+    void ForgetResults() noexcept {
+        results_.Forget();
+        hasDefined_ = hasDefined_ || !isAutoCommit_;
+    }
+
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
     std::unique_ptr<StatementHandle> TakePrepared(std::string_view text) noexcept;
     void ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept;
@@ -122,6 +128,7 @@ private:
     LONG timeLimit_ = 0;
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
+    bool hasDefined_ = false;              // in the transaction
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
     KnownResults results_;

@@ -18,7 +18,6 @@
 #include "ado/odbc/session_cache.h"
 #include "ado/odbc/session_facts.h"
 #include "ado/odbc/settings_watcher.h"
-#include "ado/odbc/statement_form.h"
 #include "ado/odbc/statement_impl.h"
 #include "ado/odbc/statement_kind.h"
 #include "ado/odbc/statement_list.h"
@@ -117,6 +116,12 @@ struct Session::Impl {
         for (const auto& each : told) {
             if (const auto watcher = each.lock()) watcher->BeforeSettingsChange();
         }
+    }
+
+    /// Of a text that reads. Where the driver leaves results, several statements have been told apart before.
+    bool GivesOneResult(const StatementKind& kind) const noexcept {
+        const DriverProfile& profile = Physical().Profile();
+        return profile.leavesResults || (profile.hasOneResultOfReading && kind.form != 0);
     }
 
     bool CanUseSide(const StatementKind& kind) const noexcept {
@@ -335,7 +340,7 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        if (kind.mayDefine) Physical().Results().Forget();
+        if (kind.mayDefine) Physical().ForgetResults();
         const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));
@@ -362,8 +367,10 @@ struct Session::Impl {
         }
         if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
         statement->Internals().resultName = name;
-        if (kind.isReading && Physical().Profile().searchesColumns) statement->Internals().form = StatementForm(sql);
-        if (kind.isReading && Physical().Profile().leavesResults) statement->Internals().mayHaveMore = false;
+        if (kind.isReading && GivesOneResult(kind)) {
+            statement->Internals().mayHaveMore = false;
+            if (Physical().Profile().searchesColumns) statement->Internals().form = kind.form;
+        }
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
         return std::move(*statement);
     }

@@ -125,18 +125,19 @@ std::shared_ptr<const ParameterOutputs> Statement::Outputs() const noexcept {
 
 const std::vector<Column>& Statement::Columns() {
     if (impl_->shape != nullptr) return impl_->shape->columns;
-    // Drivers may ask the server about columns.
-    const ServerCall call(impl_->handle->Profile(), impl_->timeoutSeconds, impl_->handle.get());
     impl_->shape = impl_->Describe();
     return impl_->shape->columns;
 }
 
 std::shared_ptr<const ResultShape> Statement::Impl::Describe() {
-    if (form == 0) return DescribeResult(*handle, columnCount);
     KnownResults& known = (*lease)->Results();
-    if (auto same = known.Recognise(*handle, form, columnCount)) return same;
+    if (form != 0) {
+        if (auto same = known.Recognise(*handle, form, columnCount)) return same;
+    }
+    // Drivers may ask the server about columns.
+    const ServerCall call(handle->Profile(), timeoutSeconds, handle.get());
     auto described = DescribeResult(*handle, columnCount);
-    known.Remember(*handle, form, text, described);
+    if (form != 0) known.Remember(*handle, form, text, described);
     return described;
 }
 
@@ -173,7 +174,6 @@ bool Statement::Impl::NextResult() {
     if (result == SQL_NO_DATA) return mayHaveMore = false;
     if (!SQL_SUCCEEDED(result)) Fail(result);
     isFirstResult = false;
-    form = 0;
     ReadResultShape();
     return true;
 }

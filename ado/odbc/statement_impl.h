@@ -38,7 +38,7 @@ struct Statement::Impl {
     std::string preparedText;              // what the handle is prepared for; empty: nothing that is worth keeping
     std::string text;              // to describe its rows or outputs; empty for catalog calls, and without either
     std::uint64_t resultName = 0;  // to remember how many rows it gave; 0: not worth it
-    std::uint64_t form = 0;        // of the text, by which its result may be recognised; 0: not worth it
+    std::uint64_t form = 0;        // of a text with one result, by which that may be recognised; 0: not worth it
     LONG timeoutSeconds = 0;
     LONG maxRows = 0;
     LONG rowsAffected = -1;

@@ -2,9 +2,11 @@
 
 #include <time.h>
 
-#include <optional>
+#include <algorithm>
+#include <new>
 #include <utility>
 
+#include "ado/odbc/ascii.h"
 #include "ado/odbc/column_attribute.h"
 
 namespace tk::ado {
@@ -54,37 +56,46 @@ OpenFacts OpenFactsOf(int sqlType) noexcept {
     }
 }
 
-/// Nullopt when the driver fails, or has more than fits.
-std::optional<std::string_view> ShortText(StatementHandle& handle, int number, SQLUSMALLINT attribute,
-                                          std::array<char, 256>& room) noexcept {
-    room.front() = room.back() = '\0';
-    SQLSMALLINT length = 0;
-    const SQLRETURN result =
-        Odbc().ColAttribute(handle.Get(), static_cast<SQLUSMALLINT>(number), attribute, room.data(),
-                            static_cast<SQLSMALLINT>(room.size() - 1), &length, nullptr);
-    if (result != SQL_SUCCESS) return std::nullopt;
-    return std::string_view(room.data());
-}
+using Room = std::array<char, 256>;
 
 bool HasText(StatementHandle& handle, int number, SQLUSMALLINT attribute, std::string_view wanted) noexcept {
-    std::array<char, 256> room;
-    const auto text = ShortText(handle, number, attribute, room);
-    return text && *text == wanted;
+    Room room;
+    return TextAttribute(handle.Get(), number, attribute, room) == wanted;
 }
 
 bool HasNumber(StatementHandle& handle, int number, SQLUSMALLINT attribute, SQLLEN wanted) noexcept {
     return NumberAttribute(handle.Get(), number, attribute, ~wanted) == wanted;
 }
 
-}  // namespace
-
-std::shared_ptr<const KnownResults::Known> KnownResults::Find(std::uint64_t form) const {
-    const std::lock_guard lock(mutex_);
-    const auto& known = known_[form / 2 % kKept];  // forms are odd
-    return known != nullptr && known->form == form ? known : nullptr;
+/// False where columns get their names from the table, as by "*" and "with ... table item".
+bool NamesItsColumns(std::string_view sql) noexcept {
+    return sql.find('*') == std::string_view::npos && !ContainsNoCase(sql, "table");
 }
 
-bool KnownResults::IsAsBefore(StatementHandle& handle, const Known& known, std::size_t column) {
+}  // namespace
+
+std::size_t KnownResults::PlaceOf(std::uint64_t form) const noexcept {
+    return static_cast<std::size_t>(std::ranges::find(forms_, form) - forms_.begin());
+}
+
+std::shared_ptr<const KnownResults::Known> KnownResults::Find(std::uint64_t form) const noexcept {
+    const std::lock_guard lock(mutex_);
+    const std::size_t place = PlaceOf(form);
+    return place < kKept ? known_[place] : nullptr;
+}
+
+void KnownResults::Keep(std::uint64_t form, std::shared_ptr<const Known> known) noexcept {
+    const std::lock_guard lock(mutex_);
+    std::size_t place = PlaceOf(form);
+    if (place == kKept) {
+        place = oldest_;
+        oldest_ = (oldest_ + 1) % kKept;
+    }
+    forms_[place] = form;
+    known_[place].swap(known);
+}
+
+bool KnownResults::IsAsBefore(StatementHandle& handle, const Known& known, std::size_t column) noexcept {
     const int number = static_cast<int>(column) + 1;
     const ToldColumn& told = known.shape->told[column];
     const OpenFacts open = OpenFactsOf(told.sqlType);
@@ -95,39 +106,41 @@ bool KnownResults::IsAsBefore(StatementHandle& handle, const Known& known, std::
 }
 
 std::shared_ptr<const ResultShape> KnownResults::Recognise(StatementHandle& handle, std::uint64_t form,
-                                                           int count) const {
+                                                           int count) noexcept {
     const auto known = Find(form);
     if (known == nullptr || known->typeNames.size() != static_cast<std::size_t>(count)) return nullptr;
     if (Now() - known->described >= kTrusted) return nullptr;
     for (std::size_t column = 0; column < known->typeNames.size(); ++column) {
-        if (!IsAsBefore(handle, *known, column)) return nullptr;
+        if (IsAsBefore(handle, *known, column)) continue;
+        Keep(form, nullptr);  // where it differs every time, it is not tried every time
+        return nullptr;
     }
     return known->shape;
 }
 
 void KnownResults::Remember(StatementHandle& handle, std::uint64_t form, std::string_view sql,
-                            std::shared_ptr<const ResultShape> shape) {
+                            const std::shared_ptr<const ResultShape>& shape) noexcept try {
     auto known = std::make_shared<Known>();
-    known->form = form;
-    known->namesItsColumns = sql.find('*') == std::string_view::npos;
+    known->shape = shape;
+    known->namesItsColumns = NamesItsColumns(sql);
     known->described = Now();
     if (Find(form) != nullptr) {
-        const std::size_t columns = shape->told.size();
-        known->typeNames.reserve(columns);
-        for (std::size_t column = 0; column < columns; ++column) {
-            std::array<char, 256> room;
-            const auto name = ShortText(handle, static_cast<int>(column) + 1, SQL_DESC_LOCAL_TYPE_NAME, room);
-            if (!name) return;
+        known->typeNames.reserve(shape->told.size());
+        for (std::size_t column = 0; column < shape->told.size(); ++column) {
+            Room room;
+            const auto name = TextAttribute(handle.Get(), static_cast<int>(column) + 1, SQL_DESC_LOCAL_TYPE_NAME, room);
+            // Many types may share the name of those that the driver does not know.
+            if (!name || *name == handle.Profile().opaqueType) return;
             known->typeNames.emplace_back(*name);
         }
     }
-    known->shape = std::move(shape);
-    const std::lock_guard lock(mutex_);
-    known_[form / 2 % kKept] = std::move(known);
+    Keep(form, std::move(known));
+} catch (const std::bad_alloc&) {  // it is described again the next time
 }
 
 void KnownResults::Forget() noexcept {
     const std::lock_guard lock(mutex_);
+    forms_.fill(0);
     for (auto& known : known_)
         known.reset();
 }

@@ -78,10 +78,11 @@ void MariaDbServer::Start() {
             server_ = 0;
             throw std::runtime_error("the MariaDB server ended at its start:\n" + LastLines(log));
         }
-        if (Answers(port_) && LastLines(log).find("ready for connections") != std::string::npos) return;
+        if (HasSaid(log, "ready for connections") && Answers(port_)) return;
         if (std::time(nullptr) > end) {
+            const std::string lines = LastLines(log);  // which go with the server
             Stop();
-            throw std::runtime_error("the MariaDB server does not answer:\n" + LastLines(log));
+            throw std::runtime_error("the MariaDB server does not answer:\n" + lines);
         }
         Pause();
     }

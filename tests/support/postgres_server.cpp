@@ -74,10 +74,11 @@ void PostgresServer::Start() {
             throw std::runtime_error("the PostgreSQL server ended at its start:\n" + LastLines(log));
         }
         // The socket answers before recovery is over; the log says when it is.
-        if (Answers(port_) && LastLines(log).find("ready to accept connections") != std::string::npos) return;
+        if (HasSaid(log, "ready to accept connections") && Answers(port_)) return;
         if (std::time(nullptr) > end) {
+            const std::string lines = LastLines(log);  // which go with the server
             Stop();
-            throw std::runtime_error("the PostgreSQL server does not answer:\n" + LastLines(log));
+            throw std::runtime_error("the PostgreSQL server does not answer:\n" + lines);
         }
         Pause();
     }

@@ -51,9 +51,18 @@ inline bool Answers(int port) {
     return connected;
 }
 
+inline std::string WholeText(const std::string& file) {
+    std::ifstream text(file);
+    return {std::istreambuf_iterator<char>(text), {}};
+}
+
+/// Anywhere in the log: a server may write much behind it, a line about each connection that says nothing among it.
+inline bool HasSaid(const std::string& log, std::string_view words) {
+    return WholeText(log).find(words) != std::string::npos;
+}
+
 inline std::string LastLines(const std::string& file) {
-    std::ifstream log(file);
-    const std::string text{std::istreambuf_iterator<char>(log), {}};
+    const std::string text = WholeText(file);
     constexpr std::size_t kEnough = 2000;
     return text.size() > kEnough ? text.substr(text.size() - kEnough) : text;
 }

@@ -18,8 +18,11 @@ std::optional<std::string_view> TextAttribute(SQLHSTMT statement, int number, SQ
     SQLSMALLINT length = 0;
     const SQLRETURN result = Odbc().ColAttribute(statement, static_cast<SQLUSMALLINT>(number), attribute, room.data(),
                                                  static_cast<SQLSMALLINT>(size), &length, nullptr);
-    if (result != SQL_SUCCESS) return std::nullopt;
-    return std::string_view(room.data());
+    if (!SQL_SUCCEEDED(result)) return std::nullopt;
+    const std::string_view text(room.data());
+    constexpr std::size_t kCharacter = 4;  // a text is cut in front of one that does not fit
+    if (result != SQL_SUCCESS && text.size() + kCharacter >= size) return std::nullopt;
+    return text;
 }
 
 SQLLEN NumberAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute, SQLLEN otherwise) {

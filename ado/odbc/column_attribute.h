@@ -14,7 +14,7 @@ namespace tk::ado {
 /// @return UTF-8; empty when the driver does not say
 std::string TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute);
 
-/// The same without an allocation. @param room  that the text is in; at most 32766 bytes are used
+/// The same without an allocation. @param room  that the text is in, not empty; at most 32766 bytes are used
 /// @return nullopt when the driver does not say, or more than there is room for
 std::optional<std::string_view> TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute,
                                               std::span<char> room) noexcept;

@@ -26,34 +26,27 @@ struct OpenFacts {
     bool digits;
 };
 
-OpenFacts OpenFactsOf(int sqlType) noexcept {
-    switch (sqlType) {
-        case SQL_BIT:
-        case SQL_TINYINT:
-        case SQL_SMALLINT:
-        case SQL_INTEGER:
-        case SQL_BIGINT:
-        case SQL_REAL:
-        case SQL_FLOAT:
-        case SQL_DOUBLE:
-        case SQL_TYPE_DATE:
+OpenFacts OpenFactsOf(CellKind kind) noexcept {
+    switch (kind) {
+        case CellKind::Boolean:
+        case CellKind::Integer16:
+        case CellKind::Integer32:
+        case CellKind::Integer64:
+        case CellKind::Real32:
+        case CellKind::Real64:
+        case CellKind::Date:
             return {false, false};
-        case SQL_TYPE_TIME:
-        case SQL_TYPE_TIMESTAMP:
+        case CellKind::Time:
+        case CellKind::Timestamp:
             return {false, true};
-        case SQL_CHAR:
-        case SQL_VARCHAR:
-        case SQL_LONGVARCHAR:
-        case SQL_WCHAR:
-        case SQL_WVARCHAR:
-        case SQL_WLONGVARCHAR:
-        case SQL_BINARY:
-        case SQL_VARBINARY:
-        case SQL_LONGVARBINARY:
+        case CellKind::Text:
+        case CellKind::Bytes:
             return {true, false};
-        default:
-            return {true, true};
+        case CellKind::Decimal:
+        case CellKind::Guid:
+            break;
     }
+    return {true, true};
 }
 
 using Room = std::array<char, 256>;
@@ -98,7 +91,7 @@ void KnownResults::Keep(std::uint64_t form, std::shared_ptr<const Known> known) 
 bool KnownResults::IsAsBefore(StatementHandle& handle, const Known& known, std::size_t column) noexcept {
     const int number = static_cast<int>(column) + 1;
     const ToldColumn& told = known.shape->told[column];
-    const OpenFacts open = OpenFactsOf(told.sqlType);
+    const OpenFacts open = OpenFactsOf(known.shape->columns[column].kind);
     return HasText(handle, number, SQL_DESC_LOCAL_TYPE_NAME, known.typeNames[column]) &&
            (!open.size || HasNumber(handle, number, SQL_COLUMN_PRECISION, static_cast<SQLLEN>(told.size))) &&
            (!open.digits || HasNumber(handle, number, SQL_COLUMN_SCALE, told.digits)) &&

@@ -26,7 +26,8 @@ namespace tk::ado {
 
 class KnownResults {
 public:
-    /// The columns of the handle's result, when it is as the last one of this form; null else.
+    /// The columns of the handle's result, when it is as the last one of this form; null else, and when the driver
+    /// fails: describing the result says why.
     /// @param form  of the statement's text, which gives one result; not 0
     std::shared_ptr<const ResultShape> Recognise(StatementHandle& handle, std::uint64_t form, int count) noexcept;
 

@@ -1,4 +1,5 @@
-// ado/odbc/ascii.h - comparisons of keywords without case; bytes above 127 compare as they are.
+// ado/odbc/ascii.h - keywords and names of statements: their letters, and comparisons without case; bytes above 127
+// compare as they are.
 #pragma once
 
 #include <algorithm>
@@ -8,6 +9,13 @@ namespace tk::ado {
 
 constexpr char LowerAscii(char letter) noexcept {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+}
+
+/// Letters, digits, "_" and everything beyond ASCII: what names and keywords are made of on every system.
+constexpr bool IsOfWord(char letter) noexcept {
+    const auto byte = static_cast<unsigned char>(letter);
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+           byte == '_' || byte >= 0x80;
 }
 
 constexpr bool EqualsNoCase(std::string_view first, std::string_view second) noexcept {

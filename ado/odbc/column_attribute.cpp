@@ -12,7 +12,7 @@ std::string TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute
 std::optional<std::string_view> TextAttribute(SQLHSTMT statement, int number, SQLUSMALLINT attribute,
                                               std::span<char> room) noexcept {
     constexpr std::size_t kMost = 32766;
-    // Driver managers may write over the end of a text that just fits, without a zero behind it.
+    // The last byte is not offered: it stays a zero whatever the driver writes.
     const std::size_t size = std::min(room.size(), kMost) - 1;
     room[0] = room[size] = '\0';
     SQLSMALLINT length = 0;

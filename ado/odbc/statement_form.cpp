@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include "ado/odbc/ascii.h"
 #include "ado/odbc/text_hash.h"
 
 namespace tk::ado {
@@ -14,8 +15,7 @@ enum class Begins : std::uint8_t { Nothing, Word, Number, Text, Name, Doubt };
 constexpr auto kBegins = [] {
     std::array<Begins, 256> begins{};
     for (unsigned c = 0; c < begins.size(); ++c) {
-        const bool isOfWord = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c >= 0x80;
-        if (isOfWord) begins[c] = Begins::Word;
+        if (IsOfWord(static_cast<char>(c))) begins[c] = Begins::Word;
         if (c >= '0' && c <= '9') begins[c] = Begins::Number;
     }
     begins['\''] = Begins::Text;

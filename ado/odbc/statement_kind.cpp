@@ -121,9 +121,7 @@ enum class Letter : std::uint8_t { Plain, OfWord, Special };
 constexpr auto kLetters = [] {
     std::array<Letter, 256> letters{};
     for (unsigned letter = 0; letter < letters.size(); ++letter) {
-        const bool isOfWord = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-                              (letter >= '0' && letter <= '9') || letter == '_' || letter >= 0x80;
-        if (isOfWord) letters[letter] = Letter::OfWord;
+        if (IsOfWord(static_cast<char>(letter))) letters[letter] = Letter::OfWord;
     }
     for (const unsigned char letter : std::string_view("'\"`[-/;@#"))
         letters[letter] = Letter::Special;
@@ -213,6 +211,7 @@ StatementKind Read(std::string_view sql) noexcept {
     bool ended = false;
     bool hasComment = false;
     bool isSelect = false;
+    bool isExplain = false;
     bool endsOtherwise = false;
     bool hasCall = false;
     bool isFirst = true;
@@ -244,6 +243,7 @@ StatementKind Read(std::string_view sql) noexcept {
             first = flags;
             limited = (flags & kLimits) != 0;
             isSelect = EqualsNoCase(word.Text(), "select");
+            isExplain = EqualsNoCase(word.Text(), "explain");
             isFirst = false;
         } else if (flags != 0) {
             if ((flags & kTouches) != 0) kind.changesSession = true;
@@ -254,8 +254,9 @@ StatementKind Read(std::string_view sql) noexcept {
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
-    // A SELECT from nowhere may be made for what its function does.
-    kind.mayDefine = kind.changesSession || (first & kDefines) != 0 || (hasCall && !hasFrom && (first & kWrites) == 0);
+    // EXPLAIN may run what it explains. A SELECT from nowhere may be made for what its function does.
+    kind.mayDefine =
+        kind.changesSession || (first & kDefines) != 0 || isExplain || (hasCall && !hasFrom && (first & kWrites) == 0);
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;

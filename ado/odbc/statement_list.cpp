@@ -36,8 +36,7 @@ bool IsOneOf(std::string_view word, const std::string_view (&words)[count]) noex
 }
 
 bool IsWordLetter(char letter) noexcept {
-    const auto byte = static_cast<unsigned char>(letter);
-    return byte >= 0x80 || std::isalnum(byte) != 0 || letter == '_' || letter == '$';
+    return IsOfWord(letter) || letter == '$';
 }
 
 struct Token {

@@ -1,7 +1,5 @@
 #include "ado/odbc/watchdog.h"
 
-#include <ctime>
-
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -12,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "ado/odbc/coarse_clock.h"
 #include "ado/odbc/fork.h"
 #include "ado/odbc/moments.h"
 
@@ -20,16 +19,6 @@ namespace {
 
 constexpr auto kInterval = std::chrono::milliseconds(200);
 constexpr int kQuietRounds = 25;  // five seconds without a guard: sleep until the next one
-
-constexpr std::int64_t kMillisecond = 1'000'000;
-constexpr std::int64_t kSecond = 1000 * kMillisecond;
-
-// Limits are whole seconds: the clock that is read without a detour through the hardware is good enough.
-std::int64_t Now() noexcept {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return time.tv_sec * kSecond + time.tv_nsec;
-}
 
 // Deadlines below this are states of a slot.
 constexpr std::int64_t kIdle = 0;
@@ -129,7 +118,7 @@ private:
     /// How long the thread may sleep: less than usual where a call is due before that.
     std::chrono::nanoseconds Interval() const noexcept {
         std::int64_t interval = std::chrono::nanoseconds(kInterval).count();
-        const std::int64_t now = Now();
+        const std::int64_t now = CoarseNow();
         for (const WatchSlot& slot : slots_) {
             const std::int64_t deadline = slot.deadline.load(std::memory_order_relaxed);
             if (deadline > kFired) interval = std::clamp(deadline - now, kMillisecond, interval);
@@ -160,12 +149,12 @@ private:
             for (std::size_t i = 0; i < slots_.size() && !stop_; ++i) {
                 WatchSlot& slot = slots_[i];
                 std::int64_t deadline = slot.deadline.load(std::memory_order_acquire);
-                if (deadline <= kFired || deadline > Now()) continue;
+                if (deadline <= kFired || deadline > CoarseNow()) continue;
                 if (!slot.deadline.compare_exchange_strong(deadline, kFiring)) continue;
                 Expiring* target = slot.target;
                 lock.unlock();
                 const int again = target->Expire();
-                slot.deadline.store(again > 0 ? Now() + again * kMillisecond : kFired, std::memory_order_release);
+                slot.deadline.store(again > 0 ? CoarseNow() + again * kMillisecond : kFired, std::memory_order_release);
                 lock.lock();
             }
         }
@@ -193,7 +182,7 @@ void WatchdogGuard::Prepare() {
 }
 
 void WatchdogGuard::Begin(LONG seconds, Expiring& target, int milliseconds) {
-    slot_ = Watchdog::Of(target).Enter(Now() + seconds * kSecond + milliseconds * kMillisecond, target);
+    slot_ = Watchdog::Of(target).Enter(CoarseNow() + seconds * kSecond + milliseconds * kMillisecond, target);
 }
 
 void WatchdogGuard::End() noexcept {

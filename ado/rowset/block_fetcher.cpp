@@ -184,8 +184,7 @@ private:
     void AddVariableCells(std::size_t fetched) {
         if (layout_.VariableCount() == 0) return;
         for (std::size_t row = 0; row < fetched; ++row) {
-            for (std::size_t index = 0; index < widths_.size(); ++index) {
-                if (!layout_.At(index).isVariable) continue;
+            for (const std::size_t index : layout_.VariableColumns()) {
                 const BoundColumn& column = block_->columns[index];
                 const SQLLEN length = column.indicators[row];
                 const std::size_t room = column.width - (column.cType == SQL_C_CHAR ? 1 : 0);

@@ -46,7 +46,8 @@ RowLayout::RowLayout(std::span<const Column> columns, const std::vector<bool>& i
         if (width != 0) {
             fixed.push_back(i);
         } else {
-            places_[i].slot = static_cast<std::uint16_t>(variableCount_++);
+            places_[i].slot = static_cast<std::uint16_t>(variable_.size());
+            variable_.push_back(i);
         }
     }
     std::ranges::stable_sort(fixed, std::ranges::greater(), [&](std::size_t i) { return places_[i].width; });

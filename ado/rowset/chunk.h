@@ -35,7 +35,8 @@ public:
     RowLayout(std::span<const Column> columns, const std::vector<bool>& isVariable);
 
     const Place& At(std::size_t column) const noexcept { return places_[column]; }
-    std::size_t VariableCount() const noexcept { return variableCount_; }
+    std::size_t VariableCount() const noexcept { return variable_.size(); }
+    std::span<const std::size_t> VariableColumns() const noexcept { return variable_; }
     std::size_t FixedCount() const noexcept { return fixedWidths_.size(); }
 
     /// Bytes of the fixed-width values of one row in the slots before this one; widths fall, so that every array is
@@ -46,7 +47,7 @@ public:
 
 private:
     std::vector<Place> places_;
-    std::size_t variableCount_ = 0;
+    std::vector<std::size_t> variable_;  // columns, in the order of their slots
     std::vector<std::uint16_t> fixedWidths_;
     std::vector<std::size_t> fixedBefore_;
 };

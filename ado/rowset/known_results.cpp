@@ -1,24 +1,17 @@
 #include "ado/rowset/known_results.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <new>
 #include <utility>
 
 #include "ado/odbc/ascii.h"
+#include "ado/odbc/coarse_clock.h"
 #include "ado/odbc/column_attribute.h"
 
 namespace tk::ado {
 namespace {
 
-constexpr long long kTrusted = 1000;  // milliseconds
-
-long long Now() noexcept {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return time.tv_sec * 1000LL + time.tv_nsec / 1'000'000;
-}
+constexpr std::int64_t kTrusted = kSecond;
 
 /// What the name of a type leaves open about a column.
 struct OpenFacts {
@@ -102,7 +95,7 @@ std::shared_ptr<const ResultShape> KnownResults::Recognise(StatementHandle& hand
                                                            int count) noexcept {
     const auto known = Find(form);
     if (known == nullptr || known->typeNames.size() != static_cast<std::size_t>(count)) return nullptr;
-    if (Now() - known->described >= kTrusted) return nullptr;
+    if (CoarseNow() - known->described >= kTrusted) return nullptr;
     for (std::size_t column = 0; column < known->typeNames.size(); ++column) {
         if (IsAsBefore(handle, *known, column)) continue;
         Keep(form, nullptr);  // where it differs every time, it is not tried every time
@@ -116,7 +109,7 @@ void KnownResults::Remember(StatementHandle& handle, std::uint64_t form, std::st
     auto known = std::make_shared<Known>();
     known->shape = shape;
     known->namesItsColumns = NamesItsColumns(sql);
-    known->described = Now();
+    known->described = CoarseNow();
     if (Find(form) != nullptr) {
         known->typeNames.reserve(shape->told.size());
         for (std::size_t column = 0; column < shape->told.size(); ++column) {

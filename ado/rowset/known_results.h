@@ -45,7 +45,7 @@ private:
         std::shared_ptr<const ResultShape> shape;
         std::vector<std::string> typeNames;  // empty: met once only
         bool namesItsColumns = false;        // the text does: they are called the same again
-        long long described = 0;             // when, in milliseconds
+        std::int64_t described = 0;          // when, by CoarseNow
     };
 
     static constexpr std::size_t kKept = 32;

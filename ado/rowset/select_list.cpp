@@ -38,11 +38,7 @@ public:
     }
 
 private:
-    static bool IsNameLetter(char letter) {
-        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-               (letter >= '0' && letter <= '9') || letter == '_' || letter == '$' ||
-               static_cast<unsigned char>(letter) >= 0x80;
-    }
+    static bool IsNameLetter(char letter) { return IsOfWord(letter) || letter == '$'; }
 
     void SkipBlanks() {
         for (;;) {

@@ -83,7 +83,8 @@ TEST(InspectStatement, TellsWhatMayChangeTables) {
          {"create table item (id integer)", "alter table item add a integer", "drop table item", "rollback",
           "rollback to savepoint a", "truncate item", "set search_path = aside", "create temp table item (id integer)",
           "select * into t2 from t", "begin", "call p()", "insert into item values (1); drop table item",
-          "select set_config('x','y',false)", "select enter_tenant('x')", "select \"f\"(1) as a", ""}) {
+          "select set_config('x','y',false)", "explain analyze create table t2 as select a from t",
+          "select enter_tenant('x')", "select \"f\"(1) as a", ""}) {
         EXPECT_TRUE(Inspect(text).mayDefine) << text;
     }
     for (const char* text : {"select * from item", "insert into item values (1)", "update item set a = 1",

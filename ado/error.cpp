@@ -36,4 +36,9 @@ AdoError::AdoError(std::vector<ErrorRecord> records) : code_(E_FAIL), records_(s
     what_ = Render(code_, description_);
 }
 
+AdoError AdoError::From(const std::exception& cause) {
+    if (const auto* own = dynamic_cast<const AdoError*>(&cause)) return *own;
+    return AdoError(ErrorNumber::ProviderFailed, text::Utf8ToUtf16(cause.what()));
+}
+
 }  // namespace tk::ado

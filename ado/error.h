@@ -57,6 +57,9 @@ public:
     /// An error from below: the first record is the one reported, all of them go to the Errors collection.
     explicit AdoError(std::vector<ErrorRecord> records);
 
+    /// One of these as it is; of what something else threw, that the operation failed, and what that says.
+    static AdoError From(const std::exception& cause);
+
     HRESULT Code() const noexcept { return code_; }
     const std::u16string& Description() const noexcept { return description_; }
 

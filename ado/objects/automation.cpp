@@ -111,7 +111,8 @@ const MemberInfo* AutomationObject::Choose(DISPID id, WORD flags, const DISPPARA
     return (flags & (kMethod | kGet)) != 0 ? FindMember(id, kGet) : nullptr;
 }
 
-HRESULT AutomationObject::Report(const AdoError& error, EXCEPINFO* exception) const {
+HRESULT AutomationObject::Report(const std::exception& cause, EXCEPINFO* exception) const noexcept try {
+    const AdoError error = AdoError::From(cause);
     if (!error.Records().empty()) {
         if (const auto list = Errors()) list->Replace(error.Records());
     }
@@ -123,6 +124,8 @@ HRESULT AutomationObject::Report(const AdoError& error, EXCEPINFO* exception) co
         exception->scode = error.Code();
     }
     return DISP_E_EXCEPTION;
+} catch (...) {
+    return E_OUTOFMEMORY;
 }
 
 HRESULT AutomationObject::Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
@@ -142,17 +145,13 @@ HRESULT AutomationObject::Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPA
         // A wrong number of arguments is nobody's in particular.
         if (argument != nullptr && fault.code != DISP_E_BADPARAMCOUNT) *argument = fault.argument;
         return fault.code;
-    } catch (const AdoError& error) {
-        try {
-            return Report(error, exception);
-        } catch (...) {
-            return E_OUTOFMEMORY;
-        }
     } catch (const BadVariant& bad) {
         // Inside an argument: an element of an array, or what an object gave.
         return bad.code;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
+    } catch (const std::exception& cause) {
+        return Report(cause, exception);
     } catch (...) {
         return E_UNEXPECTED;
     }

@@ -140,7 +140,7 @@ protected:
 
 private:
     const MemberInfo* Choose(DISPID id, WORD flags, const DISPPARAMS& parameters) const noexcept;
-    HRESULT Report(const AdoError& error, EXCEPINFO* exception) const;
+    HRESULT Report(const std::exception& cause, EXCEPINFO* exception) const noexcept;
 
     static constexpr ULONG kEnding = 0x40000000;  // no number of references that anybody holds
     std::atomic<ULONG> references_{1};

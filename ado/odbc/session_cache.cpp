@@ -142,8 +142,8 @@ void SessionCache::Return(const SessionKey& key, std::unique_ptr<PhysicalConnect
         surplus = std::move(impl_->idle.front().connection);
         impl_->idle.erase(impl_->idle.begin());
     }
-    impl_->idle.push_back({key, std::move(connection), Clock::now()});
     if (!impl_->janitor.joinable()) impl_->janitor = std::thread([impl = impl_.get()] { impl->RunJanitor(); });
+    impl_->idle.push_back({key, std::move(connection), Clock::now()});
     if (impl_->isAsleep) impl_->changed.notify_one();
 } catch (...) {
     // No memory or no thread for keeping it: it is closed.

@@ -69,25 +69,31 @@ FetchPool& FetchPool::Instance() {
     return instance.Get();
 }
 
-void FetchPool::Submit(std::shared_ptr<FetchJob> job) {
+bool FetchPool::Submit(std::shared_ptr<FetchJob> job) {
     const bool mostlySleeps = job->WaitsForServer();
     const std::lock_guard lock(impl_->mutex);
-    if (impl_->stop) return job->isWaiting_.store(true, std::memory_order_release);
-    auto& waiting = impl_->waiting;
-    FetchJob& handedIn = *waiting.emplace(mostlySleeps ? waiting.begin() : waiting.end(), std::move(job))->get();
-    // Behind what may fail, and seen by the threads, which look at the queue under the lock.
-    handedIn.isWaiting_.store(true, std::memory_order_release);
-    if (impl_->idle >= impl_->waiting.size()) {
-        impl_->wake.notify_one();
-        return;
+    if (impl_->stop) {
+        job->isWaiting_.store(true, std::memory_order_release);
+        return false;
     }
-    if (impl_->threads >= (mostlySleeps ? kMostWithWaiting : kMostThreads)) return;
+    auto& waiting = impl_->waiting;
+    const auto place = waiting.emplace(mostlySleeps ? waiting.begin() : waiting.end(), std::move(job));
+    // Behind what may fail, and seen by the threads, which look at the queue under the lock.
+    (*place)->isWaiting_.store(true, std::memory_order_release);
+    if (impl_->idle >= waiting.size()) {
+        impl_->wake.notify_one();
+        return true;
+    }
+    if (impl_->threads >= (mostlySleeps ? kMostWithWaiting : kMostThreads)) return true;
     try {
         std::thread([impl = impl_.get()] { impl->Work(); }).detach();
         ++impl_->threads;
     } catch (const std::system_error&) {
-        // The waiting reader does the work.
+        if (impl_->threads > 0) return true;  // later
+        waiting.erase(place);                 // nobody would take it off: its rows would stay for good
+        return false;
     }
+    return true;
 }
 
 void FetchPool::ShutDown() noexcept {

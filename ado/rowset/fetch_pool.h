@@ -38,8 +38,8 @@ public:
     static FetchPool& Instance();
 
     /// Hands the job in; a thread claims it soon, unless somebody else does.
-    /// When no thread can be made the job stays waiting for whoever claims it.
-    void Submit(std::shared_ptr<FetchJob> job);
+    /// @returns false when there is no thread and none can be made: the job is left to whoever claims it
+    bool Submit(std::shared_ptr<FetchJob> job);
 
 private:
     friend class PerProcess<FetchPool>;

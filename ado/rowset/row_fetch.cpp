@@ -1,6 +1,4 @@
 // The fetch behind a row set: the first rows on the opening thread, the rest on a worker.
-#include <tkwin32/text.h>
-
 #include <chrono>
 #include <limits>
 
@@ -27,10 +25,8 @@ constexpr auto kJoinPatience = std::chrono::seconds(2);
 std::unique_ptr<AdoError> CurrentError() noexcept {
     try {
         throw;
-    } catch (const AdoError& error) {
-        return std::make_unique<AdoError>(error);
-    } catch (const std::exception& other) {
-        return std::make_unique<AdoError>(ErrorNumber::ProviderFailed, text::Utf8ToUtf16(other.what()));
+    } catch (const std::exception& cause) {
+        return std::make_unique<AdoError>(AdoError::From(cause));
     }
 }
 
@@ -356,7 +352,9 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
     }
     impl->areRowsThere = !more;
     session->SetBackgroundWork(std::weak_ptr<BackgroundWork>(impl), inside.isOnSideConnection);
-    FetchPool::Instance().Submit(impl);
+    const bool isTaken = FetchPool::Instance().Submit(impl);
+    // Who only asks whether it is done would ask for ever.
+    if (!isTaken && options.asynchronous && impl->Claim()) impl->Run(kToTheEnd);
     return rows;
 }
 

@@ -111,6 +111,8 @@ constexpr DriverProfile kProfiles[] = {
         .lockedNative = 5,
         .keySource = KeySource::Pragma,
         .hasManyActiveStatements = true,
+        .definitionsQuery = "pragma schema_version",
+        .refreshingQuery = "select 1 from sqlite_master limit 1",
         .describesBase = true,
         .viewQuery = "select sql from sqlite_master where type = 'view' and name = ? collate nocase",
         .baseColumnIsAlias = true,

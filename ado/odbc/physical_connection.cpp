@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ado/messages.h"
+#include "ado/odbc/coarse_clock.h"
 #include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/environment.h"
@@ -26,6 +27,9 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
     if (!SQL_SUCCEEDED(Odbc().GetInfo(dbc, item, buffer, sizeof buffer - 1, &length))) return {};
     return std::string(buffer);
 }
+
+// How often sessions of this process may have changed tables.
+constinit std::atomic<std::uint64_t> definitions = 0;
 
 /// Runs a query and goes to its first row.
 bool GivesRow(const OdbcStatement& statement, std::string query) {
@@ -142,6 +146,34 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
     handles_.Keep(std::move(handle));
 }
 
+void PhysicalConnection::NoteDefined() noexcept {
+    definitions.fetch_add(1, std::memory_order_release);
+}
+
+void PhysicalConnection::FollowDefinitions() noexcept try {
+    if (profile_->definitionsQuery == nullptr || !file_.IsKnown()) return;
+    const std::uint64_t noted = definitions.load(std::memory_order_acquire);
+    const std::int64_t now = CoarseNow();
+    if (noted == definitionsSeen_ && now == definitionsTime_) return;
+    SQLINTEGER version = 0;
+    const OdbcStatement statement(Get());
+    if (!GivesRow(statement, profile_->definitionsQuery) ||
+        !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_LONG, &version, sizeof version, nullptr))) {
+        return;  // locked, for one: looked at again before the next attempt
+    }
+    if (version != definitionsVersion_) {
+        const OdbcStatement refreshing(Get());
+        GivesRow(refreshing, profile_->refreshingQuery);
+        const std::lock_guard lock(preparedMutex_);
+        prepared_.clear();  // their columns are those of before
+    }
+    definitionsSeen_ = noted;
+    definitionsTime_ = now;
+    definitionsVersion_ = version;
+} catch (...) {
+    // No memory or no handle: the statement itself says so.
+}
+
 std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
     const std::lock_guard lock(preparedMutex_);
     for (auto each = prepared_.begin(); each != prepared_.end(); ++each) {
@@ -189,6 +221,7 @@ void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
     if (hasDefined_) results_.Forget();
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
+    if (hasDefined_) NoteDefined();
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
     hasDefined_ = false;
 }

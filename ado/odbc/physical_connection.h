@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -74,6 +75,14 @@ public:
         hasDefined_ = hasDefined_ || !isAutoCommit_;
     }
 
+    /// Behind it, also when it has failed: other connections of this process look at their tables again.
+    static void NoteDefined() noexcept;
+
+    /// Before a statement that reads, where the driver describes tables as they were when the connection last used them
+    /// (DriverProfile::definitionsQuery): makes it see what other connections have changed. What sessions of this
+    /// process have changed is seen at once, what other processes have some milliseconds later.
+    void FollowDefinitions() noexcept;
+
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
     std::unique_ptr<StatementHandle> TakePrepared(std::string_view text) noexcept;
     void ReturnPrepared(std::string text, std::unique_ptr<StatementHandle> handle) noexcept;
@@ -129,6 +138,9 @@ private:
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
     bool hasDefined_ = false;              // in the transaction
+    std::uint64_t definitionsSeen_ = 0;    // what NoteDefined had counted when they were looked at
+    std::int64_t definitionsTime_ = 0;     // when that was, by CoarseNow
+    SQLINTEGER definitionsVersion_ = 0;    // what was found
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
     KnownResults results_;

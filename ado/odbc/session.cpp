@@ -144,8 +144,8 @@ struct Session::Impl {
 
     /// Runs one call on a handle of the lease and makes the statement of it.
     template <class Call>
-    Statement Run(const std::shared_ptr<Lease>& on, const std::string& sql, const ExecuteOptions& options,
-                  Call&& call) {
+    Statement Run(const std::shared_ptr<Lease>& on, const std::string& sql, bool isReading,
+                  const ExecuteOptions& options, Call&& call) {
         // Its members say what they begin with: not zeroed as a whole before.
         auto statement = std::make_unique_for_overwrite<Statement::Impl>();
         statement->lease = on;
@@ -154,6 +154,7 @@ struct Session::Impl {
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
+            if (isReading) (*on)->FollowDefinitions();
             if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
             hasPlan = statement->handle != nullptr;
             if (!hasPlan) statement->handle = (*on)->TakeHandle();
@@ -178,6 +179,7 @@ struct Session::Impl {
             while (called.result == SQL_ERROR && on == lease && wait.GoesOn(handle)) {
                 called.binding.reset();
                 handle.Close();
+                if (isReading) (*on)->FollowDefinitions();
                 called = call(handle);
             }
             if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) statement->Fail(called.result);
@@ -215,9 +217,9 @@ struct Session::Impl {
     /// A driver may have undone all of the transaction over a text that the server could not read, without a word: then
     /// it is treated as one whose connection was lost.
     template <class Call>
-    Statement RunInTransaction(const std::string& sql, const ExecuteOptions& options, Call&& call) {
+    Statement RunInTransaction(const std::string& sql, bool isReading, const ExecuteOptions& options, Call&& call) {
         try {
-            return Run(lease, sql, options, call);
+            return Run(lease, sql, isReading, options, call);
         } catch (const AdoError&) {
             if (hasWritten && !Physical().IsBroken() && Physical().HasLostTransaction()) Physical().MarkBroken();
             throw;
@@ -225,24 +227,24 @@ struct Session::Impl {
     }
 
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
-    /// once, when the call does no harm by being made twice.
+    /// once, when the call only reads.
     template <class Call>
-    Statement RunOnOwn(const std::string& sql, bool isRepeatable, const ExecuteOptions& options, Call&& call) {
+    Statement RunOnOwn(const std::string& sql, bool isReading, const ExecuteOptions& options, Call&& call) {
         ReplaceIfBroken();
-        if (isInTransaction) return RunInTransaction(sql, options, call);
-        if (!lease->IsFreshFromCache()) return Run(lease, sql, options, call);
-        if (!isRepeatable) {
+        if (isInTransaction) return RunInTransaction(sql, isReading, options, call);
+        if (!lease->IsFreshFromCache()) return Run(lease, sql, isReading, options, call);
+        if (!isReading) {
             ReplaceIfLost();
-            return Run(lease, sql, options, call);
+            return Run(lease, sql, isReading, options, call);
         }
         try {
-            return Run(lease, sql, options, call);
+            return Run(lease, sql, isReading, options, call);
         } catch (const AdoError& error) {
             // Its time may be over because the server hangs: the connection was alive then.
             if (!Physical().IsBroken() || IsEnded(error)) throw;
         }
         Replace();
-        return Run(lease, sql, options, call);
+        return Run(lease, sql, isReading, options, call);
     }
 
     /// The session's connection was lost while it lay idle: so may the others have been that lie there.
@@ -331,6 +333,22 @@ struct Session::Impl {
         return isBorne ? maxRows : 0;
     }
 
+    /// A statement that may change tables: its own connection forgets before it, the others learn behind it.
+    class Defining {
+    public:
+        Defining(PhysicalConnection& connection, bool mayDefine) noexcept : mayDefine_(mayDefine) {
+            if (mayDefine_) connection.ForgetResults();
+        }
+        ~Defining() {
+            if (mayDefine_) PhysicalConnection::NoteDefined();
+        }
+        Defining(const Defining&) = delete;
+        Defining& operator=(const Defining&) = delete;
+
+    private:
+        const bool mayDefine_;
+    };
+
     Statement ExecuteOne(const std::string& sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
@@ -340,7 +358,7 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        if (kind.mayDefine) Physical().ForgetResults();
+        const Defining defining(Physical(), kind.mayDefine);
         const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));
@@ -380,7 +398,7 @@ struct Session::Impl {
     std::optional<Statement> TryOnSide(const std::string& sql, const ExecuteOptions& options, Call&& call) {
         try {
             auto side = TakeSideLease(*facts, Physical().Profile().streamingKeywords);
-            Statement statement = Run(side, sql, options, call);
+            Statement statement = Run(side, sql, true, options, call);
             Statement::Impl& inside = statement.Internals();
             if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
             inside.isOnSideConnection = true;

@@ -4,6 +4,7 @@
 
 #include "ado/odbc/odbc_api.h"
 #include "ado/odbc/quoted_name.h"
+#include "ado/support/own_questions.h"
 #include "database_systems.h"
 
 namespace tk::ado::test {
@@ -49,6 +50,10 @@ private:
             TK_COUNTED(ForeignKeys)
             TK_COUNTED(Statistics)
 #undef TK_COUNTED
+            made.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
+                return tk::test::IsOwnQuestion(text) ? real_.ExecDirect(statement, text, length)
+                                                     : Stand<&OdbcApi::ExecDirect>::Call(statement, text, length);
+            };
             return made;
         }();
         return table;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ado/odbc/odbc_api.h"
+#include "ado/support/own_questions.h"
 
 namespace tk::ado::test {
 
@@ -41,7 +42,7 @@ private:
         static const OdbcApi recording = [] {
             OdbcApi api;
             api.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
-                Keep(text, length);
+                if (!tk::test::IsOwnQuestion(text)) Keep(text, length);
                 return ::SQLExecDirect(statement, text, length);
             };
             api.Prepare = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {

@@ -1,7 +1,5 @@
 #include "ado/schema/file_catalog.h"
 
-#include <cctype>
-
 #include "ado/odbc/ascii.h"
 #include "ado/odbc/odbc_api.h"
 #include "ado/schema/declared_type.h"
@@ -41,7 +39,7 @@ int RuleNumber(const std::optional<std::string_view>& rule) {
 std::optional<std::string_view> ConditionOf(const std::optional<std::string_view>& text) {
     constexpr std::string_view kWord = "WHERE";
     if (!text) return std::nullopt;
-    const auto isPartOfName = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; };
+    const auto isPartOfName = [](char c) { return IsOfWord(c) || c == '$'; };
     char quote = '\0';
     int depth = 0;
     for (std::size_t i = 0; i < text->size(); ++i) {

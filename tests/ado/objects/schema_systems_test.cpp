@@ -175,6 +175,15 @@ TEST_P(SchemaSystemsTest, TellsConditionsAndExpressionsOfIndexes) {
         EXPECT_EQ(index(u"ix_part"),
                   std::string("ix_part,-1,1,n,1,") + kCondition + ";ix_part,-1,2,m,2," + kCondition + ";");
         EXPECT_EQ(index(u"ix_shown"), "ix_shown,0,1,NULL,1,NULL;ix_shown,0,2,n,1,NULL;");
+        // Names that end like the word.
+        for (const char16_t* table : {u"表where", u"a$where", u"nowhere"}) {
+            const std::u16string name(table);
+            Make(name, u"a integer");
+            Execute(connection_, u"create index ix_of on " + name + u"(a) where a > 1");
+            const Object found = Open(kIndexes, {Value(), Value(), Value(), Value(), Text(name)});
+            EXPECT_EQ(List(found, {u"COLUMN_NAME", u"FILTER_CONDITION"}), "a,a > 1;") << ToUtf8(name);
+            Execute(connection_, u"drop table " + name);
+        }
     }
 }
 

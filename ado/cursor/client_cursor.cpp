@@ -155,8 +155,12 @@ void ClientCursor::Find(const Criteria& criteria, LONG skip, bool backward, std:
         index = static_cast<long long>(*found);
     } else {
         if (state_ != State::OnRow) ThrowNoRecord();
-        // Behind a deleted row the search goes on with its neighbour.
-        index = static_cast<long long>(position_) - (backward && IsInGap() ? 1 : 0);
+        index = static_cast<long long>(position_);
+        if (IsInGap()) {
+            // On a deleted row, whose neighbours stand at this position and before it: the first of them is one row on.
+            if (backward) --index;
+            if (skip > 0) --skip;
+        }
     }
     index += backward ? -static_cast<long long>(skip) : static_cast<long long>(skip);
     const RowStore& rows = view_.Store();

@@ -212,6 +212,8 @@ private:
         Ref<Connection> waitingConnection;
     };
     Held TakeHeld() noexcept;
+    /// Not to be opened again with the same columns.
+    Held TakeClosing() noexcept;
     static void Drop(Held held);
     void LetGo();
     std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const std::shared_ptr<Session>& session,

@@ -85,6 +85,11 @@ Recordset::Held Recordset::TakeHeld() noexcept {
             std::exchange(waitingConnection_, nullptr)};
 }
 
+Recordset::Held Recordset::TakeClosing() noexcept {
+    if (open_) sort_.clear();  // it names columns of these rows
+    return TakeHeld();
+}
+
 void Recordset::Drop(Held held) {
     held.cursor.reset();
     held.waiting.reset();
@@ -96,7 +101,7 @@ void Recordset::LetGo() {
     Held held;
     {
         const std::lock_guard lock(guard_);
-        held = TakeHeld();
+        held = TakeClosing();
     }
     Drop(std::move(held));
 }
@@ -271,7 +276,7 @@ void Recordset::Close(Call&) {
         wasOpen = IsOpen();
         // Contract: pending changes of a batch are lost without a word, an open edit of a single row is not.
         if (wasOpen && edit_.IsOpen() && !IsBatch()) throw AdoError(ErrorNumber::IllegalOperation);
-        held = TakeHeld();
+        held = TakeClosing();
     }
     Drop(std::move(held));
     if (!wasOpen) throw AdoError(ErrorNumber::ObjectClosed);

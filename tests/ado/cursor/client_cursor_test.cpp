@@ -287,6 +287,27 @@ TEST(ClientCursor, PassesOverDeletedRowsWhenItFinds) {
     EXPECT_EQ(PlaceOf(cursor), "2");
 }
 
+TEST(ClientCursor, FindsTheNeighboursOfARowThatWasJustDeleted) {
+    static constexpr struct {
+        LONG skip;
+        bool isBackward;
+        const char* place;
+    } kRows[] = {
+        {0, false, "4"}, {1, false, "4"}, {2, false, "5"}, {3, false, "EOF"}, {-1, false, "2"}, {-2, false, "1"},
+        {0, true, "2"},  {1, true, "2"},  {2, true, "1"},  {3, true, "BOF"},  {-1, true, "4"},  {-2, true, "5"},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(::testing::Message() << row.skip << " " << row.isBackward);
+        const auto store = Counted(5);
+        ClientCursor cursor(store);
+        cursor.MoveTo(2);
+        store->Delete(2, kStatusDeleted);
+        ASSERT_EQ(PlaceOf(cursor), "3 deleted");
+        cursor.Find(Criteria::ParseFind(u"id > 0", store->Columns()), row.skip, row.isBackward, {});
+        EXPECT_EQ(PlaceOf(cursor), row.place);
+    }
+}
+
 TEST(ClientCursor, ComparesRowsByTheOrderShown) {
     const auto store = Counted(3);
     ClientCursor cursor(store);

@@ -133,6 +133,28 @@ TEST_F(RecordsetLifeTest, AFilterTextAndASortStayOverARequery) {
     EXPECT_EQ(rows.Get(kFilter).Utf8(), "a > 1");
 }
 
+TEST_F(RecordsetLifeTest, ASortEndsWithTheRowsWhoseColumnsItNames) {
+    CreateNumbers();
+    const auto source = [&](const Object& rows, const char16_t* sql) {
+        return rows.Call(kOpen, {Text(sql), connection_.AsValue(), Number(3), Number(1), Number(1)});
+    };
+    const Object rows = OpenRows(connection_, u"select a from number");
+    EXPECT_TRUE(rows.Put(kSort, Text(u"a desc")).Ok());
+    EXPECT_TRUE(rows.Call(kClose).Ok());
+    EXPECT_EQ(rows.Get(kSort).Utf8(), "");
+    const Outcome opened = source(rows, u"select a as b from number order by a");
+    ASSERT_TRUE(opened.Ok()) << opened;
+    EXPECT_EQ(ValueOf(rows, u"b"), "0");
+    // With its connection as well.
+    EXPECT_TRUE(rows.Put(kSort, Text(u"b desc")).Ok());
+    connection_.Call(connection::kClose);
+    EXPECT_EQ(rows.Get(kState).Long(), 0);
+    connection_ = Connect();
+    const Outcome again = source(rows, u"select a from number order by a");
+    ASSERT_TRUE(again.Ok()) << again;
+    EXPECT_EQ(ValueOf(rows, u"a"), "0");
+}
+
 TEST_F(RecordsetLifeTest, ASortByAnUnknownFieldLeavesTheRecordsetClosed) {
     CreateNumbers();
     const Object rows = Object::Create(kRecordsetClass);

@@ -57,7 +57,7 @@ public:
     /// An error from below: the first record is the one reported, all of them go to the Errors collection.
     explicit AdoError(std::vector<ErrorRecord> records);
 
-    /// One of these as it is; of what something else threw, that the operation failed, and what that says.
+    /// An AdoError as it is; any other exception as ProviderFailed, with its words.
     static AdoError From(const std::exception& cause);
 
     HRESULT Code() const noexcept { return code_; }

@@ -1,5 +1,7 @@
 #include "ado/objects/automation.h"
 
+#include <optional>
+
 #include "ado/cursor/text.h"
 #include "ado/objects/module.h"
 
@@ -112,7 +114,9 @@ const MemberInfo* AutomationObject::Choose(DISPID id, WORD flags, const DISPPARA
 }
 
 HRESULT AutomationObject::Report(const std::exception& cause, EXCEPINFO* exception) const noexcept try {
-    const AdoError error = AdoError::From(cause);
+    std::optional<AdoError> made;
+    const auto* own = dynamic_cast<const AdoError*>(&cause);
+    const AdoError& error = own != nullptr ? *own : made.emplace(AdoError::From(cause));
     if (!error.Records().empty()) {
         if (const auto list = Errors()) list->Replace(error.Records());
     }

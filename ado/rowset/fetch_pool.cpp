@@ -5,7 +5,6 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -88,8 +87,9 @@ bool FetchPool::Submit(std::shared_ptr<FetchJob> job) {
     try {
         std::thread([impl = impl_.get()] { impl->Work(); }).detach();
         ++impl_->threads;
-    } catch (const std::system_error&) {
-        if (impl_->threads > 0) return true;  // later
+    } catch (const std::exception&) {
+        // No thread, or no memory for one.
+        if (impl_->threads > 0) return true;  // one that is busy takes it later
         waiting.erase(place);                 // nobody would take it off: its rows would stay for good
         return false;
     }

@@ -38,7 +38,8 @@ public:
     static FetchPool& Instance();
 
     /// Hands the job in; a thread claims it soon, unless somebody else does.
-    /// @returns false when there is no thread and none can be made: the job is left to whoever claims it
+    /// @returns false when there is no thread and none can be made: the pool forgets the job, which is
+    ///          left to whoever claims it
     bool Submit(std::shared_ptr<FetchJob> job);
 
 private:

@@ -353,8 +353,11 @@ std::shared_ptr<RowSet> RowSet::Fetch(Statement statement, const std::shared_ptr
     impl->areRowsThere = !more;
     session->SetBackgroundWork(std::weak_ptr<BackgroundWork>(impl), inside.isOnSideConnection);
     const bool isTaken = FetchPool::Instance().Submit(impl);
-    // Who only asks whether it is done would ask for ever.
-    if (!isTaken && options.asynchronous && impl->Claim()) impl->Run(kToTheEnd);
+    if (!isTaken && options.asynchronous) {
+        // With no thread to read it, who only asks whether it is done would ask for ever.
+        const Patience patience(0, session->Running());
+        if (!impl->FinishWork(patience)) impl->Stop();
+    }
     return rows;
 }
 

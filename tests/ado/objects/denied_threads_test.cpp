@@ -2,9 +2,12 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <optional>
+#include <thread>
 
 #include "ado/rowset/fetch_pool.h"
 #include "database_systems.h"
@@ -30,6 +33,17 @@ extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* 
 namespace tk::ado::test {
 namespace {
 
+class Denial {
+public:
+    Denial() {
+        denials = 0;
+        isDenied = true;
+    }
+    ~Denial() { isDenied = false; }
+    Denial(const Denial&) = delete;
+    Denial& operator=(const Denial&) = delete;
+};
+
 constexpr LONG kManyRows = 3000;  // more than the opening thread reads
 
 /// The first one of the program: threads that have been made stay.
@@ -45,7 +59,7 @@ TEST(DeniedThreads, AreSaidToBeMissingAndLoseNothing) {
     const auto make = [](const Object& on) {
         return on.Call(connection::kExecute, {Text(u"create table if not exists steps (id integer)")});
     };
-    isDenied = true;
+    std::optional<Denial> denial(std::in_place);
     {
         const Object opened = open();
         // Nobody would end it when its time is over.
@@ -59,7 +73,7 @@ TEST(DeniedThreads, AreSaidToBeMissingAndLoseNothing) {
     }
     // Nobody would end it when it has lain idle for long.
     EXPECT_EQ(SessionCache::Instance().IdleCount(), 0u);
-    isDenied = false;
+    denial.reset();
     {
         const Object opened = open();
         const Outcome made = make(opened);
@@ -75,7 +89,7 @@ TEST(DeniedThreads, KeepNoJobThatNobodyWouldTake) {
         void AbortJob() noexcept override {}
         bool WaitsForServer() const noexcept override { return false; }
     };
-    isDenied = true;
+    const Denial denial;
     auto job = std::make_shared<Job>();
     const std::weak_ptr<Job> seen = job;
     EXPECT_FALSE(FetchPool::Instance().Submit(job));
@@ -83,7 +97,6 @@ TEST(DeniedThreads, KeepNoJobThatNobodyWouldTake) {
     EXPECT_FALSE(job->Claim());
     job.reset();
     EXPECT_TRUE(seen.expired());
-    isDenied = false;
 }
 
 class DeniedThreadsTest : public SystemTest {
@@ -96,10 +109,8 @@ protected:
         for (LONG i = 2; i <= kManyRows; ++i)
             text += u",(" + ToUtf16(std::to_string(i)) + u")";
         Do(text);
-        isDenied = true;
-        denials = 0;
+        denial_.emplace();
     }
-    void TearDown() override { isDenied = false; }
 
     static Object Many(const Object& on, LONG options = 1) {
         return OpenRows(on, u"select id from steps order by id", 1, options);
@@ -110,6 +121,9 @@ protected:
         EXPECT_TRUE(last.Ok()) << last;
         EXPECT_EQ(ValueOf(rows, u"id"), "3000");
     }
+
+    static constexpr LONG kAsyncFetch = 0x20;
+    std::optional<Denial> denial_;
 };
 
 TEST_P(DeniedThreadsTest, RowsAreReadByWhoeverWaitsForThem) {
@@ -124,12 +138,36 @@ TEST_P(DeniedThreadsTest, RowsAreReadByWhoeverWaitsForThem) {
     ExpectAll(first);
 }
 
-TEST_P(DeniedThreadsTest, RowsFetchedAsynchronouslyAreReadWhenTheyAreAskedFor) {
-    constexpr LONG kAsyncFetch = 0x20;
+TEST_P(DeniedThreadsTest, RowsFetchedAsynchronouslyAreReadBeforeTheRecordsetIsOpen) {
     const Object rows = Many(connection_, 1 | kAsyncFetch);
     EXPECT_GT(denials, 0);
+    EXPECT_EQ(rows.Get(recordset::kState).Long(), 1);  // open, and no more to come
     ExpectAll(rows);
-    EXPECT_EQ(rows.Get(recordset::kState).Long(), 1);
+}
+
+TEST_P(DeniedThreadsTest, ReadingThemIsEndedByCancel) {
+    constexpr LONG kAll = kManyRows * kManyRows;
+    const Object rows = Object::Create(kRecordsetClass);
+    rows.Put(recordset::kCursorLocation, Number(3));
+    std::atomic<bool> isOpen = false;
+    denial_.reset();
+    std::thread cancelling([&] {
+        while (!isOpen) {
+            usleep(50000);
+            rows.Call(recordset::kCancel);
+        }
+    });
+    denial_.emplace();
+    const Outcome opened =
+        rows.Call(recordset::kOpen, {Text(u"select a.id from steps a, steps b"), connection_.AsValue(), Number(3),
+                                     Number(1), Number(1 | kAsyncFetch)});
+    isOpen = true;
+    cancelling.join();
+    if (opened.Ok()) {
+        const Outcome count = rows.Get(recordset::kRecordCount);
+        EXPECT_TRUE(!count.Ok() || count.Long() < kAll) << count;
+    }
+    EXPECT_EQ(AskFor(u"select 7"), "7");
 }
 
 TEST_P(DeniedThreadsTest, RowsThatNobodyReadsAreLetGo) {

@@ -1,5 +1,6 @@
 #include "afx_ole_exception.h"
 
+#include "afx/kept_last_error.h"
 #include "afx/multibyte.h"
 #include "afx/text_codes.h"
 
@@ -12,6 +13,7 @@ COleException::~COleException() = default;
 
 BOOL COleException::GetErrorMessage(LPTSTR lpszError, UINT nMaxError, PUINT pnHelpContext) {
     if (pnHelpContext != nullptr) *pnHelpContext = 0;
+    const tk::afx::KeptLastError kept;  // many codes have no text, which is no failure
     LPSTR text = nullptr;
     const DWORD length =
         FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,

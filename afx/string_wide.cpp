@@ -1,4 +1,6 @@
 // CString to and from wide text, always through code page 936.
+#include <algorithm>
+
 #include "afx/text_codes.h"
 #include "afx_exception.h"
 #include "afxstr.h"
@@ -14,12 +16,19 @@ int WideLength(LPCWSTR lpsz) {
     return static_cast<int>(length);
 }
 
+constexpr int kShortUnits = 512;
+
+// The beginning of a text that is converted at once: at most that many units, never half of a character of two.
+int PieceLength(LPCWSTR text, int length, int limit) noexcept {
+    if (length <= limit) return length;
+    return (text[limit - 1] & 0xFC00) == 0xD800 ? limit - 1 : limit;
+}
+
 }  // namespace
 
 CString::CString(LPCWSTR lpsz) : CString(lpsz, WideLength(lpsz)) {}
 
-CString::CString(LPCWSTR lpch, int nLength) {
-    BecomeEmpty();
+CString::CString(LPCWSTR lpch, int nLength) : CString() {
     AssignWide(lpch, nLength);
 }
 
@@ -33,17 +42,21 @@ void CString::AssignWide(LPCWSTR lpch, int nLength) {
     data_[0] = '\0';
     if (lpch == nullptr || nLength <= 0) return;
     if (nLength > kMaxLength / 2) AfxThrowMemoryException();
-    // A wide unit becomes one byte or two. Short texts take the worst case at once; longer ones are counted when they
-    // do not fit one byte a unit, as plain texts do.
-    int room = nLength <= kLocalCapacity / 2 ? kLocalCapacity : nLength;
-    Reserve(room);
-    int written = tk::afx::NarrowText(lpch, nLength, data_, GetAllocLength());
-    if (written == 0) {
-        room = tk::afx::NarrowText(lpch, nLength, nullptr, 0);
-        Reserve(room);
-        written = tk::afx::NarrowText(lpch, nLength, data_, GetAllocLength());
+    // A wide unit becomes one byte or two, and every buffer here has room for two: that a text does not fit would be
+    // written into the thread's last error.
+    if (nLength <= kLocalCapacity / 2) return SetLength(tk::afx::NarrowText(lpch, nLength, data_, kLocalCapacity));
+    if (nLength <= kShortUnits) {
+        char bytes[2 * kShortUnits];
+        return Assign(bytes, tk::afx::NarrowText(lpch, nLength, bytes, sizeof(bytes)));
     }
-    SetLength(written);
+    // A byte for each unit is all that most long texts need; the others grow. The pieces get as small as a short text.
+    for (Reserve(nLength + kShortUnits); nLength > 0;) {
+        Reserve(length_ + 2 * std::min(nLength, kShortUnits));
+        const int units = PieceLength(lpch, nLength, (GetAllocLength() - length_) / 2);
+        SetLength(length_ + tk::afx::NarrowText(lpch, units, data_ + length_, 2 * units));
+        lpch += units;
+        nLength -= units;
+    }
 }
 
 BSTR CString::AllocSysString() const {

@@ -11,8 +11,8 @@ namespace tk::afx {
 inline constexpr UINT kTextCodePage = 936;
 
 /// Converts wide units to GBK without a terminator.
-/// @param room  bytes of the buffer; 0 asks for the number needed
-/// @return the bytes written, or needed; 0 when they do not fit
+/// @param room  bytes of the buffer; with two for each unit everything fits, and the thread's last error stays as it is
+/// @return the bytes written; 0 with ERROR_INSUFFICIENT_BUFFER as the last error when they do not fit
 int NarrowText(LPCWSTR text, int length, char* buffer, int room) noexcept;
 
 /// A new BSTR of a GBK text; null when the text is. CMemoryException when there is no memory.

@@ -24,7 +24,8 @@ IDispatch* CTDatabase::OpenSchema(long nSchema) {
 IDispatch* CTDatabase::SchemaRowset(const char* context, const BYTE* parms, long nSchema, const VARIANT* restrictions,
                                     const VARIANT* schemaId) {
     return Guard::Run(*this, context, static_cast<IDispatch*>(nullptr), [&]() -> IDispatch* {
-        if (!OnInitDispatch()) return nullptr;
+        // A copy holds the object of another connection, which may be open and refuse its defaults then.
+        if (dispatch_.m_lpDispatch == nullptr && !OnInitDispatch()) return nullptr;
         COleDispatchDriver rowset(
             CallForObject(dispatch_, connection::kOpenSchema, parms, nSchema, restrictions, schemaId));
         dbmsTag_ = GetDBMS();

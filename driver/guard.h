@@ -5,6 +5,7 @@
 
 #include <comdef.h>
 
+#include "afx/kept_last_error.h"
 #include "tkkernel/driver.h"
 
 namespace tk::driver {
@@ -40,6 +41,7 @@ struct Guard {
         try {
             return Run(driver, context, failure, work);
         } catch (const _com_error& e) {
+            const afx::KeptLastError kept;  // its message is looked up, and need not be there
             driver.SetError("%s", e.ErrorMessage());
             return failure;
         }

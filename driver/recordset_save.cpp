@@ -1,6 +1,7 @@
 // Recordsets as files, and the records that a criterion names deleted.
 #include <afxwin.h>
 
+#include "afx/kept_last_error.h"
 #include "driver/guard.h"
 #include "driver/messages.h"
 #include "tkkernel/platform.h"
@@ -20,9 +21,16 @@ bool MayOverwrite(const char* path, int ask) {
     return !ask || !IsFileExist(path) || AfxMessageBox(kAskOverwrite, MB_YESNO | MB_ICONQUESTION) == IDYES;
 }
 
-int SaveAs(CTRecordset& records, const char* path, int ask, long format, const char* context) {
-    if (!MayOverwrite(path, ask)) return 0;
+/// Makes way for the new file. @return whether it may be written
+bool MakeWay(const char* path, int ask) {
+    const tk::afx::KeptLastError kept;  // mostly there is no old one
+    if (!MayOverwrite(path, ask)) return false;
     DeleteFileA(path);
+    return true;
+}
+
+int SaveAs(CTRecordset& records, const char* path, int ask, long format, const char* context) {
+    if (!MakeWay(path, ask)) return 0;
     return Guard::Run(records, context, 0, [&] {
         records.Save(COleVariant(path, VT_BSTR), format);
         return 1;

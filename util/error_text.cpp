@@ -1,3 +1,4 @@
+#include "afx/kept_last_error.h"
 #include "tkkernel/util.h"
 #include "util/message_buffer.h"
 #include "util/messages.h"
@@ -25,6 +26,7 @@ private:
 }  // namespace
 
 CString LookupErrorText(DWORD nCode) {
+    const tk::afx::KeptLastError kept;  // many codes have no text, which is no failure
     const SystemText system(nCode);
     CString text;
     // Contract: the line break at the end of the system's text stays.

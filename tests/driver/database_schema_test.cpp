@@ -37,6 +37,35 @@ TEST_F(DatabaseSchema, CreatesTheConnectionWhenThereIsNone) {
                             "connection.call 19 (I4 20)", "connection.get 18"));
 }
 
+TEST_F(DatabaseSchema, ACopyAsksTheConnectionItSharesAndChangesNothingThere) {
+    Database database;
+    Open(database, {{"DBMS Name", Text("DB2/NT")}});
+    for (const long property : {15L, 2L, 3L})
+        connection_->On(Put(property)).Fails("对象已打开");
+    connection_->On(Call(19)).Returns(Object(records_.Get()));
+    {
+        Database copy(database);
+        Held<IDispatch> rowset(copy.OpenSchema(20));
+        EXPECT_EQ(rowset.Get(), records_.Get()) << ErrorOf(copy);
+        EXPECT_THAT(journal_.Take(), ElementsAre("connection.call 19 (I4 20)", "connection.get 18"));
+        EXPECT_EQ(ErrorOf(copy), "");
+        EXPECT_EQ(connections_->Created(), 1);
+    }
+    EXPECT_EQ(records_->References(), 2u);
+}
+
+TEST_F(DatabaseSchema, ACopyOfADatabaseWithoutAnObjectCreatesItsOwn) {
+    CTDatabase database;
+    CTDatabase copy(database);
+    connections_->Give(connection_.Get());
+    connection_->On(Call(19)).Returns(Object(nullptr));
+    EXPECT_EQ(copy.OpenSchema(20), nullptr);
+    EXPECT_THAT(journal_.Take(),
+                ElementsAre("connection.put 15 (I4 3)", "connection.put 2 (I4 1800)", "connection.put 3 (I4 20)",
+                            "connection.call 19 (I4 20)", "connection.get 18"));
+    EXPECT_EQ(database.GetDispatch(), nullptr);
+}
+
 TEST_F(DatabaseSchema, GivesNullWhenTheConnectionCannotBeCreated) {
     connections_->Refuse(E_ACCESSDENIED);
     Database database;

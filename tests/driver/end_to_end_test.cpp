@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 #include "support/held.h"
@@ -643,6 +644,79 @@ TEST_F(EndToEnd, CopiesShareTheConnection) {
         EXPECT_EQ(copy.ExecSQL("delete from stock where id = 1"), 1);
     }
     EXPECT_EQ(database_->IsOpen(), 0) << "the copy closed what both use";
+}
+
+TEST_F(EndToEnd, ACopyAnswersForTheSchema) {
+    const long secondsBefore = database_->GetConnectionTimeout();
+    CTDatabase copy(*database_);
+    {
+        const Held<IDispatch> rowset(copy.OpenSchema(20));
+        EXPECT_TRUE(rowset) << Error(copy);
+    }
+    EXPECT_EQ(copy.GetConnectionTimeout(), secondsBefore);
+    CStringArray tables;
+    EXPECT_EQ(copy.GetAllTables(tables), 1) << Error(copy);
+    EXPECT_EQ(copy.IsTableExist("stock"), 1) << Error(copy);
+    EXPECT_GE(tables.GetSize(), 1);
+    EXPECT_EQ(database_->IsOpen(), 1);
+}
+
+TEST_F(EndToEnd, TheLastErrorOfTheThreadIsKept) {
+    constexpr DWORD kBefore = 0x2ABCDEF0;  // no function of the platform sets it
+    static constexpr char kTwenty[] = "库存货物名称规格型号单位数量价格金额备注";
+    const std::string update = std::string("update stock set note = '") + kTwenty + "' where id = 1";
+    ASSERT_EQ(database_->ExecuteSQL(update.c_str()), 1) << Error(*database_);
+    CTRecordset stock;
+    OpenStock(stock);
+
+    const struct {
+        const char* label;
+        std::function<void()> work;
+    } kRows[] = {
+        {"a text by name", [&] { EXPECT_STREQ(stock.GetStringValue("note"), kTwenty); }},
+        {"a text by position", [&] { EXPECT_STREQ(stock.GetStringValue(6L), kTwenty); }},
+        {"a literal",
+         [&] { EXPECT_EQ(std::string(stock.GetStringValueStr("note")), "'" + std::string(kTwenty) + "'"); }},
+        {"a value", [&] { EXPECT_EQ(Owned(stock.GetValue("note")).vt, VT_BSTR); }},
+        {"a field that does not exist", [&] { EXPECT_STREQ(stock.GetStringValue(kTwenty), ""); }},
+        {"moves",
+         [&] {
+             stock.MoveLast();
+             stock.MoveFirst();
+         }},
+        {"a filter", [&] { EXPECT_EQ(stock.SetFilter("note = 'first'"), 1), stock.SetFilter(""); }},
+        {"a filter that is refused", [&] { EXPECT_EQ(stock.SetFilter(kTwenty), 0); }},
+        {"a statement", [&] { EXPECT_EQ(database_->ExecuteSQL(update.c_str()), 1); }},
+        {"a statement that fails", [&] { EXPECT_EQ(database_->ExecuteSQL(kTwenty), 0); }},
+        {"a query that fails",
+         [&] {
+             CTRecordset records(database_.get());
+             EXPECT_EQ(records.OpenTable(kTwenty, 1), 0);
+         }},
+        {"a schema",
+         [&] {
+             CStringArray tables;
+             EXPECT_EQ(database_->GetAllTables(tables), 1);
+         }},
+        {"another connection",
+         [&] {
+             CTDatabase other;
+             EXPECT_EQ(other.Open(TheSystem().connection.c_str()), 1);
+             CTRecordset records(&other);
+             EXPECT_EQ(records.OpenSQL("select * from stock", 0), 1);
+         }},
+        {"a connection that fails",
+         [&] {
+             CTDatabase other;
+             EXPECT_EQ(other.Open("Driver=库存货物名称规格型号单位"), 0);
+         }},
+    };
+    for (const auto& row : kRows) {
+        SCOPED_TRACE(row.label);
+        SetLastError(kBefore);
+        row.work();
+        EXPECT_EQ(GetLastError(), kBefore);
+    }
 }
 
 TEST_F(EndToEnd, ManyRecordsetsAreOpenAtOnce) {

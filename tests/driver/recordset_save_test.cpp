@@ -114,6 +114,15 @@ TEST_P(RecordsetSave, DoesNotAskWhenThereIsNoFile) {
     EXPECT_THAT(user_.asked, IsEmpty());
 }
 
+TEST_P(RecordsetSave, ThatThereWasNoFileIsNoErrorOfTheThread) {
+    for (const int ask : {0, 1}) {
+        std::remove(path_.c_str());
+        SetLastError(0);
+        EXPECT_EQ(Save(path_.c_str(), ask), 1);
+        EXPECT_EQ(GetLastError(), 0u);
+    }
+}
+
 TEST_P(RecordsetSave, AFailureHasItsContextAndTheFileIsGone) {
     Write(path_);
     records_->On(Call(1057)).Fails("磁盘已满");

@@ -5,12 +5,12 @@
 #include <tkwin32/text.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <stdexcept>
 
 #include "tools/demo/iso_codes.h"
 #include "tools/tkdb/commands.h"
 #include "tools/tkdb/progress.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 static_assert(sizeof("库") == 3 || sizeof("库") == 4);  // GBK, or UTF-8 for tools that only read the source
@@ -19,7 +19,7 @@ namespace tk::tools {
 namespace {
 
 void Say(const CString& text) {
-    std::printf("%s\n", GbkToTerminal(static_cast<const char*>(text)).c_str());
+    PrintText(GbkToTerminal(static_cast<const char*>(text)) + "\n");
 }
 
 void Headline(const char* text) {
@@ -226,7 +226,7 @@ int RunDemo(const std::string& connection) {
         e->Delete();
         Say(text);
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "tkdb: %s\n", e.what());
+        ComplainText(e.what());
     }
     return kDatabaseRefused;
 }

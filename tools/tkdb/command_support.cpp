@@ -1,8 +1,8 @@
 #include "tools/tkdb/command_support.h"
 
-#include <fmt/format.h>
 #include <tkwin32/text.h>
 
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -11,7 +11,7 @@ int Refuse(const CString& error) {
     std::string text = GbkToTerminal(static_cast<const char*>(error));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
         text.pop_back();
-    fmt::print(stderr, "tkdb: {}\n", text);
+    ComplainText(text);
     return kDatabaseRefused;
 }
 
@@ -20,6 +20,15 @@ int Refuse(CException* e) {
     e->GetErrorMessage(text, sizeof text);
     e->Delete();
     return Refuse(CString(text));
+}
+
+int Unwritable(const std::string& what, const std::string& reason) {
+    Complain("cannot write {}: {}", what, reason);
+    return kNotWritten;
+}
+
+int Unwritable(const std::string& what, const std::error_code& error) {
+    return Unwritable(what, error.message());
 }
 
 bool OpenDatabase(CTDatabase& database, const std::string& connection) {

@@ -7,9 +7,11 @@
 #include "tools/tkdb/command_support.h"
 #include "tools/tkdb/database_system.h"
 #include "tools/tkdb/interruption.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/progress.h"
 #include "tools/tkdb/row_count.h"
 #include "tools/tkdb/row_inserter.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/table_maker.h"
 #include "tools/tkdb/terminal_text.h"
 
@@ -241,8 +243,8 @@ int CopyTables(const std::string& source, const std::vector<std::string>& tables
     for (const std::string& table : tables) {
         try {
             const long rows = CopyTable(from, TerminalToGbk(table), to, replace);
-            fmt::print("{}: {}\n", table, rows < 0 ? "there already" : fmt::format("{} row(s)", rows));
-            std::fflush(stdout);
+            Print("{}: {}\n", table, rows < 0 ? "there already" : fmt::format("{} row(s)", rows));
+            FlushOutput();
         } catch (const Stop& stop) {
             static_cast<void>(Refuse((TerminalToGbk(table) + ": " + std::string(stop.reason)).c_str()));
             return stop.code;

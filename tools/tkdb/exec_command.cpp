@@ -1,6 +1,5 @@
-#include <fmt/format.h>
-
 #include "tools/tkdb/commands.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -28,7 +27,7 @@ int ExecuteStatements(const std::string& connection, const std::vector<std::stri
                 if (inTransaction) database.RollbackTrans();
                 return Refuse(error);
             }
-            fmt::print("{} row(s): {}\n", rows, FirstLine(statement));
+            Print("{} row(s): {}\n", rows, FirstLine(statement));
         }
         if (inTransaction) database.CommitTrans();
     } catch (CException* e) {

@@ -1,5 +1,3 @@
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
@@ -7,6 +5,7 @@
 
 #include "tools/tkdb/commands.h"
 #include "tools/tkdb/interruption.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/progress.h"
 #include "tools/tkdb/replacing_file.h"
 #include "tools/tkdb/terminal_text.h"
@@ -55,17 +54,12 @@ long SaveRows(CTRecordset& records, long format, const ReplacingFile& file) {
     return records.GetRecordCount();
 }
 
-int Unwritable(const std::string& file, const char* reason) {
-    fmt::print(stderr, "tkdb: cannot write {}: {}\n", file, reason);
-    return kNotWritten;
-}
-
 }  // namespace
 
 int ExportRows(const std::string& connection, const std::string& source, ExportFormat format, const std::string& file) {
     const Form* form = FindForm(format, file);
     if (form == nullptr) {
-        fmt::print(stderr, "tkdb: --format is needed: the name {} does not tell it\n", file);
+        Complain("--format is needed: the name {} does not tell it", file);
         return kWrongUsage;
     }
     CTDatabase database;
@@ -74,7 +68,7 @@ int ExportRows(const std::string& connection, const std::string& source, ExportF
     if (!records.OpenDatabase(&database)) return Refuse(records.GetLastErrorString());
     if (!records.OpenSQL(TerminalToGbk(QueryOf(source)).c_str(), 1)) return Refuse(records.GetLastErrorString());
     if (records.GetState() == 0) {
-        fmt::print(stderr, "tkdb: the statement has no rows to export\n");
+        Complain("the statement has no rows to export");
         return kWrongUsage;
     }
     try {
@@ -87,13 +81,13 @@ int ExportRows(const std::string& connection, const std::string& source, ExportF
         const long rows = form->bySave ? SaveRows(records, form->persist, target)
                                        : WriteRows(records, form->rows, target.Open(), Charset::Utf8, 0);
         if (Interruption::Wanted()) {
-            fmt::print(stderr, "tkdb: stopped; {} is as it was\n", file);
+            Complain("stopped; {} is as it was", file);
             return kInterrupted;
         }
         target.Commit();
-        fmt::print("{} row(s): {}\n", rows, file);
+        Print("{} row(s): {}\n", rows, file);
     } catch (const std::system_error& e) {
-        return Unwritable(file, e.code().message().c_str());
+        return Unwritable(file, e.code());
     } catch (CException* e) {
         return Refuse(e);
     }

@@ -1,6 +1,5 @@
 #include "tools/tkdb/load_command.h"
 
-#include <fmt/format.h>
 #include <tkkernel/session_statistics.h>
 #include <unistd.h>
 
@@ -16,7 +15,9 @@
 #include "tools/tkdb/interruption.h"
 #include "tools/tkdb/latency_histogram.h"
 #include "tools/tkdb/pool_connection.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/replacing_file.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -150,8 +151,7 @@ bool WaitFor(const Happened& happened) {
 
 /// Ends the program although threads of it are waiting for a server that does not answer.
 [[noreturn]] void Leave() {
-    std::fflush(nullptr);
-    _exit(kInterrupted);
+    _exit(FinishOutput(kInterrupted));
 }
 
 /// On a thread of its own, since a server that does not answer keeps it.
@@ -166,7 +166,7 @@ int OpenPool(CTDataServer& server, const PoolConnection& connection, int session
         isDone = true;
     });
     if (!WaitFor([&] { return isDone.load(); })) {
-        fmt::print(stderr, "tkdb: interrupted while the database system did not answer\n");
+        Complain("interrupted while the database system did not answer");
         Leave();
     }
     opening.join();
@@ -177,28 +177,28 @@ void PrintRequests(const Found& all, Clock::time_point begin) {
     const LatencyHistogram& latencies = all.Latencies();
     const std::chrono::duration<double> took = std::max(all.End(), begin) - begin;
     const auto total = static_cast<double>(latencies.Total());
-    fmt::print("requests     {} in {:.2f} s, {:.0f} a second, {} failed\n", latencies.Total(), took.count(),
-               took.count() > 0 ? total / took.count() : 0, all.Failures());
-    fmt::print("latency      median {}, 90 % {}, 99 % {}, 99.9 % {}, longest {}\n",
-               TimeText(latencies.PercentileNs(0.5)), TimeText(latencies.PercentileNs(0.9)),
-               TimeText(latencies.PercentileNs(0.99)), TimeText(latencies.PercentileNs(0.999)),
-               TimeText(latencies.LongestNs()));
+    Print("requests     {} in {:.2f} s, {:.0f} a second, {} failed\n", latencies.Total(), took.count(),
+          took.count() > 0 ? total / took.count() : 0, all.Failures());
+    Print("latency      median {}, 90 % {}, 99 % {}, 99.9 % {}, longest {}\n", TimeText(latencies.PercentileNs(0.5)),
+          TimeText(latencies.PercentileNs(0.9)), TimeText(latencies.PercentileNs(0.99)),
+          TimeText(latencies.PercentileNs(0.999)), TimeText(latencies.LongestNs()));
 }
 
 void PrintKind(const char* name, const tk::session::KindStatistics& kind) {
-    fmt::print("{:<12} lent {}, returned {}, refused {}, taken over {}\n", name, kind.loans, kind.returns,
-               kind.refusals, kind.takeovers);
+    Print("{:<12} lent {}, returned {}, refused {}, taken over {}\n", name, kind.loans, kind.returns, kind.refusals,
+          kind.takeovers);
 }
 
-bool WritePlot(const std::string& path, const LatencyHistogram& latencies) {
+/// @return an exit code; what went wrong has been printed
+int WritePlot(const std::string& path, const LatencyHistogram& latencies) {
     try {
         ReplacingFile file(path);
         const std::string picture = latencies.Svg("tkdb load: latency of a request");
         std::fwrite(picture.data(), 1, picture.size(), file.Open());
         file.Commit();
-        return true;
-    } catch (const std::system_error&) {
-        return false;
+        return kSuccess;
+    } catch (const std::system_error& e) {
+        return Unwritable(path, e.code());
     }
 }
 
@@ -208,7 +208,7 @@ int RunLoad(const std::string& connection, const LoadOptions& options) {
     std::string reason;
     const auto pool = ForPool(TerminalToGbk(connection), reason);
     if (!pool) {
-        fmt::print(stderr, "tkdb: {}\n", reason);
+        ComplainText(reason);
         return kWrongUsage;
     }
     const Interruption interruption;
@@ -249,28 +249,27 @@ int RunLoad(const std::string& connection, const LoadOptions& options) {
         all.Add(each);
     if (!isOver) {
         PrintRequests(all, begin);
-        fmt::print(stderr, "tkdb: {} request(s) did not end\n", running.load());
+        Complain("{} request(s) did not end", running.load());
         Leave();
     }
     for (auto& thread : threads)
         thread.join();
     if (threads.size() < found.size()) {
-        fmt::print(stderr, "tkdb: the system starts no more than {} threads\n", threads.size());
+        Complain("the system starts no more than {} threads", threads.size());
         return kDatabaseRefused;
     }
     const auto statistics = tk::session::ReadStatistics(server);
     if (options.metrics) {
-        fmt::print("{}", static_cast<const char*>(tk::session::ToPrometheusText(statistics, "tkdb")));
+        PrintText(static_cast<const char*>(tk::session::ToPrometheusText(statistics, "tkdb")));
     } else {
         PrintRequests(all, begin);
-        fmt::print("pool         {} sessions, {} faults\n", statistics.sessions,
-                   statistics.faults + statistics.clientFaults);
+        Print("pool         {} sessions, {} faults\n", statistics.sessions,
+              statistics.faults + statistics.clientFaults);
         PrintKind("connections", statistics.databases);
         PrintKind("recordsets", statistics.recordsets);
     }
-    if (!options.plot.empty() && !WritePlot(options.plot, all.Latencies())) {
-        fmt::print(stderr, "tkdb: cannot write {}\n", options.plot);
-        return kNotWritten;
+    if (!options.plot.empty()) {
+        if (const int code = WritePlot(options.plot, all.Latencies()); code != kSuccess) return code;
     }
     if (all.Failures() > 0) return Refuse(all.Reason());
     return work.stops ? kInterrupted : kSuccess;

@@ -1,17 +1,20 @@
 // tkdb - query and maintain any data source of the library from the command line.
 
-#include <fmt/format.h>
 #include <tkkernel/tkkernel.h>
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 #include <map>
+#include <sstream>
 
 #include "tools/demo/demo.h"
 #include "tools/tkdb/commands.h"
 #include "tools/tkdb/load_command_line.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/read_all.h"
 #include "tools/tkdb/schema_command_line.h"
 #include "tools/tkdb/split_script.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace {
@@ -29,23 +32,20 @@ int RunExec(const std::string& connection, std::vector<std::string> statements, 
     if (!file.empty()) {
         std::string script;
         if (!ReadAll(file, script)) {
-            fmt::print(stderr, "tkdb: cannot read {}\n", file);
+            Complain("cannot read {}", file);
             return kWrongUsage;
         }
         for (auto& statement : SplitScript(script))
             statements.push_back(std::move(statement));
     }
     if (statements.empty()) {
-        fmt::print(stderr, "tkdb: exec needs a statement or --file\n");
+        Complain("exec needs a statement or --file");
         return kWrongUsage;
     }
     return ExecuteStatements(connection, statements, transaction);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    UseTerminalLocale();
+int RunCommandLine(int argc, char** argv) {
     CLI::App app{"tkdb - query and maintain a database through ODBC", "tkdb"};
     app.require_subcommand(1);
     app.set_version_flag("--version", TKDB_VERSION);
@@ -116,11 +116,14 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
-        return app.exit(e) == 0 ? kSuccess : kWrongUsage;
+        std::ostringstream help;
+        const bool isHelp = app.exit(e, help, std::cerr) == 0;
+        PrintText(help.str());
+        return isHelp ? kSuccess : kWrongUsage;
     }
 
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
-        fmt::print(stderr, "tkdb: component start-up failed\n");
+        Complain("component start-up failed");
         return kDatabaseRefused;
     }
     int code = kSuccess;
@@ -135,4 +138,11 @@ int main(int argc, char** argv) {
     if (demo->parsed()) code = RunDemo(connection);
     CoUninitialize();
     return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    UseTerminalLocale();
+    return FinishOutput(RunCommandLine(argc, argv));
 }

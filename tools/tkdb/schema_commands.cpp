@@ -1,12 +1,13 @@
 #include "tools/tkdb/schema_commands.h"
 
-#include <fmt/format.h>
 #include <tkwin32/text.h>
 
 #include "tools/tkdb/column_type_text.h"
 #include "tools/tkdb/database_system.h"
+#include "tools/tkdb/print.h"
 #include "tools/tkdb/read_all.h"
 #include "tools/tkdb/row_count.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -31,7 +32,7 @@ CellText NumberCell(long number) {
 }
 
 void PrintGbk(const char* gbk) {
-    fmt::print("{}\n", GbkToTerminal(gbk));
+    Print("{}\n", GbkToTerminal(gbk));
 }
 
 /// Runs the work on an open database. @return its exit code, or that of what it threw
@@ -46,7 +47,7 @@ int OnDatabase(const std::string& connection, Work&& work) {
     }
 }
 
-/// Runs the work for each table named, or for all of them, up to the first that fails.
+/// Runs the work for each table named, or for all of them, up to the first that fails or that nobody will read of.
 template <class Work>
 int OnTables(const std::string& connection, const Names& named, Work&& work) {
     return OnDatabase(connection, [&](CTDatabase& database) {
@@ -59,7 +60,7 @@ int OnTables(const std::string& connection, const Names& named, Work&& work) {
             tables = NamesOf(all);
         }
         int code = kSuccess;
-        for (std::size_t i = 0; i < tables.size() && code == kSuccess; ++i) {
+        for (std::size_t i = 0; i < tables.size() && code == kSuccess && !IsOutputLost(); ++i) {
             const char* const table = tables[i].c_str();
             code = database.IsTableExist(table) != 0 ? work(database, table)
                                                      : Refuse(("no such table or view: " + tables[i]).c_str());
@@ -175,12 +176,11 @@ int CountRows(const std::string& connection, const std::vector<std::string>& tab
 int PrintConverted(const std::string& file, Dialect from, Dialect to) {
     std::string script;
     if (!ReadAll(file, script)) {
-        fmt::print(stderr, "tkdb: cannot read {}\n", file);
+        Complain("cannot read {}", file);
         return kWrongUsage;
     }
     const CString converted = ConvertScript(TerminalToGbk(script).c_str(), from, to);
-    const std::string text = GbkToTerminal(static_cast<const char*>(converted));
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    PrintText(GbkToTerminal(static_cast<const char*>(converted)));
     return kSuccess;
 }
 

@@ -1,4 +1,3 @@
-#include <fmt/format.h>
 #include <tkkernel/util.h>
 
 #include <charconv>
@@ -6,6 +5,8 @@
 #include <optional>
 
 #include "tools/tkdb/commands.h"
+#include "tools/tkdb/print.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -53,16 +54,16 @@ int PrintTexts(TextWork work, const std::vector<std::string>& texts, int mode, c
     int code = kSuccess;
     const auto print = [&](const std::string& text) {
         if (const auto converted = Converted(work, text, mode, gbkFormat)) {
-            fmt::print("{}\n", GbkToTerminal(static_cast<const char*>(*converted)));
+            Print("{}\n", GbkToTerminal(static_cast<const char*>(*converted)));
         } else {
-            fmt::print(stderr, "tkdb: cannot read {}\n", text);
+            Complain("cannot read {}", text);
             code = kWrongUsage;
         }
     };
     for (const auto& text : texts)
         print(text);
     if (texts.empty()) {
-        for (std::string line; std::getline(std::cin, line);)
+        for (std::string line; !IsOutputLost() && std::getline(std::cin, line);)
             print(line);
     }
     return code;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "tools/tkdb/result_writer.h"
+#include "tools/tkdb/standard_streams.h"
 #include "tools/tkdb/terminal_text.h"
 
 namespace tk::tools {
@@ -16,7 +17,10 @@ public:
     void Write(const std::string& utf8) {
         charset_ == Charset::Utf8 ? WriteBytes(utf8) : WriteBytes(Utf8ToTerminal(utf8));
     }
-    void WriteBytes(std::string_view bytes) { std::fwrite(bytes.data(), 1, bytes.size(), file_); }
+    void WriteBytes(std::string_view bytes) {
+        if (file_ == stdout) return PrintText(bytes);
+        std::fwrite(bytes.data(), 1, bytes.size(), file_);
+    }
 
 private:
     std::FILE* file_;

@@ -17,6 +17,10 @@ constexpr std::size_t kLongestString = 32767;
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
 constexpr long long kTrustedIdleMicroseconds = 1'000'000;
 
+// What other processes may have changed is looked at that often while queries follow each other: a look costs as much
+// as one of them.
+constexpr std::int64_t kTrustedDefinitions = 8 * kMillisecond;
+
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
 }
@@ -154,7 +158,7 @@ void PhysicalConnection::FollowDefinitions() noexcept try {
     if (profile_->definitionsQuery == nullptr || !file_.IsKnown()) return;
     const std::uint64_t noted = definitions.load(std::memory_order_acquire);
     const std::int64_t now = CoarseNow();
-    if (noted == definitionsSeen_ && now == definitionsTime_) return;
+    if (noted == definitionsSeen_ && now - definitionsTime_ < kTrustedDefinitions) return;
     SQLINTEGER version = 0;
     const OdbcStatement statement(Get());
     if (!GivesRow(statement, profile_->definitionsQuery) ||

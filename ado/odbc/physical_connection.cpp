@@ -150,32 +150,51 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
     handles_.Keep(std::move(handle));
 }
 
+void PhysicalConnection::ForgetResults() noexcept {
+    results_.Forget();
+    hasDefined_ = hasDefined_ || !isAutoCommit_;
+    if (profile_->definitionsQuery == nullptr) return;
+    definitionsVersion_ = kNotLookedAt;
+    const std::lock_guard lock(preparedMutex_);
+    prepared_.clear();  // their columns are those of before
+}
+
 void PhysicalConnection::NoteDefined() noexcept {
     definitions.fetch_add(1, std::memory_order_release);
 }
 
+bool PhysicalConnection::HasBeenOutdated() const noexcept {
+    return file_.IsKnown() && (definitions.load(std::memory_order_acquire) != definitionsSeen_ ||
+                               CoarseNow() - definitionsTime_ >= kTrustedDefinitions);
+}
+
 void PhysicalConnection::FollowDefinitions() noexcept try {
-    if (profile_->definitionsQuery == nullptr || !file_.IsKnown()) return;
     const std::uint64_t noted = definitions.load(std::memory_order_acquire);
-    const std::int64_t now = CoarseNow();
-    if (noted == definitionsSeen_ && now - definitionsTime_ < kTrustedDefinitions) return;
     SQLINTEGER version = 0;
-    const OdbcStatement statement(Get());
-    if (!GivesRow(statement, profile_->definitionsQuery) ||
-        !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_LONG, &version, sizeof version, nullptr))) {
-        return;  // locked, for one: looked at again before the next attempt
+    {
+        const OdbcStatement statement(Get());
+        if (!GivesRow(statement, profile_->definitionsQuery) ||
+            !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_LONG, &version, sizeof version, nullptr))) {
+            return;  // locked, for one: looked at again before the next statement
+        }
     }
     if (version != definitionsVersion_) {
+        // Only a statement that has been stepped into makes the driver read them again.
         const OdbcStatement refreshing(Get());
-        GivesRow(refreshing, profile_->refreshingQuery);
+        std::string text = profile_->refreshingQuery;
+        if (!SQL_SUCCEEDED(Odbc().ExecDirect(refreshing.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS))) {
+            return;
+        }
+        const SQLRETURN fetched = Odbc().Fetch(refreshing.Get());
+        if (!SQL_SUCCEEDED(fetched) && fetched != SQL_NO_DATA) return;
         const std::lock_guard lock(preparedMutex_);
-        prepared_.clear();  // their columns are those of before
+        prepared_.clear();
     }
     definitionsSeen_ = noted;
-    definitionsTime_ = now;
+    definitionsTime_ = CoarseNow();
     definitionsVersion_ = version;
 } catch (...) {
-    // No memory or no handle: the statement itself says so.
+    // As above; no memory or no handle is said by the statement itself.
 }
 
 std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
@@ -222,7 +241,7 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
-    if (hasDefined_) results_.Forget();
+    if (hasDefined_) ForgetResults();
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (hasDefined_) NoteDefined();

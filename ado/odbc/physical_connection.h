@@ -70,17 +70,20 @@ public:
     KnownResults& Results() noexcept { return results_; }
 
     /// Before a statement that may define what names mean. The end of a transaction may undo that.
-    void ForgetResults() noexcept {
-        results_.Forget();
-        hasDefined_ = hasDefined_ || !isAutoCommit_;
-    }
+    void ForgetResults() noexcept;
 
     /// Behind it, also when it has failed: other connections of this process look at their tables again.
     static void NoteDefined() noexcept;
 
-    /// Before a statement that reads, where the driver describes tables as they were when the connection last used them
-    /// (DriverProfile::definitionsQuery): makes it see what other connections have changed. What sessions of this
-    /// process have changed is seen at once, what other processes have some milliseconds later.
+    /// Before a statement that reads: true where the driver describes tables as they were when the connection last used
+    /// them (DriverProfile::definitionsQuery), and they may have been changed by another connection since. What
+    /// sessions of this process have done is known at once, what other processes have some milliseconds later. Not in a
+    /// transaction: looking would take locks in it.
+    bool MayBeOutdated() const noexcept {
+        return profile_->definitionsQuery != nullptr && isAutoCommit_ && !isChanged_ && HasBeenOutdated();
+    }
+
+    /// Makes it see what others have changed. Waits for a lock as long as the driver does.
     void FollowDefinitions() noexcept;
 
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
@@ -125,6 +128,7 @@ public:
     }
 
 private:
+    bool HasBeenOutdated() const noexcept;
     void SendTimeLimit(LONG seconds);
     void RunSimple(const std::string& sql);
 
@@ -137,11 +141,12 @@ private:
     LONG timeLimit_ = 0;
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
-    bool hasDefined_ = false;              // in the transaction
-    std::uint64_t definitionsSeen_ = 0;    // what NoteDefined had counted when they were looked at
-    std::int64_t definitionsTime_ = 0;     // when that was, by CoarseNow
-    SQLINTEGER definitionsVersion_ = 0;    // what was found
-    std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
+    bool hasDefined_ = false;            // in the transaction
+    std::uint64_t definitionsSeen_ = 0;  // what NoteDefined had counted when they were looked at
+    std::int64_t definitionsTime_ = 0;   // when that was, by CoarseNow
+    static constexpr SQLINTEGER kNotLookedAt = -1;
+    SQLINTEGER definitionsVersion_ = kNotLookedAt;  // what was found; a number that was undone is used again
+    std::atomic<bool> isChanged_ = false;           // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
     KnownResults results_;
     static constexpr std::size_t kKeptHandles = 4;

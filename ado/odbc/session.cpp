@@ -136,6 +136,13 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
+    /// No statement is running yet that a cancellation could end.
+    void FollowDefinitions(PhysicalConnection& on) {
+        const RunningCall::Wait waiting(running);
+        on.FollowDefinitions();
+        if (running.IsWaitCancelled()) throw MakeCancelledError();
+    }
+
     /// What a call gave. Parameters stay bound until its diagnostics have been read: taking them off replaces those.
     struct CallResult {
         SQLRETURN result;
@@ -151,10 +158,10 @@ struct Session::Impl {
         statement->lease = on;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
+        if (isReading && (*on)->MayBeOutdated()) FollowDefinitions(**on);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
-            if (isReading) (*on)->FollowDefinitions();
             if (options.prepared) statement->handle = (*on)->TakePrepared(sql);
             hasPlan = statement->handle != nullptr;
             if (!hasPlan) statement->handle = (*on)->TakeHandle();
@@ -179,7 +186,6 @@ struct Session::Impl {
             while (called.result == SQL_ERROR && on == lease && wait.GoesOn(handle)) {
                 called.binding.reset();
                 handle.Close();
-                if (isReading) (*on)->FollowDefinitions();
                 called = call(handle);
             }
             if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) statement->Fail(called.result);

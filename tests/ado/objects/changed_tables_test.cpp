@@ -3,6 +3,9 @@
 
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
+
 #include "ado/odbc/physical_connection.h"
 #include "database_test.h"
 
@@ -121,12 +124,36 @@ TEST_F(ChangedTablesTest, AreSeenAfterTheTextThatEndsATransaction) {
     EXPECT_EQ(Look(other_), kAfter);
 }
 
-TEST_F(ChangedTablesTest, AreSeenInATransactionBegunBefore) {
-    EXPECT_EQ(Look(other_), kBefore);
+// Looking for changes would take a lock of its own.
+TEST_F(ChangedTablesTest, AreNotLookedForInATransaction) {
+    usleep(20000);
     ASSERT_TRUE(other_.Call(connection::kBeginTrans).Ok());
-    Change(connection_);
-    EXPECT_EQ(Look(other_), kAfter);
+    EXPECT_EQ(Ask(other_, u"select 1 as x"), "1");
+    Execute(connection_, u"insert into goods values (2, 3.5)");
+    const Outcome written = other_.Call(connection::kExecute, {Text(u"insert into goods values (3, 4.5)")});
+    EXPECT_TRUE(written.Ok()) << written;
     ASSERT_TRUE(other_.Call(connection::kCommitTrans).Ok());
+    EXPECT_EQ(Ask(connection_, u"select count(*) from goods"), "3");
+}
+
+TEST_F(ChangedTablesTest, CanBeWaitedForNoLongerThanUntilACancellation) {
+    EXPECT_EQ(Look(other_), kBefore);
+    Outsider outsider(ConnectionText());
+    outsider.Do("begin exclusive");
+    std::atomic<bool> isDone = false;
+    std::thread cancelling([&] {
+        while (!isDone) {
+            usleep(20000);
+            other_.Call(connection::kCancel);
+        }
+    });
+    other_.Put(connection::kCommandTimeout, Number(60));
+    const Outcome cancelled = other_.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
+    isDone = true;
+    cancelling.join();
+    EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
+    outsider.Do("commit");
+    EXPECT_EQ(Look(other_), kBefore);
 }
 
 TEST_F(ChangedTablesTest, AreSeenByAPreparedCommand) {
@@ -142,6 +169,25 @@ TEST_F(ChangedTablesTest, AreSeenByAPreparedCommand) {
     // By the session itself as well.
     Execute(other_, u"alter table goods add column stock integer default 7");
     EXPECT_EQ(Show(made.Call(command::kExecute).Result()), std::string(kAfter) + ",stock=7");
+}
+
+TEST_F(ChangedTablesTest, AreSeenByAPreparedCommandOfWhatWasUndone) {
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, other_.AsValue());
+    made.Put(command::kCommandText, Text(u"select * from goods"));
+    made.Put(command::kPrepared, Value::Boolean(true));
+    for (const bool isText : {false, true}) {
+        SCOPED_TRACE(isText);
+        isText ? Execute(other_, u"begin") : static_cast<void>(other_.Call(connection::kBeginTrans));
+        Execute(other_, u"alter table goods add column undone integer default 7");
+        EXPECT_TRUE(Show(made.Call(command::kExecute).Result()).ends_with(",undone=7"));
+        isText ? Execute(other_, u"rollback") : static_cast<void>(other_.Call(connection::kRollbackTrans));
+        // Counted as the change that was undone.
+        Execute(connection_, isText ? u"alter table goods add column n integer default 8"
+                                    : u"alter table goods add column m integer default 8");
+        const std::string now = Show(made.Call(command::kExecute).Result());
+        EXPECT_TRUE(now.ends_with(isText ? ",m=8,n=8" : ",m=8")) << now;
+    }
 }
 
 TEST_F(ChangedTablesTest, AreSeenInLargeResults) {

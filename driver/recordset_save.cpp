@@ -1,7 +1,6 @@
 // Recordsets as files, and the records that a criterion names deleted.
 #include <afxwin.h>
 
-#include "afx/kept_last_error.h"
 #include "driver/guard.h"
 #include "driver/messages.h"
 #include "tkkernel/platform.h"
@@ -23,9 +22,9 @@ bool MayOverwrite(const char* path, int ask) {
 
 /// Makes way for the new file. @return whether it may be written
 bool MakeWay(const char* path, int ask) {
-    const tk::afx::KeptLastError kept;  // mostly there is no old one
+    const DWORD before = GetLastError();
     if (!MayOverwrite(path, ask)) return false;
-    DeleteFileA(path);
+    if (DeleteFileA(path) || GetLastError() == ERROR_FILE_NOT_FOUND) SetLastError(before);  // mostly there is none
     return true;
 }
 

@@ -251,6 +251,7 @@ void Recordset::PutFilter(Call& call) {
 }
 
 void Recordset::GetSort(Call& call) {
+    if (open_ && !IsOpen()) LetGo();  // closed by its connection
     call.ReturnText(sort_);
 }
 
@@ -260,6 +261,8 @@ void Recordset::PutSort(Call& call) {
         auto keys = ParseSort(sort, open_->store->Columns());
         SaveEdit();
         Cursor().SetSort(std::move(keys));
+    } else if (open_) {
+        LetGo();  // closed by its connection
     }
     sort_ = std::move(sort);
 }

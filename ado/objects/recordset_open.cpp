@@ -262,7 +262,10 @@ void Recordset::SettleInView(std::shared_ptr<OpenRows> rows, LONG lock) {
         if (!sort.empty()) cursor_->SetSort(std::move(sort));
         if (visible) cursor_->SetFilter(std::move(visible));
     } catch (...) {
-        LetGo();  // the rows could not be fetched to their end
+        // The rows could not be fetched to their end. The sort is still the one for the next attempt.
+        std::u16string wanted = sort_;
+        LetGo();
+        sort_ = std::move(wanted);
         throw;
     }
 }

@@ -146,6 +146,9 @@ TEST_P(DeniedThreadsTest, RowsFetchedAsynchronouslyAreReadBeforeTheRecordsetIsOp
 }
 
 TEST_P(DeniedThreadsTest, ReadingThemIsEndedByCancel) {
+#ifdef __SANITIZE_THREAD__
+    if (GetParam() != SystemKind::Sqlite) GTEST_SKIP() << "SQLCancel races with the call inside of these drivers";
+#endif
     constexpr LONG kAll = kManyRows * kManyRows;
     const Object rows = Object::Create(kRecordsetClass);
     rows.Put(recordset::kCursorLocation, Number(3));

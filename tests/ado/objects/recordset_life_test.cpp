@@ -149,10 +149,18 @@ TEST_F(RecordsetLifeTest, ASortEndsWithTheRowsWhoseColumnsItNames) {
     EXPECT_TRUE(rows.Put(kSort, Text(u"b desc")).Ok());
     connection_.Call(connection::kClose);
     EXPECT_EQ(rows.Get(kState).Long(), 0);
+    EXPECT_EQ(rows.Get(kSort).Utf8(), "");
     connection_ = Connect();
     const Outcome again = source(rows, u"select a from number order by a");
     ASSERT_TRUE(again.Ok()) << again;
     EXPECT_EQ(ValueOf(rows, u"a"), "0");
+    // One that is set in between is for the next rows.
+    connection_.Call(connection::kClose);
+    EXPECT_TRUE(rows.Put(kSort, Text(u"a desc")).Ok());
+    connection_ = Connect();
+    const Outcome sorted = source(rows, u"select a from number order by a");
+    ASSERT_TRUE(sorted.Ok()) << sorted;
+    EXPECT_EQ(ValueOf(rows, u"a"), "4");
 }
 
 TEST_F(RecordsetLifeTest, ASortByAnUnknownFieldLeavesTheRecordsetClosed) {

@@ -216,6 +216,8 @@ private:
     Held TakeClosing() noexcept;
     static void Drop(Held held);
     void LetGo();
+    /// Those of a recordset that its connection has closed.
+    void LeaveClosedRows();
     std::shared_ptr<RowSet> RunStatement(const Ref<Connection>& connection, const std::shared_ptr<Session>& session,
                                          const Execution& execution, LONG& affected);
     void OpenExecution(const Ref<Connection>& connection, Execution execution);

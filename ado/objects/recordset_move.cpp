@@ -251,18 +251,17 @@ void Recordset::PutFilter(Call& call) {
 }
 
 void Recordset::GetSort(Call& call) {
-    if (open_ && !IsOpen()) LetGo();  // closed by its connection
+    LeaveClosedRows();
     call.ReturnText(sort_);
 }
 
 void Recordset::PutSort(Call& call) {
     std::u16string sort = call.Text(0);
+    LeaveClosedRows();
     if (IsOpen()) {
         auto keys = ParseSort(sort, open_->store->Columns());
         SaveEdit();
         Cursor().SetSort(std::move(keys));
-    } else if (open_) {
-        LetGo();  // closed by its connection
     }
     sort_ = std::move(sort);
 }

@@ -60,8 +60,12 @@ std::shared_ptr<ErrorList> Recordset::Errors() const {
     return connection_ ? connection_->ErrorRecords() : nullptr;
 }
 
+void Recordset::LeaveClosedRows() {
+    if (open_ && !IsOpen()) LetGo();
+}
+
 OpenRows& Recordset::Rows() {
-    if (open_ && open_->closed.load(std::memory_order_acquire)) LetGo();
+    LeaveClosedRows();
     if (!open_) throw AdoError(ErrorNumber::ObjectClosed);
     return *open_;
 }

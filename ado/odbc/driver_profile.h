@@ -120,10 +120,11 @@ struct DriverProfile {
     std::span<const std::size_t> keyQueryColumns = {};  // numbered as SQLPrimaryKeys does
     bool hasManyActiveStatements = false;               // several open results on one connection
     bool searchesColumns = false;                       // all of a table's, several times, to describe one of a result
-    const char* definitionsQuery = nullptr;  // for PhysicalConnection::FollowDefinitions: a number of them all
-    const char* refreshingQuery = nullptr;   // ... makes the connection see them
-    bool describesBase = false;              // base table names of result columns can be trusted
-    bool readsBaseFromText = false;          // ... they are not told at all: the text of a plain SELECT has them
+    const char* definitionsQuery =
+        nullptr;  // for PhysicalConnection::FollowDefinitions: a number that changes with the tables
+    const char* refreshingQuery = nullptr;  // ... stepped into, it makes the connection see them
+    bool describesBase = false;             // base table names of result columns can be trusted
+    bool readsBaseFromText = false;         // ... they are not told at all: the text of a plain SELECT has them
     const char* viewQuery = nullptr;  // where base names are those behind a view: the text of a view (a parameter)
     bool baseColumnIsAlias = false;   // the base column name is the result's alias: check against the table
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong

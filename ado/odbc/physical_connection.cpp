@@ -35,10 +35,14 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
 // How often sessions of this process may have changed tables.
 constinit std::atomic<std::uint64_t> definitions = 0;
 
-/// Runs a query and goes to its first row.
-bool GivesRow(const OdbcStatement& statement, std::string query) {
-    return SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) &&
-           SQL_SUCCEEDED(Odbc().Fetch(statement.Get()));
+/// Runs a query and goes to its first row. @return SQL_NO_DATA when it has none
+SQLRETURN FetchFirst(const OdbcStatement& statement, std::string query) {
+    const SQLRETURN result = Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS);
+    return SQL_SUCCEEDED(result) ? Odbc().Fetch(statement.Get()) : result;
+}
+
+bool GivesRow(const OdbcStatement& statement, const char* query) {
+    return SQL_SUCCEEDED(FetchFirst(statement, query));
 }
 
 }  // namespace
@@ -181,12 +185,8 @@ void PhysicalConnection::FollowDefinitions() noexcept try {
     if (version != definitionsVersion_) {
         // Only a statement that has been stepped into makes the driver read them again.
         const OdbcStatement refreshing(Get());
-        std::string text = profile_->refreshingQuery;
-        if (!SQL_SUCCEEDED(Odbc().ExecDirect(refreshing.Get(), reinterpret_cast<SQLCHAR*>(text.data()), SQL_NTS))) {
-            return;
-        }
-        const SQLRETURN fetched = Odbc().Fetch(refreshing.Get());
-        if (!SQL_SUCCEEDED(fetched) && fetched != SQL_NO_DATA) return;
+        const SQLRETURN result = FetchFirst(refreshing, profile_->refreshingQuery);
+        if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) return;
         const std::lock_guard lock(preparedMutex_);
         prepared_.clear();
     }

@@ -140,16 +140,16 @@ TEST_F(ChangedTablesTest, CanBeWaitedForNoLongerThanUntilACancellation) {
     EXPECT_EQ(Look(other_), kBefore);
     Outsider outsider(ConnectionText());
     outsider.Do("begin exclusive");
-    std::atomic<bool> isDone = false;
+    other_.Put(connection::kCommandTimeout, Number(10));
+    std::atomic<bool> isAsked = false;
     std::thread cancelling([&] {
-        while (!isDone) {
-            usleep(20000);
-            other_.Call(connection::kCancel);
-        }
+        while (!isAsked)
+            usleep(1000);
+        usleep(50000);  // once, while the look waits for the lock
+        other_.Call(connection::kCancel);
     });
-    other_.Put(connection::kCommandTimeout, Number(60));
+    isAsked = true;
     const Outcome cancelled = other_.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
-    isDone = true;
     cancelling.join();
     EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
     outsider.Do("commit");

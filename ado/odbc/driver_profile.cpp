@@ -13,6 +13,18 @@ constexpr DefaultKeyword kSqliteDefaults[] = {
     // With it every count and every key would become a decimal.
 };
 
+constexpr int kSqliteUnfit[] = {1, -1};  // the database's own error, and the driver's: "broken result set"
+constexpr DefinitionQueries kSqliteDefinitions = {
+    .databases = "pragma database_list",
+    .mainDatabase = "main",
+    .ownDatabase = "temp",
+    .version = {.front = "pragma ", .back = ".schema_version"},
+    .tables = {.front = "select 1 from ", .back = ".sqlite_master"},
+    .hold = "begin",  // without auto-commit the driver holds all rows
+    .release = "commit",
+    .unfit = kSqliteUnfit,
+};
+
 constexpr const char* kPostgresWords[] = {"psqlodbc", "postgres"};
 constexpr std::string_view kPostgresSystemColumns[] = {"xmin", "xmax", "cmin", "cmax", "ctid", "tableoid"};
 // A table that no path leads to is looked for in all schemas.
@@ -111,8 +123,7 @@ constexpr DriverProfile kProfiles[] = {
         .lockedNative = 5,
         .keySource = KeySource::Pragma,
         .hasManyActiveStatements = true,
-        .definitionsQuery = "pragma schema_version",
-        .refreshingQuery = "select 1 from sqlite_master limit 1",
+        .definitions = &kSqliteDefinitions,
         .describesBase = true,
         .viewQuery = "select sql from sqlite_master where type = 'view' and name = ? collate nocase",
         .baseColumnIsAlias = true,

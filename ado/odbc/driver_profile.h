@@ -67,6 +67,23 @@ enum class RowLimit {
     BehindText,  // the driver puts it behind the text, as a LIMIT
 };
 
+/// What is asked of a driver that describes tables as they were when the connection last used them (KnownDefinitions).
+struct DefinitionQueries {
+    /// Around the quoted name of a database.
+    struct Around {
+        const char* front;
+        const char* back;
+    };
+    const char* databases;  // that the connection can name; the names in the second column
+    std::string_view mainDatabase;
+    std::string_view ownDatabase;  // that no other connection sees
+    Around version;                // a number that changes with the tables
+    Around tables;                 // a SELECT for UNION: stepped into, it makes the connection see them
+    const char* hold;              // begins a transaction in which rows are still stepped through, and ends it
+    const char* release;
+    std::span<const int> unfit;  // native codes that a text can fail with because the tables are others by now
+};
+
 /// The statements around a cursor.
 struct CursorFrame {
     const char* begin;  // a statement of its own, so that `undo` has something to go back to; null: none
@@ -120,11 +137,9 @@ struct DriverProfile {
     std::span<const std::size_t> keyQueryColumns = {};  // numbered as SQLPrimaryKeys does
     bool hasManyActiveStatements = false;               // several open results on one connection
     bool searchesColumns = false;                       // all of a table's, several times, to describe one of a result
-    const char* definitionsQuery =
-        nullptr;  // for PhysicalConnection::FollowDefinitions: a number that changes with the tables
-    const char* refreshingQuery = nullptr;  // ... stepped into, it makes the connection see them
-    bool describesBase = false;             // base table names of result columns can be trusted
-    bool readsBaseFromText = false;         // ... they are not told at all: the text of a plain SELECT has them
+    const DefinitionQueries* definitions = nullptr;     // null: the driver shows tables as they are
+    bool describesBase = false;                         // base table names of result columns can be trusted
+    bool readsBaseFromText = false;   // ... they are not told at all: the text of a plain SELECT has them
     const char* viewQuery = nullptr;  // where base names are those behind a view: the text of a view (a parameter)
     bool baseColumnIsAlias = false;   // the base column name is the result's alias: check against the table
     std::span<const std::string_view> systemColumns = {};  // of every table, whose base names are told wrong

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "ado/messages.h"
-#include "ado/odbc/coarse_clock.h"
 #include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/environment.h"
+#include "ado/odbc/first_row.h"
 #include "ado/odbc/server_call.h"
 
 namespace tk::ado {
@@ -17,10 +17,6 @@ constexpr std::size_t kLongestString = 32767;
 // A connection that was idle for less than this is handed out unasked: asking costs as much as a small query.
 constexpr long long kTrustedIdleMicroseconds = 1'000'000;
 
-// What other processes may have changed is looked at that often while queries follow each other: a look costs as much
-// as one of them.
-constexpr std::int64_t kTrustedDefinitions = 8 * kMillisecond;
-
 SQLPOINTER Number(SQLULEN value) {
     return reinterpret_cast<SQLPOINTER>(value);
 }
@@ -30,15 +26,6 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
     SQLSMALLINT length = 0;
     if (!SQL_SUCCEEDED(Odbc().GetInfo(dbc, item, buffer, sizeof buffer - 1, &length))) return {};
     return std::string(buffer);
-}
-
-// How often sessions of this process may have changed tables.
-constinit std::atomic<std::uint64_t> definitions = 0;
-
-/// Runs a query and goes to its first row. @return SQL_NO_DATA when it has none
-SQLRETURN FetchFirst(const OdbcStatement& statement, std::string query) {
-    const SQLRETURN result = Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS);
-    return SQL_SUCCEEDED(result) ? Odbc().Fetch(statement.Get()) : result;
 }
 
 bool GivesRow(const OdbcStatement& statement, const char* query) {
@@ -154,47 +141,30 @@ void PhysicalConnection::ReturnHandle(std::unique_ptr<StatementHandle> handle) n
     handles_.Keep(std::move(handle));
 }
 
-void PhysicalConnection::ForgetResults() noexcept {
+void PhysicalConnection::ForgetDescriptions() noexcept {
     results_.Forget();
     hasDefined_ = hasDefined_ || !isAutoCommit_;
-    if (profile_->definitionsQuery == nullptr) return;
-    definitionsVersion_ = kNotLookedAt;
+    if (profile_->definitions == nullptr) return;
+    definitions_.Forget();
+    DropPrepared();
+}
+
+void PhysicalConnection::DropPrepared() noexcept {
     const std::lock_guard lock(preparedMutex_);
     prepared_.clear();  // their columns are those of before
 }
 
-void PhysicalConnection::NoteDefined() noexcept {
-    definitions.fetch_add(1, std::memory_order_release);
+bool PhysicalConnection::FollowDefinitions() {
+    const bool isChanged = definitions_.Follow(Get(), *profile_->definitions, isChanged_);
+    if (isChanged) DropPrepared();
+    return isChanged;
 }
 
-bool PhysicalConnection::HasBeenOutdated() const noexcept {
-    return file_.IsKnown() && (definitions.load(std::memory_order_acquire) != definitionsSeen_ ||
-                               CoarseNow() - definitionsTime_ >= kTrustedDefinitions);
-}
-
-void PhysicalConnection::FollowDefinitions() noexcept try {
-    const std::uint64_t noted = definitions.load(std::memory_order_acquire);
-    SQLINTEGER version = 0;
-    {
-        const OdbcStatement statement(Get());
-        if (!GivesRow(statement, profile_->definitionsQuery) ||
-            !SQL_SUCCEEDED(Odbc().GetData(statement.Get(), 1, SQL_C_LONG, &version, sizeof version, nullptr))) {
-            return;  // locked, for one: looked at again before the next statement
-        }
-    }
-    if (version != definitionsVersion_) {
-        // Only a statement that has been stepped into makes the driver read them again.
-        const OdbcStatement refreshing(Get());
-        const SQLRETURN result = FetchFirst(refreshing, profile_->refreshingQuery);
-        if (!SQL_SUCCEEDED(result) && result != SQL_NO_DATA) return;
-        const std::lock_guard lock(preparedMutex_);
-        prepared_.clear();
-    }
-    definitionsSeen_ = noted;
-    definitionsTime_ = CoarseNow();
-    definitionsVersion_ = version;
-} catch (...) {
-    // As above; no memory or no handle is said by the statement itself.
+void PhysicalConnection::HoldDefinitions() {
+    if (profile_->definitions == nullptr) return;
+    RunSimple(profile_->definitions->hold);
+    isHolding_ = true;
+    KnownDefinitions::Refresh(Get(), *profile_->definitions);
 }
 
 std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
@@ -241,10 +211,9 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
-    if (hasDefined_) ForgetResults();
+    const Defining defining(*this, hasDefined_);
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
-    if (hasDefined_) NoteDefined();
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
     hasDefined_ = false;
 }
@@ -299,6 +268,8 @@ void PhysicalConnection::SendTimeLimit(LONG seconds) {
 bool PhysicalConnection::Reset() noexcept try {
     if (isBroken_ || isChanged_) return false;
     if (profile_->isFileDatabase && !file_.IsKnown()) return false;  // in memory: it belongs to one session alone
+    if (isHolding_) RunSimple(profile_->definitions->release);
+    isHolding_ = false;
     if (!isAutoCommit_) {
         EndTransaction(SQL_ROLLBACK);
         SetAutoCommit(true);

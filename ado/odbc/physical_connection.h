@@ -13,6 +13,7 @@
 
 #include "ado/odbc/driver_profile.h"
 #include "ado/odbc/file_identity.h"
+#include "ado/odbc/known_definitions.h"
 #include "ado/odbc/odbc_handle.h"
 #include "ado/odbc/spare_objects.h"
 #include "ado/odbc/statement_handle.h"
@@ -69,22 +70,38 @@ public:
     /// The results that its driver has described, where that is worth remembering (DriverProfile::searchesColumns).
     KnownResults& Results() noexcept { return results_; }
 
-    /// Before a statement that may define what names mean. The end of a transaction may undo that.
-    void ForgetResults() noexcept;
+    /// Around a statement that may define what names mean, and around the end of a transaction with such ones: the
+    /// connection itself forgets what it knows, the others look again if they have read beside it or read behind it.
+    class Defining {
+    public:
+        Defining(PhysicalConnection& connection, bool mayDefine) noexcept : mayDefine_(mayDefine) {
+            if (!mayDefine_) return;
+            connection.ForgetDescriptions();
+            KnownDefinitions::NoteDefined();
+        }
+        ~Defining() {
+            if (mayDefine_) KnownDefinitions::NoteDefined();
+        }
+        Defining(const Defining&) = delete;
+        Defining& operator=(const Defining&) = delete;
 
-    /// Behind it, also when it has failed: other connections of this process look at their tables again.
-    static void NoteDefined() noexcept;
+    private:
+        const bool mayDefine_;
+    };
 
-    /// Before a statement that reads: true where the driver describes tables as they were when the connection last used
-    /// them (DriverProfile::definitionsQuery), and they may have been changed by another connection since. What
-    /// sessions of this process have done is known at once, what other processes have some milliseconds later. Not in a
-    /// transaction: looking would take locks in it.
-    bool MayBeOutdated() const noexcept {
-        return profile_->definitionsQuery != nullptr && isAutoCommit_ && !isChanged_ && HasBeenOutdated();
-    }
+    /// Where the driver describes tables as they were when the connection last used them (DriverProfile::definitions):
+    /// whether another connection may have changed them since.
+    bool MayBeOutdated() const noexcept { return profile_->definitions != nullptr && definitions_.MayBeOutdated(); }
+    bool KnowsDefinitions() const noexcept { return profile_->definitions == nullptr || definitions_.AreKnown(); }
 
-    /// Makes it see what others have changed. Waits for a lock as long as the driver does.
-    void FollowDefinitions() noexcept;
+    /// There: makes it see what others have changed (KnownDefinitions::Follow). Prepared handles are dropped then.
+    bool FollowDefinitions();
+
+    /// There: begins a transaction in which the tables stay as they are now. Reset ends it.
+    void HoldDefinitions();
+
+    /// True when a look at the tables leaves no lock behind, as far as is known.
+    bool IsOutsideTransaction() const noexcept { return isAutoCommit_ && !isChanged_; }
 
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
     std::unique_ptr<StatementHandle> TakePrepared(std::string_view text) noexcept;
@@ -128,7 +145,8 @@ public:
     }
 
 private:
-    bool HasBeenOutdated() const noexcept;
+    void ForgetDescriptions() noexcept;
+    void DropPrepared() noexcept;
     void SendTimeLimit(LONG seconds);
     void RunSimple(const std::string& sql);
 
@@ -141,12 +159,10 @@ private:
     LONG timeLimit_ = 0;
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
-    bool hasDefined_ = false;            // in the transaction
-    std::uint64_t definitionsSeen_ = 0;  // what NoteDefined had counted when they were looked at
-    std::int64_t definitionsTime_ = 0;   // when that was, by CoarseNow
-    static constexpr SQLINTEGER kNotLookedAt = -1;
-    SQLINTEGER definitionsVersion_ = kNotLookedAt;  // what was found; a number that was undone is used again
-    std::atomic<bool> isChanged_ = false;           // a fetch thread may set them
+    bool isHolding_ = false;
+    bool hasDefined_ = false;  // in the transaction
+    KnownDefinitions definitions_;
+    std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;
     KnownResults results_;
     static constexpr std::size_t kKeptHandles = 4;

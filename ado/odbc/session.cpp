@@ -136,10 +136,21 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
-    /// No statement is running yet that a cancellation could end.
-    void FollowDefinitions(PhysicalConnection& on) {
+    /// So that what is compared behind the next query is known. No statement is running yet that could be cancelled.
+    void LearnDefinitions(PhysicalConnection& on) {
         const RunningCall::Wait waiting(running);
-        on.FollowDefinitions();
+        try {
+            on.FollowDefinitions();
+        } catch (const AdoError&) {
+            // Locked, for one: what was not known is a change to the comparison.
+        }
+        if (running.IsWaitCancelled()) throw MakeCancelledError();
+    }
+
+    /// The side connection steps through its rows when they are fetched, long after it has described them.
+    void HoldDefinitions(PhysicalConnection& side) {
+        const RunningCall::Wait waiting(running);
+        side.HoldDefinitions();
         if (running.IsWaitCancelled()) throw MakeCancelledError();
     }
 
@@ -149,16 +160,84 @@ struct Session::Impl {
         std::unique_ptr<const ParameterBinding> binding;
     };
 
+    static bool HasFailed(const CallResult& called) noexcept {
+        return !SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA;
+    }
+
+    /// Makes a call again until it has neither met a lock nor tables that were others than the driver thought. The side
+    /// connection leaves all of that to the session's own.
+    template <class Call>
+    void GoOn(Statement::Impl& statement, CallResult& called, bool follows, Call&& call) {
+        StatementHandle& handle = *statement.handle;
+        const bool isOwn = statement.lease == lease;
+        LockWait wait(Physical());
+        for (;;) {
+            if (HasFailed(called)) {
+                if (!isOwn || called.result != SQL_ERROR || !(wait.GoesOn(handle) || HasFailedByDefinitions(handle))) {
+                    statement.Fail(called.result);
+                }
+            } else if (!follows || !HasShownFormer(statement, wait)) {
+                return;
+            }
+            called.binding.reset();
+            handle.Close();
+            called = call(handle);
+        }
+    }
+
+    /// Behind a failure that is none of a lock. A statement that does not fit its tables has done nothing.
+    bool HasFailedByDefinitions(StatementHandle& handle) {
+        PhysicalConnection& connection = Physical();
+        const DefinitionQueries* definitions = connection.Profile().definitions;
+        if (definitions == nullptr || !(hasPlan || connection.IsOutsideTransaction())) return false;
+        handle.HoldCancel();
+        const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle.Get());
+        const bool isUnfit = std::ranges::any_of(records, [&](const DiagnosticRecord& each) {
+            return std::ranges::find(definitions->unfit, each.native) != definitions->unfit.end();
+        });
+        if (!isUnfit || handle.IsEnded()) return false;
+        try {
+            if (!connection.FollowDefinitions()) return false;
+        } catch (const AdoError&) {
+            return false;  // the failure stands
+        }
+        hasPlan = false;
+        handle.AllowCancel();
+        return !handle.IsEnded();
+    }
+
+    /// Behind a query: whether its columns are those of before a change that others have made.
+    bool HasShownFormer(Statement::Impl& statement, LockWait& wait) {
+        PhysicalConnection& connection = Physical();
+        if (!connection.MayBeOutdated()) return false;
+        statement.handle->HoldCancel();  // the driver has nothing left to cancel but the result
+        std::optional<bool> isChanged;
+        while (!isChanged) {
+            try {
+                isChanged = connection.FollowDefinitions();
+            } catch (const AdoError& error) {
+                statement.ExpectNotEnded();
+                if (!wait.GoesOn(error)) throw;
+            }
+        }
+        statement.handle->AllowCancel();
+        statement.ExpectNotEnded();
+        if (*isChanged) hasPlan = false;
+        return *isChanged;
+    }
+
     /// Runs one call on a handle of the lease and makes the statement of it.
     template <class Call>
-    Statement Run(const std::shared_ptr<Lease>& on, const std::string& sql, bool isReading,
+    Statement Run(const std::shared_ptr<Lease>& on, const std::string& sql, const StatementKind& kind,
                   const ExecuteOptions& options, Call&& call) {
         // Its members say what they begin with: not zeroed as a whole before.
         auto statement = std::make_unique_for_overwrite<Statement::Impl>();
         statement->lease = on;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
-        if (isReading && (*on)->MayBeOutdated()) FollowDefinitions(**on);
+        const bool follows = kind.readsTables && on == lease;
+        if (follows && !(*on)->KnowsDefinitions()) [[unlikely]]
+            LearnDefinitions(**on);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
@@ -180,16 +259,8 @@ struct Session::Impl {
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
         CallResult called = call(handle);
         on->MarkUsed();
-        if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) [[unlikely]] {
-            // The session's own connection waits for locks; the side connection leaves that to it.
-            LockWait wait(**on);
-            while (called.result == SQL_ERROR && on == lease && wait.GoesOn(handle)) {
-                called.binding.reset();
-                handle.Close();
-                called = call(handle);
-            }
-            if (!SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA) statement->Fail(called.result);
-        }
+        if (HasFailed(called) || (follows && (*on)->MayBeOutdated())) [[unlikely]]
+            GoOn(*statement, called, follows, call);
         guard.Finish();
         const SQLRETURN result = called.result;
         if (result == SQL_SUCCESS_WITH_INFO) {
@@ -223,9 +294,10 @@ struct Session::Impl {
     /// A driver may have undone all of the transaction over a text that the server could not read, without a word: then
     /// it is treated as one whose connection was lost.
     template <class Call>
-    Statement RunInTransaction(const std::string& sql, bool isReading, const ExecuteOptions& options, Call&& call) {
+    Statement RunInTransaction(const std::string& sql, const StatementKind& kind, const ExecuteOptions& options,
+                               Call&& call) {
         try {
-            return Run(lease, sql, isReading, options, call);
+            return Run(lease, sql, kind, options, call);
         } catch (const AdoError&) {
             if (hasWritten && !Physical().IsBroken() && Physical().HasLostTransaction()) Physical().MarkBroken();
             throw;
@@ -235,22 +307,22 @@ struct Session::Impl {
     /// As Run on the session's own connection; a connection that was lost while it lay idle in the cache is replaced
     /// once, when the call only reads.
     template <class Call>
-    Statement RunOnOwn(const std::string& sql, bool isReading, const ExecuteOptions& options, Call&& call) {
+    Statement RunOnOwn(const std::string& sql, const StatementKind& kind, const ExecuteOptions& options, Call&& call) {
         ReplaceIfBroken();
-        if (isInTransaction) return RunInTransaction(sql, isReading, options, call);
-        if (!lease->IsFreshFromCache()) return Run(lease, sql, isReading, options, call);
-        if (!isReading) {
+        if (isInTransaction) return RunInTransaction(sql, kind, options, call);
+        if (!lease->IsFreshFromCache()) return Run(lease, sql, kind, options, call);
+        if (!kind.isReading) {
             ReplaceIfLost();
-            return Run(lease, sql, isReading, options, call);
+            return Run(lease, sql, kind, options, call);
         }
         try {
-            return Run(lease, sql, isReading, options, call);
+            return Run(lease, sql, kind, options, call);
         } catch (const AdoError& error) {
             // Its time may be over because the server hangs: the connection was alive then.
             if (!Physical().IsBroken() || IsEnded(error)) throw;
         }
         Replace();
-        return Run(lease, sql, isReading, options, call);
+        return Run(lease, sql, kind, options, call);
     }
 
     /// The session's connection was lost while it lay idle: so may the others have been that lie there.
@@ -339,22 +411,6 @@ struct Session::Impl {
         return isBorne ? maxRows : 0;
     }
 
-    /// A statement that may change tables: its own connection forgets before it, the others learn behind it.
-    class Defining {
-    public:
-        Defining(PhysicalConnection& connection, bool mayDefine) noexcept : mayDefine_(mayDefine) {
-            if (mayDefine_) connection.ForgetResults();
-        }
-        ~Defining() {
-            if (mayDefine_) PhysicalConnection::NoteDefined();
-        }
-        Defining(const Defining&) = delete;
-        Defining& operator=(const Defining&) = delete;
-
-    private:
-        const bool mayDefine_;
-    };
-
     Statement ExecuteOne(const std::string& sql, std::span<const Parameter> parameters, const ExecuteOptions& options) {
         if (Physical().Profile().isReadOnly) RefuseChange(sql);
         const StatementKind kind = Inspect(sql);
@@ -364,7 +420,7 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        const Defining defining(Physical(), kind.mayDefine);
+        const PhysicalConnection::Defining defining(Physical(), kind.mayDefine);
         const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));
@@ -386,10 +442,10 @@ struct Session::Impl {
         const std::uint64_t name = canStream ? ResultName(*facts->key, sql) : 0;
         std::optional<Statement> statement;
         if (options.wantsRows && !options.prepared && IsLikelyLarge(name, kind)) {
-            if (CanUseSide(kind)) statement = TryOnSide(sql, options, call);
-            if (CanUseCursor()) statement = TryByCursor(sql, options, execute);
+            if (CanUseSide(kind)) statement = TryOnSide(sql, kind, options, call);
+            if (CanUseCursor()) statement = TryByCursor(sql, kind, options, execute);
         }
-        if (!statement) statement = RunOnOwn(sql, kind.isReading, options, call);
+        if (!statement) statement = RunOnOwn(sql, kind, options, call);
         statement->Internals().resultName = name;
         if (kind.isReading && GivesOneResult(kind)) {
             statement->Internals().mayHaveMore = false;
@@ -401,10 +457,12 @@ struct Session::Impl {
 
     /// On the side connection; nothing where that cannot tell the types of all columns, or does not open.
     template <class Call>
-    std::optional<Statement> TryOnSide(const std::string& sql, const ExecuteOptions& options, Call&& call) {
+    std::optional<Statement> TryOnSide(const std::string& sql, const StatementKind& kind, const ExecuteOptions& options,
+                                       Call&& call) {
         try {
             auto side = TakeSideLease(*facts, Physical().Profile().streamingKeywords);
-            Statement statement = Run(side, sql, true, options, call);
+            HoldDefinitions(**side);
+            Statement statement = Run(side, sql, kind, options, call);
             Statement::Impl& inside = statement.Internals();
             if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
             inside.isOnSideConnection = true;
@@ -422,11 +480,12 @@ struct Session::Impl {
 
     /// A part at a time; nothing where the server has no cursor for the text: run as it is, it works, or says why not.
     template <class Execute>
-    std::optional<Statement> TryByCursor(const std::string& sql, const ExecuteOptions& options, Execute&& execute) {
+    std::optional<Statement> TryByCursor(const std::string& sql, const StatementKind& kind,
+                                         const ExecuteOptions& options, Execute&& execute) {
         ReplaceIfBroken();
         auto cursor = std::make_unique<ServerCursor>(*Physical().Profile().cursor, isInTransaction);
         try {
-            Statement statement = RunOnOwn(sql, true, options, [&](StatementHandle& handle) {
+            Statement statement = RunOnOwn(sql, kind, options, [&](StatementHandle& handle) {
                 CallResult called{cursor->Begin(handle), nullptr};
                 if (SQL_SUCCEEDED(called.result)) called = execute(handle, cursor->OpenText(sql));
                 if (SQL_SUCCEEDED(called.result)) called.result = cursor->FetchFirst(handle);
@@ -538,7 +597,7 @@ Statement Session::Execute(const std::string& sql, std::span<const Parameter> pa
 
 Statement Session::Catalog(const CatalogCall& call, const ExecuteOptions& options) {
     impl_->FinishWork(false, options.timeoutSeconds);
-    return impl_->RunOnOwn({}, true, options, [&](StatementHandle& handle) {
+    return impl_->RunOnOwn({}, StatementKind{.isReading = true}, options, [&](StatementHandle& handle) {
         return Impl::CallResult{RunCatalogCall(handle.Get(), call), nullptr};
     });
 }

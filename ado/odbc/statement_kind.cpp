@@ -209,6 +209,7 @@ StatementKind Read(std::string_view sql) noexcept {
     bool limited = false;
     bool hasFrom = false;
     bool ended = false;
+    bool isSeveral = false;
     bool hasComment = false;
     bool isSelect = false;
     bool isExplain = false;
@@ -236,7 +237,7 @@ StatementKind Read(std::string_view sql) noexcept {
         at = word.End();
         // What follows in a statement that writes changes nothing about it, so its words are not looked up.
         const std::uint16_t flags = (first & kWrites) != 0 ? std::uint16_t{0} : word.Flags();
-        if (ended) kind.changesSession = true;  // a second statement: anything can be in it
+        if (ended) isSeveral = kind.changesSession = true;  // anything can be in the second one
         const bool isCall = sql.substr(at, 1) == "(";
         hasCall = hasCall || isCall;
         if (isFirst) {
@@ -258,6 +259,7 @@ StatementKind Read(std::string_view sql) noexcept {
     kind.mayDefine =
         kind.changesSession || (first & kDefines) != 0 || isExplain || (hasCall && !hasFrom && (first & kWrites) == 0);
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
+    kind.readsTables = (first & kReads) != 0 && hasFrom && !isSeveral;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;
     return kind;
@@ -284,9 +286,9 @@ public:
     }
 
 private:
-    static constexpr bool StatementKind::*kMembers[] = {&StatementKind::isReading, &StatementKind::isLikelyLarge,
-                                                        &StatementKind::takesLimit, &StatementKind::mayDefine,
-                                                        &StatementKind::changesSession};
+    static constexpr bool StatementKind::*kMembers[] = {&StatementKind::isReading,     &StatementKind::readsTables,
+                                                        &StatementKind::isLikelyLarge, &StatementKind::takesLimit,
+                                                        &StatementKind::mayDefine,     &StatementKind::changesSession};
     static constexpr std::size_t kBits = std::size(kMembers);
     static constexpr std::size_t kPlaces = 256;
     static std::size_t Place(std::uint64_t form) noexcept { return form >> kBits & (kPlaces - 1); }

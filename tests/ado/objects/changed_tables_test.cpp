@@ -4,9 +4,14 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <functional>
+#include <string>
 #include <thread>
+#include <utility>
 
+#include "ado/odbc/odbc_api.h"
 #include "ado/odbc/physical_connection.h"
+#include "ado/support/own_questions.h"
 #include "database_test.h"
 
 namespace tk::ado::test {
@@ -17,13 +22,68 @@ class Outsider {
 public:
     explicit Outsider(const std::u16string& text) : connection_({.odbcString = ToUtf8(text)}) {}
 
+    bool CanDo(const char* sql) { return connection_.RunText(sql); }
+
     void Do(const char* sql) {
-        EXPECT_TRUE(connection_.RunText(sql)) << sql;
+        EXPECT_TRUE(CanDo(sql)) << sql;
         usleep(20000);  // what happened some milliseconds ago is known to have happened
     }
 
 private:
     PhysicalConnection connection_;
+};
+
+/// Does something beside a call of the driver: once.
+class Meanwhile {
+public:
+    enum class When { BeforeText, BehindText, BeforePrepared, BeforeQuestion, BehindCommit };
+
+    Meanwhile(When when, std::function<void()> act, const char* text = "") : former_(SetOdbcForTest(Table())) {
+        when_ = when;
+        text_ = text;
+        act_ = std::move(act);
+    }
+    ~Meanwhile() {
+        EXPECT_FALSE(act_) << "it was not asked for";
+        act_ = nullptr;
+        SetOdbcForTest(former_);
+    }
+    Meanwhile(const Meanwhile&) = delete;
+    Meanwhile& operator=(const Meanwhile&) = delete;
+
+private:
+    static void Act(When when, bool isMeant = true) {
+        if (when == when_ && isMeant && act_) std::exchange(act_, nullptr)();
+    }
+    static const OdbcApi& Table() {
+        static const OdbcApi table = [] {
+            OdbcApi made;
+            made.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
+                const bool isMeant = reinterpret_cast<char*>(text) == text_;
+                Act(When::BeforeText, isMeant);
+                Act(When::BeforeQuestion, tk::test::IsOwnQuestion(text));
+                const SQLRETURN result = ::SQLExecDirect(statement, text, length);
+                Act(When::BehindText, isMeant);
+                return result;
+            };
+            made.Execute = [](SQLHSTMT statement) {
+                Act(When::BeforePrepared);
+                return ::SQLExecute(statement);
+            };
+            made.EndTran = [](SQLSMALLINT kind, SQLHANDLE handle, SQLSMALLINT completion) {
+                const SQLRETURN result = ::SQLEndTran(kind, handle, completion);
+                Act(When::BehindCommit);
+                return result;
+            };
+            return made;
+        }();
+        return table;
+    }
+
+    static inline When when_;
+    static inline std::string text_;
+    static inline std::function<void()> act_;
+    const OdbcApi& former_;
 };
 
 class ChangedTablesTest : public DatabaseTest {
@@ -124,8 +184,32 @@ TEST_F(ChangedTablesTest, AreSeenAfterTheTextThatEndsATransaction) {
     EXPECT_EQ(Look(other_), kAfter);
 }
 
-// Looking for changes would take a lock of its own.
-TEST_F(ChangedTablesTest, AreNotLookedForInATransaction) {
+TEST_F(ChangedTablesTest, AreSeenByTheFirstQueryOfATransaction) {
+    for (const bool isText : {false, true}) {
+        SCOPED_TRACE(isText);
+        const std::string before = Look(other_);
+        const auto begin = [&] {
+            isText ? Execute(other_, u"begin") : static_cast<void>(other_.Call(connection::kBeginTrans));
+        };
+        const auto end = [&] {
+            isText ? Execute(other_, u"commit") : static_cast<void>(other_.Call(connection::kCommitTrans));
+        };
+        begin();
+        Execute(connection_, isText ? u"alter table goods add column b integer default 8"
+                                    : u"alter table goods add column a integer default 7");
+        EXPECT_EQ(Look(other_), before + (isText ? ",b=8" : ",a=7"));
+        end();
+        begin();
+        Outsider outsider(ConnectionText());
+        outsider.Do(isText ? "alter table goods add column d integer default 8"
+                           : "alter table goods add column c integer default 7");
+        EXPECT_EQ(Look(other_), before + (isText ? ",b=8,d=8" : ",a=7,c=7"));
+        end();
+    }
+}
+
+// Looking for changes takes the locks of a reader, which a transaction keeps.
+TEST_F(ChangedTablesTest, AreNotLookedForInATransactionByATextWithoutTables) {
     usleep(20000);
     ASSERT_TRUE(other_.Call(connection::kBeginTrans).Ok());
     EXPECT_EQ(Ask(other_, u"select 1 as x"), "1");
@@ -134,6 +218,226 @@ TEST_F(ChangedTablesTest, AreNotLookedForInATransaction) {
     EXPECT_TRUE(written.Ok()) << written;
     ASSERT_TRUE(other_.Call(connection::kCommitTrans).Ok());
     EXPECT_EQ(Ask(connection_, u"select count(*) from goods"), "3");
+}
+
+TEST_F(ChangedTablesTest, AreSeenByAQueryThatHasWaitedForTheChange) {
+    for (const bool isOwn : {true, false}) {
+        SCOPED_TRACE(isOwn);
+        Outsider outsider(ConnectionText());
+        const auto change = [&](const char* sql) { isOwn ? Execute(connection_, ToUtf16(sql)) : outsider.Do(sql); };
+        const std::string before = Look(other_);
+        change("begin exclusive");
+        change(isOwn ? "alter table goods add column a integer default 7"
+                     : "alter table goods add column b integer default 8");
+        std::thread committing([&] {
+            usleep(300'000);
+            change("commit");
+        });
+        const std::string seen = Show(OpenRows(other_, u"select * from goods where 1 = 1", 1));
+        committing.join();
+        EXPECT_EQ(seen, before + (isOwn ? ",a=7" : ",b=8"));
+    }
+}
+
+TEST_F(ChangedTablesTest, AreSeenByAQueryBesideTheChange) {
+    const std::string before = Look(other_);
+    const auto change = [&] { Execute(connection_, u"alter table goods add column a integer default 7"); };
+    {
+        const Meanwhile meanwhile(Meanwhile::When::BeforeText, change, "select * from goods where 1 = 1");
+        EXPECT_EQ(Show(OpenRows(other_, u"select * from goods where 1 = 1", 1)), before + ",a=7");
+    }
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, other_.AsValue());
+    made.Put(command::kCommandText, Text(u"select * from goods where id > ?"));
+    made.Put(command::kPrepared, Value::Boolean(true));
+    const auto show = [&] { return Show(made.Call(command::kExecute, {Omitted(), Array({Number(0)})}).Result()); };
+    EXPECT_EQ(show(), before + ",a=7");
+    const Meanwhile meanwhile(Meanwhile::When::BeforePrepared,
+                              [&] { Execute(connection_, u"alter table goods add column b integer default 8"); });
+    EXPECT_EQ(show(), before + ",a=7,b=8");
+    EXPECT_EQ(show(), before + ",a=7,b=8");
+}
+
+TEST_F(ChangedTablesTest, AreSeenBeforeTheSessionThatChangedThemGoesOn) {
+    const std::string before = Look(other_);
+    std::string seen;
+    const auto look = [&] { seen = Look(other_); };
+    {
+        const Meanwhile meanwhile(Meanwhile::When::BehindText, look,
+                                  "alter table goods add column a integer default 7");
+        Execute(connection_, u"alter table goods add column a integer default 7");
+    }
+    EXPECT_EQ(seen, before + ",a=7");
+    ASSERT_TRUE(connection_.Call(connection::kBeginTrans).Ok());
+    Execute(connection_, u"alter table goods add column b integer default 8");
+    Look(other_);
+    const Meanwhile meanwhile(Meanwhile::When::BehindCommit, look);
+    ASSERT_TRUE(connection_.Call(connection::kCommitTrans).Ok());
+    EXPECT_EQ(seen, before + ",a=7,b=8");
+}
+
+TEST_F(ChangedTablesTest, StayWhileALargeResultIsFetched) {
+    Outsider outsider(u"Driver=SQLite3;Timeout=50;Database=" + ToUtf16((folder_ / "test.db").string()));
+    const std::string before = Look(other_);
+    bool isRefused = false;
+    const Meanwhile meanwhile(
+        Meanwhile::When::BeforeText,
+        [&] { isRefused = !outsider.CanDo("alter table goods add column stock integer default 7"); },
+        "select * from goods as large");
+    EXPECT_EQ(Show(OpenRows(other_, u"select * from goods as large", 1)), before);
+    EXPECT_TRUE(isRefused);
+    outsider.Do("alter table goods add column stock integer default 7");
+    EXPECT_EQ(Look(other_), before + ",stock=7");
+}
+
+TEST_F(ChangedTablesTest, AreSeenInAttachedDatabases) {
+    const std::string file = (folder_ / "side.db").string();
+    Outsider outsider(u"Driver=SQLite3;Database=" + ToUtf16(file));
+    outsider.Do("create table wares (id integer)");
+    outsider.Do("insert into wares values (1)");
+    Execute(other_, ToUtf16("attach '" + file + "' as \"the \"\"side\""));
+    const auto show = [&](const char16_t* text) { return Show(OpenRows(other_, text, 1)); };
+    EXPECT_EQ(show(u"select * from wares"), "id=1");
+    outsider.Do("alter table wares add column stock integer default 7");
+    EXPECT_EQ(show(u"select * from wares"), "id=1,stock=7");
+    outsider.Do("alter table wares rename column stock to held");
+    EXPECT_EQ(show(u"select * from \"the \"\"side\".wares where 1 = 1"), "id=1,held=7");
+    Change(connection_);
+    EXPECT_EQ(show(u"select * from goods"), kAfter);
+    // The name is one of the main database's now, and of the attached one's again.
+    Execute(connection_, u"create table wares (name text)");
+    Execute(connection_, u"insert into wares values ('tea')");
+    EXPECT_EQ(show(u"select * from wares"), "name=tea");
+    Execute(connection_, u"drop table wares");
+    EXPECT_EQ(show(u"select * from wares"), "id=1,held=7");
+    Execute(other_, u"begin");
+    outsider.Do("alter table wares rename column held to stock");
+    EXPECT_EQ(show(u"select * from wares"), "id=1,stock=7");
+    Execute(other_, u"commit");
+}
+
+TEST_F(ChangedTablesTest, AreSeenByTextsThatMayTouchTheSession) {
+    EXPECT_EQ(Look(other_), kBefore);
+    Change(connection_);
+    EXPECT_EQ(Show(OpenRows(other_, u"select * from goods as temp", 1)), kAfter);
+    EXPECT_EQ(Show(OpenRows(connection_, u"select * from goods as session where '@' <> '#'", 1)), kAfter);
+}
+
+TEST_F(ChangedTablesTest, AreSeenWhereTheDriverStepsThroughRows) {
+    const Object stepping = Connect(u";StepAPI=1");
+    EXPECT_EQ(Look(stepping), kBefore);
+    Change(connection_);
+    EXPECT_EQ(Look(stepping), kAfter);
+}
+
+TEST_F(ChangedTablesTest, AreSeenInMemoryToo) {
+    const std::string file = (folder_ / "side.db").string();
+    Outsider outsider(u"Driver=SQLite3;Database=" + ToUtf16(file));
+    outsider.Do("create table wares (id integer)");
+    outsider.Do("insert into wares values (1)");
+    const Object inMemory = Object::Create(kConnectionClass);
+    ASSERT_TRUE(inMemory.Call(connection::kOpen, {Text(u"Driver=SQLite3;Database=:memory:")}).Ok());
+    inMemory.Put(connection::kCursorLocation, Number(3));
+    Execute(inMemory, ToUtf16("attach '" + file + "' as side"));
+    EXPECT_EQ(Show(OpenRows(inMemory, u"select * from wares", 1)), "id=1");
+    outsider.Do("alter table wares add column stock integer default 7");
+    EXPECT_EQ(Show(OpenRows(inMemory, u"select * from wares", 1)), "id=1,stock=7");
+}
+
+TEST_F(ChangedTablesTest, AreWrittenAsTheyAre) {
+    EXPECT_EQ(Look(other_), kBefore);
+    Execute(connection_, u"alter table goods add column stock integer default 7");
+    Execute(other_, u"insert into goods values (2, 3.5, 8)");
+    EXPECT_EQ(Ask(other_, u"select count(*) from goods"), "2");
+    Outsider outsider(ConnectionText());
+    outsider.Do("alter table goods add column name text");
+    Execute(other_, u"insert into goods select 3, 4.5, 9, 'tea' union all select 4, 5.5, 9, 'milk'");
+    EXPECT_EQ(Ask(other_, u"select count(*) from goods"), "4");
+    // What does not fit is said once, and nothing is done.
+    const Outcome refused = other_.Call(connection::kExecute, {Text(u"insert into goods values (5)")});
+    EXPECT_NE(refused.description.find(u"table goods has 4 columns but 1 values were supplied"), std::u16string::npos)
+        << refused;
+    EXPECT_EQ(Ask(other_, u"select count(*) from goods"), "4");
+    // A transaction gets no lock by that.
+    ASSERT_TRUE(other_.Call(connection::kBeginTrans).Ok());
+    EXPECT_FALSE(other_.Call(connection::kExecute, {Text(u"insert into goods values (5)")}).Ok());
+    Execute(connection_, u"insert into goods values (5, 6.5, 9, 'tea')");
+    Execute(other_, u"insert into goods values (6, 7.5, 9, 'milk')");
+    ASSERT_TRUE(other_.Call(connection::kCommitTrans).Ok());
+    EXPECT_EQ(Ask(other_, u"select count(*) from goods"), "6");
+}
+
+/// Another program gets an exclusive lock behind a query, before it is compared.
+class LockBehindQuery {
+public:
+    explicit LockBehindQuery(const std::u16string& text)
+        : outsider_(text), meanwhile_(Meanwhile::When::BeforeQuestion, [this] {
+              outsider_.Do("begin exclusive");
+              isLocked = true;
+          }) {}
+
+    void Release() { outsider_.Do("commit"); }
+
+    std::atomic<bool> isLocked = false;
+
+private:
+    Outsider outsider_;
+    Meanwhile meanwhile_;
+};
+
+TEST_F(ChangedTablesTest, AreComparedWhenALockIsGone) {
+    const std::string before = Look(other_);
+    usleep(20000);
+    LockBehindQuery lock(ConnectionText());
+    std::thread releasing([&] {
+        while (!lock.isLocked)
+            usleep(1000);
+        usleep(300'000);
+        lock.Release();
+    });
+    EXPECT_EQ(Show(OpenRows(other_, u"select * from goods where 1 = 1", 1)), before);
+    releasing.join();
+}
+
+TEST_F(ChangedTablesTest, AreComparedNoLongerThanTheTimeForLocks) {
+    const Object hasty = Connect(u";Timeout=300");
+    EXPECT_EQ(Look(hasty), kBefore);
+    usleep(20000);
+    LockBehindQuery lock(ConnectionText());
+    const Outcome opened = hasty.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
+    EXPECT_NE(opened.description.find(u"database is locked"), std::u16string::npos) << opened;
+    lock.Release();
+    EXPECT_EQ(Look(hasty), kBefore);
+}
+
+TEST_F(ChangedTablesTest, AreComparedNoLongerThanTheStatementMayTake) {
+    const Object patient = Connect(u";Timeout=20000");
+    EXPECT_EQ(Look(patient), kBefore);
+    usleep(20000);
+    patient.Put(connection::kCommandTimeout, Number(1));
+    LockBehindQuery lock(ConnectionText());
+    const Outcome opened = patient.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
+    EXPECT_EQ(opened.Error(), 0x80040E31u) << opened;
+    lock.Release();
+    EXPECT_EQ(Look(patient), kBefore);
+}
+
+TEST_F(ChangedTablesTest, AreComparedNoLongerThanUntilACancellation) {
+    const Object patient = Connect(u";Timeout=20000");
+    EXPECT_EQ(Look(patient), kBefore);
+    usleep(20000);
+    LockBehindQuery lock(ConnectionText());
+    std::thread cancelling([&] {
+        while (!lock.isLocked)
+            usleep(1000);
+        usleep(50000);
+        patient.Call(connection::kCancel);
+    });
+    const Outcome opened = patient.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
+    cancelling.join();
+    EXPECT_EQ(opened.Error(), 0x80040E4Eu) << opened;
+    lock.Release();
+    EXPECT_EQ(Look(patient), kBefore);
 }
 
 TEST_F(ChangedTablesTest, CanBeWaitedForNoLongerThanUntilACancellation) {
@@ -222,6 +526,42 @@ TEST_F(ChangedTablesTest, OfAnotherProgramAreSeenSomeMillisecondsLater) {
     EXPECT_TRUE(again.Ok()) << again;
     EXPECT_EQ(Show(rows), std::string(kBefore) + ",held=7");
     EXPECT_EQ(LookByText(), std::string(kBefore) + ",held=7");
+}
+
+// Whatever a query shows, each value stands under its own name.
+TEST_F(ChangedTablesTest, AreNeverMixedWithWhatTheyWere) {
+    Execute(connection_, u"drop table goods");
+    Execute(connection_, u"create table goods as select 'a' as a, 'b' as b");
+    constexpr int kRows = 150;
+    std::atomic<int> seen = 0;
+    std::atomic<int> changes = 0;
+    std::thread changing([&] {
+        for (; seen < kRows; ++changes) {
+            connection_.Call(connection::kBeginTrans);
+            Execute(connection_, u"drop table goods");
+            Execute(connection_, changes % 2 != 0 ? u"create table goods as select 'a' as a, 'b' as b"
+                                                  : u"create table goods as select 'b' as b, 'c' as c, 'a' as a");
+            connection_.Call(connection::kCommitTrans);
+            usleep(static_cast<useconds_t>(changes % 7) * 300);
+        }
+    });
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, other_.AsValue());
+    made.Put(command::kCommandText, Text(u"select * from goods"));
+    made.Put(command::kPrepared, Value::Boolean(true));
+    const auto check = [&](const Object& rows) {
+        const std::string row = Show(rows);
+        EXPECT_TRUE(row == "a=a,b=b" || row == "b=b,c=c,a=a") << row;
+        ++seen;
+    };
+    while (seen < kRows) {
+        check(OpenRows(other_, u"select * from goods where 1 = 1", 1));
+        // One that has not been seen to be small.
+        check(OpenRows(other_, u"select * from goods as g" + ToUtf16(std::to_string(seen)), 1));
+        check(made.Call(command::kExecute).Result());
+    }
+    changing.join();
+    EXPECT_GT(changes, 20);
 }
 
 TEST_F(ChangedTablesTest, AreUpdatedByTheirNewColumns) {

@@ -210,7 +210,7 @@ struct Session::Impl {
     bool HasShownFormer(Statement::Impl& statement, LockWait& wait) {
         PhysicalConnection& connection = Physical();
         if (!connection.MayBeOutdated()) return false;
-        statement.handle->HoldCancel();  // the driver has nothing left to cancel but the result
+        statement.handle->HoldCancel();  // all that the driver could cancel is the result
         std::optional<bool> isChanged;
         while (!isChanged) {
             try {

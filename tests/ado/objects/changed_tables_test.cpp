@@ -475,6 +475,23 @@ TEST_F(ChangedTablesTest, AreSeenByAPreparedCommand) {
     EXPECT_EQ(Show(made.Call(command::kExecute).Result()), std::string(kAfter) + ",stock=7");
 }
 
+TEST_F(ChangedTablesTest, AreSeenByAPreparedCommandBehindAnotherQuery) {
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, other_.AsValue());
+    made.Put(command::kCommandText, Text(u"select * from goods"));
+    made.Put(command::kPrepared, Value::Boolean(true));
+    EXPECT_EQ(Show(made.Call(command::kExecute).Result()), kBefore);
+    Change(connection_);
+    EXPECT_EQ(Look(other_), kAfter);
+    EXPECT_EQ(Show(made.Call(command::kExecute).Result()), kAfter);
+    // One that is in use while the change is seen.
+    Object rows = made.Call(command::kExecute).Result();
+    Execute(connection_, u"alter table goods add column stock integer default 7");
+    EXPECT_EQ(Look(other_), std::string(kAfter) + ",stock=7");
+    rows = Object();
+    EXPECT_EQ(Show(made.Call(command::kExecute).Result()), std::string(kAfter) + ",stock=7");
+}
+
 TEST_F(ChangedTablesTest, AreSeenByAPreparedCommandOfWhatWasUndone) {
     const Object made = Object::Create(kCommandClass);
     made.PutRef(command::kActiveConnection, other_.AsValue());

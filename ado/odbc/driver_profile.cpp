@@ -18,6 +18,8 @@ constexpr DefinitionQueries kSqliteDefinitions = {
     .databases = "pragma database_list",
     .mainDatabase = "main",
     .ownDatabase = "temp",
+    .plan = "explain ",
+    .useStep = "Transaction",
     .version = {.front = "pragma ", .back = ".schema_version"},
     .tables = {.front = "select 1 from ", .back = ".sqlite_master"},
     .hold = "begin",  // without auto-commit the driver holds all rows

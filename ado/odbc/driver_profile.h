@@ -74,12 +74,14 @@ struct DefinitionQueries {
         const char* front;
         const char* back;
     };
-    const char* databases;  // that the connection can name; the names in the second column
+    const char* databases;  // that the connection can name: a number and the name of each
     std::string_view mainDatabase;
     std::string_view ownDatabase;  // that no other connection sees
-    Around version;                // a number that changes with the tables
-    Around tables;                 // a SELECT for UNION: stepped into, it makes the connection see them
-    const char* hold;              // begins a transaction in which rows are still stepped through, and ends it
+    const char* plan;          // in front of a text: what it does; in the second column of each step what kind it is,
+    std::string_view useStep;  // ... and in the third one of this kind the number of a database that is used
+    Around version;            // a number that changes with the tables
+    Around tables;             // a SELECT for UNION: stepped into, it makes the connection see them
+    const char* hold;          // begins a transaction in which rows are still stepped through, and ends it
     const char* release;
     std::span<const int> unfit;  // native codes that a text can fail with because the tables are others by now
 };

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "ado/odbc/driver_profile.h"
 #include "ado/odbc/odbc_handle.h"
@@ -27,25 +28,33 @@ public:
     void Forget() noexcept;
 
     /// False before the first Follow, and after Forget.
-    bool AreKnown() const noexcept { return !versions_.empty(); }
+    bool AreKnown() const noexcept { return !databases_.empty(); }
 
     /// What sessions of this process have done is known at once, what other processes have some milliseconds later.
     bool MayBeOutdated() const noexcept;
 
     /// Makes the driver see what others have changed. Takes the locks of a reader, which it keeps in a transaction.
     /// @param alsoAttached  looks at all databases that the connection can name
+    /// @param text  for which the look is made; an attached database that cannot be read matters if the text uses it
     /// @return true when definitions have changed, or were not known
     /// @throws AdoError, of a lock that another connection has, for one: then nothing is known that was not before
-    bool Follow(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached);
+    bool Follow(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached, const std::string& text);
 
     /// Makes it see them without a comparison.
     /// @throws AdoError as Follow
     static void Refresh(SQLHDBC connection, const DefinitionQueries& queries);
 
 private:
+    /// What was found; a version that was undone is used again, which is why Forget is there.
+    struct Database {
+        std::string name;
+        std::string version;
+        bool operator==(const Database&) const = default;
+    };
+
     std::uint64_t seen_ = 0;  // what NoteDefined had counted
     std::int64_t time_ = 0;   // by CoarseNow
-    std::string versions_;    // of each database; a number that was undone is used again, which is why Forget is there
+    std::vector<Database> databases_;
 };
 
 }  // namespace tk::ado

@@ -6,7 +6,6 @@
 #include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
 #include "ado/odbc/environment.h"
-#include "ado/odbc/first_row.h"
 #include "ado/odbc/server_call.h"
 
 namespace tk::ado {
@@ -28,8 +27,9 @@ std::string TextInfo(SQLHDBC dbc, SQLUSMALLINT item) {
     return std::string(buffer);
 }
 
-bool GivesRow(const OdbcStatement& statement, const char* query) {
-    return SQL_SUCCEEDED(FetchFirst(statement, query));
+bool GivesRow(const OdbcStatement& statement, std::string query) {
+    return SQL_SUCCEEDED(Odbc().ExecDirect(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS)) &&
+           SQL_SUCCEEDED(Odbc().Fetch(statement.Get()));
 }
 
 }  // namespace
@@ -154,8 +154,8 @@ void PhysicalConnection::DropPrepared() noexcept {
     prepared_.clear();  // their columns are those of before
 }
 
-bool PhysicalConnection::FollowDefinitions() {
-    const bool isChanged = definitions_.Follow(Get(), *profile_->definitions, isChanged_);
+bool PhysicalConnection::FollowDefinitions(const std::string& text) {
+    const bool isChanged = definitions_.Follow(Get(), *profile_->definitions, isChanged_, text);
     if (isChanged) DropPrepared();
     return isChanged;
 }

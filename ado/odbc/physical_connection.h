@@ -95,7 +95,7 @@ public:
     bool KnowsDefinitions() const noexcept { return profile_->definitions == nullptr || definitions_.AreKnown(); }
 
     /// There: makes it see what others have changed (KnownDefinitions::Follow). Prepared handles are dropped then.
-    bool FollowDefinitions();
+    bool FollowDefinitions(const std::string& text);
 
     /// There: begins a transaction in which the tables stay as they are now. Reset ends it.
     void HoldDefinitions();

@@ -137,10 +137,10 @@ struct Session::Impl {
     }
 
     /// So that what is compared behind the next query is known. No statement is running yet that could be cancelled.
-    void LearnDefinitions(PhysicalConnection& on) {
+    void LearnDefinitions(const std::string& sql) {
         const RunningCall::Wait waiting(running);
         try {
-            on.FollowDefinitions();
+            Physical().FollowDefinitions(sql);
         } catch (const AdoError&) {
             // Locked, for one: what was not known is a change to the comparison.
         }
@@ -167,16 +167,17 @@ struct Session::Impl {
     /// Makes a call again until it has neither met a lock nor tables that were others than the driver thought. The side
     /// connection leaves all of that to the session's own.
     template <class Call>
-    void GoOn(Statement::Impl& statement, CallResult& called, bool follows, Call&& call) {
+    void GoOn(Statement::Impl& statement, const std::string& sql, CallResult& called, bool follows, Call&& call) {
         StatementHandle& handle = *statement.handle;
         const bool isOwn = statement.lease == lease;
         LockWait wait(Physical());
         for (;;) {
             if (HasFailed(called)) {
-                if (!isOwn || called.result != SQL_ERROR || !(wait.GoesOn(handle) || HasFailedByDefinitions(handle))) {
+                if (!isOwn || called.result != SQL_ERROR ||
+                    !(wait.GoesOn(handle) || HasFailedByDefinitions(handle, sql))) {
                     statement.Fail(called.result);
                 }
-            } else if (!follows || !HasShownFormer(statement, wait)) {
+            } else if (!follows || !HasShownFormer(statement, sql, wait)) {
                 return;
             }
             called.binding.reset();
@@ -186,7 +187,7 @@ struct Session::Impl {
     }
 
     /// Behind a failure that is none of a lock. A statement that does not fit its tables has done nothing.
-    bool HasFailedByDefinitions(StatementHandle& handle) {
+    bool HasFailedByDefinitions(StatementHandle& handle, const std::string& sql) {
         PhysicalConnection& connection = Physical();
         const DefinitionQueries* definitions = connection.Profile().definitions;
         if (definitions == nullptr || !(hasPlan || connection.IsOutsideTransaction())) return false;
@@ -197,7 +198,7 @@ struct Session::Impl {
         });
         if (!isUnfit || handle.IsEnded()) return false;
         try {
-            if (!connection.FollowDefinitions()) return false;
+            if (!connection.FollowDefinitions(sql)) return false;
         } catch (const AdoError&) {
             return false;  // the failure stands
         }
@@ -207,14 +208,14 @@ struct Session::Impl {
     }
 
     /// Behind a query: whether its columns are those of before a change that others have made.
-    bool HasShownFormer(Statement::Impl& statement, LockWait& wait) {
+    bool HasShownFormer(Statement::Impl& statement, const std::string& sql, LockWait& wait) {
         PhysicalConnection& connection = Physical();
         if (!connection.MayBeOutdated()) return false;
         statement.handle->HoldCancel();  // all that the driver could cancel is the result
         std::optional<bool> isChanged;
         while (!isChanged) {
             try {
-                isChanged = connection.FollowDefinitions();
+                isChanged = connection.FollowDefinitions(sql);
             } catch (const AdoError& error) {
                 statement.ExpectNotEnded();
                 if (!wait.GoesOn(error)) throw;
@@ -237,7 +238,7 @@ struct Session::Impl {
         statement->maxRows = options.maxRows;
         const bool follows = kind.readsTables && on == lease;
         if (follows && !(*on)->KnowsDefinitions()) [[unlikely]]
-            LearnDefinitions(**on);
+            LearnDefinitions(sql);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
@@ -260,7 +261,7 @@ struct Session::Impl {
         CallResult called = call(handle);
         on->MarkUsed();
         if (HasFailed(called) || (follows && (*on)->MayBeOutdated())) [[unlikely]]
-            GoOn(*statement, called, follows, call);
+            GoOn(*statement, sql, called, follows, call);
         guard.Finish();
         const SQLRETURN result = called.result;
         if (result == SQL_SUCCESS_WITH_INFO) {

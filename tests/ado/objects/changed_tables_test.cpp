@@ -316,6 +316,27 @@ TEST_F(ChangedTablesTest, AreSeenInAttachedDatabases) {
     Execute(other_, u"commit");
 }
 
+TEST_F(ChangedTablesTest, OfADatabaseThatIsNotAskedMayBeLocked) {
+    const std::string file = (folder_ / "side.db").string();
+    Outsider outsider(u"Driver=SQLite3;Database=" + ToUtf16(file));
+    outsider.Do("create table wares (id integer)");
+    const Object hasty = Connect(u";Timeout=300");
+    Execute(hasty, ToUtf16("attach '" + file + "' as side"));
+    EXPECT_EQ(Look(hasty), kBefore);
+    outsider.Do("begin exclusive");
+    EXPECT_EQ(Look(hasty), kBefore);
+    const Object made = Object::Create(kCommandClass);
+    made.PutRef(command::kActiveConnection, hasty.AsValue());
+    made.Put(command::kCommandText, Text(u"select * from goods where id >= ? and price > ?"));
+    EXPECT_EQ(Show(made.Call(command::kExecute, {Omitted(), Array({Number(1), Number(2)})}).Result()), kBefore);
+    Change(connection_);
+    EXPECT_EQ(Look(hasty), kAfter);
+    const Outcome asked = hasty.Call(connection::kExecute, {Text(u"select * from goods, wares")});
+    EXPECT_NE(asked.description.find(u"database is locked"), std::u16string::npos) << asked;
+    outsider.Do("commit");
+    EXPECT_EQ(Look(hasty), kAfter);
+}
+
 TEST_F(ChangedTablesTest, AreSeenByTextsThatMayTouchTheSession) {
     EXPECT_EQ(Look(other_), kBefore);
     Change(connection_);

@@ -61,8 +61,9 @@ const char16_t kCauseConcurrency[] = u"并发冲突";
 const char16_t kColon[] = u"：";
 const char16_t kNoDiagnostics[] = u"驱动程序没有说明原因";
 const char16_t kProviderSource[] = u"Microsoft OLE DB Provider for ODBC Drivers";
-const char16_t kNoTransaction[] = u"没有正在进行的事务";
-const char16_t kTransactionExists[] = u"此会话中已有一个事务，不能再开始另一个";
+const char16_t kNoTransaction[] = u"没有活动的事务。";
+const char16_t kTransactionExists[] = u"该会话上已有一个事务,不能再开始另一个。";
+const char16_t kTransactionAborted[] = u"数据库已撤销该事务,请先回滚。";
 const char16_t kUnsupportedParameter[] = u"参数值的类型不能发送给数据库";
 
 }  // namespace tk::ado

@@ -32,6 +32,7 @@ extern const char16_t kProviderSource[];
 
 extern const char16_t kNoTransaction[];
 extern const char16_t kTransactionExists[];
+extern const char16_t kTransactionAborted[];
 
 /// An integer value too large to be sent, a text too long to be bound, and the like.
 extern const char16_t kUnsupportedParameter[];

@@ -23,8 +23,6 @@ inline constexpr HRESULT kDataOverflow = static_cast<HRESULT>(0x80040E57);
 inline constexpr HRESULT kAbortLimitReached = static_cast<HRESULT>(0x80040E31);
 inline constexpr HRESULT kOperationCanceled = static_cast<HRESULT>(0x80040E4E);
 inline constexpr HRESULT kBadBookmark = static_cast<HRESULT>(0x80040E0E);
-inline constexpr HRESULT kTransactionExistsCode = static_cast<HRESULT>(0x8004D013);
-inline constexpr HRESULT kNoTransactionCode = static_cast<HRESULT>(0x8004D00E);
 
 inline constexpr std::u16string_view kCursorSource = u"Microsoft Cursor Engine";
 
@@ -36,8 +34,6 @@ inline constexpr std::u16string_view kTextNoBaseTable = u"没有足够的基本�
 inline constexpr std::u16string_view kTextNoKey = u"没有足够的键列信息,不能更新或刷新: 结果中必须包含表的全部主键列。";
 inline constexpr std::u16string_view kTextBatchFailed = u"部分行没有写入,各行的原因见其状态。";
 inline constexpr std::u16string_view kTextTooLong = u"文本超出字段定义的长度。";
-inline constexpr std::u16string_view kTextTransactionExists = u"该会话上已有一个事务,不能再开始另一个。";
-inline constexpr std::u16string_view kTextNoTransaction = u"没有活动的事务。";
 
 /// A failure with a code of the layer below, to be listed by the connection's Errors.
 inline AdoError ProviderFailure(HRESULT code, std::u16string_view text, std::u16string_view source) {

@@ -171,16 +171,12 @@ void Connection::Execute(Call& call) {
 }
 
 void Connection::BeginTrans(Call& call) {
-    const auto session = OpenedSession(ErrorNumber::ObjectClosed);
-    if (session->InTransaction())
-        throw ProviderFailure(kTransactionExistsCode, kTextTransactionExists, kProviderSource);
-    session->Begin(isolationLevel_, commandTimeout_);
+    OpenedSession(ErrorNumber::ObjectClosed)->Begin(isolationLevel_, commandTimeout_);
     call.ReturnLong(1);
 }
 
 void Connection::EndTransaction(bool commit) {
     const auto session = OpenedSession(ErrorNumber::ObjectClosed);
-    if (!session->InTransaction()) throw ProviderFailure(kNoTransactionCode, kTextNoTransaction, kProviderSource);
     if (commit) {
         session->Commit(commandTimeout_);
     } else {

@@ -13,18 +13,19 @@ constexpr DefaultKeyword kSqliteDefaults[] = {
     // With it every count and every key would become a decimal.
 };
 
-constexpr int kSqliteUnfit[] = {1, -1};  // the database's own error, and the driver's: "broken result set"
 constexpr DefinitionQueries kSqliteDefinitions = {
     .databases = "pragma database_list",
     .mainDatabase = "main",
+    .mainNumber = "0",
     .ownDatabase = "temp",
     .plan = "explain ",
     .useStep = "Transaction",
     .version = {.front = "pragma ", .back = ".schema_version"},
     .tables = {.front = "select 1 from ", .back = ".sqlite_master"},
-    .hold = "begin",  // without auto-commit the driver holds all rows
-    .release = "commit",
-    .unfit = kSqliteUnfit,
+    .hold = "begin deferred transaction",  // without auto-commit the driver holds all rows
+    .release = "end transaction",
+    .unfit = 1,
+    .brokenPlan = -1,
 };
 
 constexpr const char* kPostgresWords[] = {"psqlodbc", "postgres"};
@@ -97,6 +98,9 @@ constexpr const char* kMdbWords[] = {"mdbodbc", "mdbtools"};
 constexpr Savepoint kSavepoint = {"SAVEPOINT tk_rows", "ROLLBACK TO SAVEPOINT tk_rows", "RELEASE SAVEPOINT tk_rows"};
 constexpr Savepoint kTdsSavepoint = {"SAVE TRANSACTION tk_rows", "ROLLBACK TRANSACTION tk_rows", nullptr};
 
+constexpr int kMariaAborting[] = {1213};  // the victim of a deadlock
+constexpr int kTdsAborting[] = {1205};    // the same
+
 // How rows are inserted, by what insert_bench measured: five columns, PostgreSQL 15, MariaDB 10.11, SQLite 3.40, all on
 // one machine; microseconds a row, of them this process's.
 //
@@ -135,6 +139,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasTypedParameters = false,
         .identityQuery = "select last_insert_rowid()",
         .mostParameters = 1000,
+        .beginStatement = "begin",
         .savepoint = &kSavepoint,
     },
     {
@@ -205,6 +210,7 @@ constexpr DriverProfile kProfiles[] = {
         .mostParameters = 4000,
         .hasParameterArrays = true,
         .mostRows = 5000,
+        .abortingNatives = kMariaAborting,
         .savepoint = &kSavepoint,
         .emptyInsert = "() VALUES ()",
         .procedureCall = ProcedureCall::EscapeOrSelect,
@@ -228,6 +234,7 @@ constexpr DriverProfile kProfiles[] = {
         .hasUnsignedTiny = true,
         .identityQuery = "SELECT @@IDENTITY",
         .mostParameters = 2000,
+        .abortingNatives = kTdsAborting,
         .savepoint = &kTdsSavepoint,
     },
     {

@@ -76,14 +76,17 @@ struct DefinitionQueries {
     };
     const char* databases;  // that the connection can name: a number and the name of each
     std::string_view mainDatabase;
+    const char* mainNumber;
     std::string_view ownDatabase;  // that no other connection sees
     const char* plan;          // in front of a text: what it does; in the second column of each step what kind it is,
     std::string_view useStep;  // ... and in the third one of this kind the number of a database that is used
     Around version;            // a number that changes with the tables
     Around tables;             // a SELECT for UNION: stepped into, it makes the connection see them
-    const char* hold;          // begins a transaction in which rows are still stepped through, and ends it
+    const char*
+        hold;  // begins a transaction, in which rows are still stepped through where they are; fails inside of one
     const char* release;
-    std::span<const int> unfit;  // native codes that a text can fail with because the tables are others by now
+    int unfit;       // what a statement fails with, having done nothing, when it does not fit the tables
+    int brokenPlan;  // what a prepared query fails with when they are others by now
 };
 
 /// The statements around a cursor.
@@ -173,6 +176,10 @@ struct DriverProfile {
     // Where the driver may undo a whole transaction over a text that cannot be read: a SELECT that gives a row when the
     // transaction begins with it.
     const char* newTransactionQuery = nullptr;
+    // Where the database may end a transaction by itself and the driver goes on without one: begins another one, and
+    // fails inside of one.
+    const char* beginStatement = nullptr;
+    std::span<const int> abortingNatives = {};   // native codes of failures over which the server undoes all of it
     const Savepoint* savepoint = nullptr;        // undoes a part of a transaction
     bool hasReturning = false;                   // INSERT ... RETURNING gives it without being asked
     const char* emptyInsert = "DEFAULT VALUES";  // an INSERT that sets no column, behind the table's name

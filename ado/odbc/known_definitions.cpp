@@ -15,8 +15,11 @@ namespace {
 // as one of them.
 constexpr std::int64_t kTrusted = 8 * kMillisecond;
 
-// How often sessions of this process have begun or ended what may change tables.
+// What sessions of this process do that may change tables: how many of them are at it in the lower bits, how often one
+// has begun or ended above these.
 constinit std::atomic<std::uint64_t> definitions = 0;
+constexpr std::uint64_t kOneMore = 1 << 20;
+constexpr std::uint64_t kAtIt = kOneMore - 1;
 
 /// @return false for SQL_NO_DATA
 bool Expect(const OdbcStatement& statement, SQLRETURN result) {
@@ -59,15 +62,13 @@ struct Named {
     std::string name;  // quoted
 };
 
-/// The main one comes first; the others are attached.
 std::vector<Named> DatabasesOf(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached) {
-    std::vector<Named> databases = {{{}, Quoted(queries.mainDatabase)}};
-    if (!alsoAttached) return databases;
+    if (!alsoAttached) return {{queries.mainNumber, Quoted(queries.mainDatabase)}};
+    std::vector<Named> databases;
     ForEachRow(connection, queries.databases, [&](const OdbcStatement& row) {
         std::string number = ReadText(row, 1);
         const std::string name = ReadText(row, 2);
-        if (name == queries.mainDatabase || name == queries.ownDatabase) return;
-        databases.push_back({std::move(number), Quoted(name)});
+        if (name != queries.ownDatabase) databases.push_back({std::move(number), Quoted(name)});
     });
     return databases;
 }
@@ -79,27 +80,46 @@ std::string VersionOf(SQLHDBC connection, const DefinitionQueries& queries, cons
     return version;
 }
 
-/// True also when that cannot be told. Takes no lock.
-bool Uses(SQLHDBC connection, const DefinitionQueries& queries, const std::string& text,
-          const std::string& number) try {
-    const OdbcStatement statement(connection);
-    std::string query = queries.plan + text;
-    Expect(statement, Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS));
-    SQLSMALLINT markers = 0;
-    Expect(statement, Odbc().NumParams(statement.Get(), &markers));
-    SQLLEN isNull = SQL_NULL_DATA;
-    for (SQLSMALLINT i = 1; i <= markers; ++i) {
-        Expect(statement, Odbc().BindParameter(statement.Get(), static_cast<SQLUSMALLINT>(i), SQL_PARAM_INPUT,
-                                               SQL_C_CHAR, SQL_VARCHAR, 1, 0, nullptr, 0, &isNull));
+/// The numbers of the databases that a text uses. Takes no lock.
+class UsedDatabases {
+public:
+    UsedDatabases(SQLHDBC connection, const DefinitionQueries& queries, const std::string& text)
+        : connection_(connection), queries_(queries), text_(text) {}
+
+    /// True also when it cannot be told.
+    bool Have(const std::string& number) {
+        if (!isRead_) Read();
+        isRead_ = true;
+        return isUnknown_ || std::ranges::find(numbers_, number) != numbers_.end();
     }
-    Expect(statement, Odbc().Execute(statement.Get()));
-    bool isUsed = false;
-    while (!isUsed && Expect(statement, Odbc().Fetch(statement.Get())))
-        isUsed = ReadText(statement, 2) == queries.useStep && ReadText(statement, 3) == number;
-    return isUsed;
-} catch (const AdoError&) {
-    return true;
-}
+
+private:
+    void Read() try {
+        const OdbcStatement statement(connection_);
+        std::string query = queries_.plan + text_;
+        Expect(statement, Odbc().Prepare(statement.Get(), reinterpret_cast<SQLCHAR*>(query.data()), SQL_NTS));
+        SQLSMALLINT markers = 0;
+        Expect(statement, Odbc().NumParams(statement.Get(), &markers));
+        SQLLEN isNull = SQL_NULL_DATA;
+        for (SQLSMALLINT i = 1; i <= markers; ++i) {
+            Expect(statement, Odbc().BindParameter(statement.Get(), static_cast<SQLUSMALLINT>(i), SQL_PARAM_INPUT,
+                                                   SQL_C_CHAR, SQL_VARCHAR, 1, 0, nullptr, 0, &isNull));
+        }
+        Expect(statement, Odbc().Execute(statement.Get()));
+        while (Expect(statement, Odbc().Fetch(statement.Get()))) {
+            if (ReadText(statement, 2) == queries_.useStep) numbers_.push_back(ReadText(statement, 3));
+        }
+    } catch (const AdoError&) {
+        isUnknown_ = true;
+    }
+
+    SQLHDBC connection_;
+    const DefinitionQueries& queries_;
+    const std::string& text_;
+    bool isRead_ = false;
+    bool isUnknown_ = false;
+    std::vector<std::string> numbers_;
+};
 
 /// Only a statement that has been stepped into makes the driver read them again.
 void StepInto(SQLHDBC connection, const DefinitionQueries& queries, std::span<const std::string> names) {
@@ -111,45 +131,52 @@ void StepInto(SQLHDBC connection, const DefinitionQueries& queries, std::span<co
 
 }  // namespace
 
-void KnownDefinitions::NoteDefined() noexcept {
-    definitions.fetch_add(1, std::memory_order_release);
+KnownDefinitions::Defining::Defining() noexcept {
+    definitions.fetch_add(kOneMore + 1);
 }
 
-void KnownDefinitions::Forget() noexcept {
-    *this = {};
+KnownDefinitions::Defining::~Defining() {
+    definitions.fetch_add(kOneMore - 1);
+}
+
+void KnownDefinitions::Doubt() noexcept {
+    for (Database& each : databases_)
+        each.time = 0;
+}
+
+bool KnownDefinitions::IsOutdated(const Database& database) noexcept {
+    const std::uint64_t now = definitions.load(std::memory_order_acquire);
+    return now != database.seen || (now & kAtIt) != 0 || CoarseNow() - database.time >= kTrusted;
 }
 
 bool KnownDefinitions::MayBeOutdated() const noexcept {
-    return definitions.load(std::memory_order_acquire) != seen_ || CoarseNow() - time_ >= kTrusted;
+    return databases_.empty() || std::ranges::any_of(databases_, IsOutdated);
 }
 
 bool KnownDefinitions::Follow(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached,
-                              const std::string& text) {
-    const std::uint64_t noted = definitions.load(std::memory_order_acquire);
+                              bool isInTransaction, const std::string& text) {
+    const std::uint64_t seen = definitions.load(std::memory_order_acquire);
     std::vector<Database> found;
-    bool isWhole = true;
+    std::vector<std::string> changed;
+    UsedDatabases used(connection, queries, text);
     for (const auto& [number, name] : DatabasesOf(connection, queries, alsoAttached)) {
+        const auto former = std::ranges::find(databases_, name, &Database::name);
+        const bool isKnown = former != databases_.end();
+        if (isKnown) found.push_back(*former);
+        if (isKnown && !IsOutdated(*former)) continue;
+        if (isInTransaction && !used.Have(number)) continue;
         try {
-            found.push_back({name, VersionOf(connection, queries, name)});
+            Database now = {name, VersionOf(connection, queries, name), seen, CoarseNow()};
+            if (!isKnown || former->version != now.version) changed.push_back(name);
+            if (isKnown) found.pop_back();
+            found.push_back(std::move(now));
         } catch (const AdoError&) {
-            if (number.empty() || Uses(connection, queries, text, number)) throw;
-            isWhole = false;
+            if (used.Have(number)) throw;
         }
     }
-    const bool isChanged = !std::ranges::all_of(
-        found, [&](const Database& each) { return std::ranges::find(databases_, each) != databases_.end(); });
-    if (isChanged) {
-        std::vector<std::string> names;
-        for (const Database& each : found)
-            names.push_back(each.name);
-        StepInto(connection, queries, names);
-    }
+    if (!changed.empty()) StepInto(connection, queries, changed);
     databases_ = std::move(found);
-    if (isWhole) {
-        seen_ = noted;
-        time_ = CoarseNow();
-    }
-    return isChanged;
+    return !changed.empty();
 }
 
 void KnownDefinitions::Refresh(SQLHDBC connection, const DefinitionQueries& queries) {

@@ -1,12 +1,15 @@
 // ado/odbc/known_definitions.h - what a connection knows of its tables, for a driver that describes them as they were
-// when the connection last used them: a query then shows new values under former names, until it is run once more.
+// when the connection last used them: it shows new values under former names then, once, or reads past their end.
 //
-//   if (definitions.MayBeOutdated() && definitions.Follow(...)) ...   // behind a query: run it again
+//   if (definitions.MayBeOutdated()) { begin a transaction; definitions.Follow(...); run the query; end it; }
 //
-// A version tells definitions apart. It is recorded no later than the driver reads them, so when it is found unchanged
-// behind a query, the query's columns are those of its rows.
+// Follow makes the driver see them as they are, and takes the lock of a reader by that: until the transaction ends,
+// nobody changes them.
 //
-// Threads: NoteDefined any; the rest is the session's.
+// A version tells definitions apart. It is recorded no later than the driver reads them: where it is found unchanged
+// behind a query, the query has shown them as they were all the time.
+//
+// Threads: Defining any; the rest is the session's.
 #pragma once
 
 #include <cstdint>
@@ -20,40 +23,46 @@ namespace tk::ado {
 
 class KnownDefinitions {
 public:
-    /// Around every statement, on whichever connection of the process, that may define tables or make visible what has
-    /// been defined; also when it fails.
-    static void NoteDefined() noexcept;
+    /// Lives around every statement, on whichever connection of the process, that may define tables or make visible
+    /// what has been defined.
+    class Defining {
+    public:
+        Defining() noexcept;
+        ~Defining();
+        Defining(const Defining&) = delete;
+        Defining& operator=(const Defining&) = delete;
+    };
 
-    /// They are about to be changed by the connection itself.
-    void Forget() noexcept;
+    /// They are changed by the connection itself, or changed back.
+    void Forget() noexcept { databases_.clear(); }
 
-    /// False before the first Follow, and after Forget.
-    bool AreKnown() const noexcept { return !databases_.empty(); }
+    /// Lets the next Follow look at all of them.
+    void Doubt() noexcept;
 
     /// What sessions of this process have done is known at once, what other processes have some milliseconds later.
     bool MayBeOutdated() const noexcept;
 
-    /// Makes the driver see what others have changed. Takes the locks of a reader, which it keeps in a transaction.
-    /// @param alsoAttached  looks at all databases that the connection can name
-    /// @param text  for which the look is made; an attached database that cannot be read matters if the text uses it
+    /// Makes the driver see what others have changed, in every database that a text may use.
+    /// @param alsoAttached  there may be others than the main one
+    /// @param isInTransaction  keeps the locks: only databases that the text does use are looked at
     /// @return true when definitions have changed, or were not known
-    /// @throws AdoError, of a lock that another connection has, for one: then nothing is known that was not before
-    bool Follow(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached, const std::string& text);
+    /// @throws AdoError, of a lock that another connection has, for one, in a database that the text uses: then nothing
+    ///         is known that was not before
+    bool Follow(SQLHDBC connection, const DefinitionQueries& queries, bool alsoAttached, bool isInTransaction,
+                const std::string& text);
 
-    /// Makes it see them without a comparison.
-    /// @throws AdoError as Follow
+    /// As Follow, in the main database, without a comparison.
     static void Refresh(SQLHDBC connection, const DefinitionQueries& queries);
 
 private:
-    /// What was found; a version that was undone is used again, which is why Forget is there.
     struct Database {
         std::string name;
-        std::string version;
-        bool operator==(const Database&) const = default;
+        std::string version;  // one that was undone is used again, which is why Forget is there
+        std::uint64_t seen;   // what sessions of the process had done
+        std::int64_t time;    // by CoarseNow
     };
+    static bool IsOutdated(const Database& database) noexcept;
 
-    std::uint64_t seen_ = 0;  // what NoteDefined had counted
-    std::int64_t time_ = 0;   // by CoarseNow
     std::vector<Database> databases_;
 };
 

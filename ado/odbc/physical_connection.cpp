@@ -154,10 +154,16 @@ void PhysicalConnection::DropPrepared() noexcept {
     prepared_.clear();  // their columns are those of before
 }
 
-bool PhysicalConnection::FollowDefinitions(const std::string& text) {
-    const bool isChanged = definitions_.Follow(Get(), *profile_->definitions, isChanged_, text);
+bool PhysicalConnection::Follow(const std::string& text, bool isInTransaction) {
+    const bool isChanged = definitions_.Follow(Get(), *profile_->definitions, isChanged_, isInTransaction, text);
     if (isChanged) DropPrepared();
     return isChanged;
+}
+
+void PhysicalConnection::HoldDefinitions(const std::string& text) {
+    isHolding_ = isAutoCommit_ && RunText(profile_->definitions->hold);
+    definitions_.Doubt();  // only what is looked at is locked
+    Follow(text, !isHolding_);
 }
 
 void PhysicalConnection::HoldDefinitions() {
@@ -165,6 +171,16 @@ void PhysicalConnection::HoldDefinitions() {
     RunSimple(profile_->definitions->hold);
     isHolding_ = true;
     KnownDefinitions::Refresh(Get(), *profile_->definitions);
+}
+
+void PhysicalConnection::ReleaseDefinitions() noexcept {
+    if (std::exchange(isHolding_, false) && !RunText(profile_->definitions->release)) MarkBroken();
+}
+
+void PhysicalConnection::NoteFailure() noexcept {
+    if (profile_->definitions == nullptr || IsOutsideTransaction()) return;
+    definitions_.Forget();
+    DropPrepared();
 }
 
 std::unique_ptr<StatementHandle> PhysicalConnection::TakePrepared(std::string_view text) noexcept {
@@ -236,7 +252,8 @@ DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {
     return {};
 }
 
-bool PhysicalConnection::HasLostTransaction() const noexcept try {
+bool PhysicalConnection::HasLostTransaction() noexcept try {
+    if (profile_->beginStatement != nullptr) return RunText(profile_->beginStatement);
     if (profile_->newTransactionQuery == nullptr) return false;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());
     OdbcStatement statement(Get());
@@ -266,10 +283,9 @@ void PhysicalConnection::SendTimeLimit(LONG seconds) {
 }
 
 bool PhysicalConnection::Reset() noexcept try {
+    ReleaseDefinitions();
     if (isBroken_ || isChanged_) return false;
     if (profile_->isFileDatabase && !file_.IsKnown()) return false;  // in memory: it belongs to one session alone
-    if (isHolding_) RunSimple(profile_->definitions->release);
-    isHolding_ = false;
     if (!isAutoCommit_) {
         EndTransaction(SQL_ROLLBACK);
         SetAutoCommit(true);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -71,36 +72,37 @@ public:
     KnownResults& Results() noexcept { return results_; }
 
     /// Around a statement that may define what names mean, and around the end of a transaction with such ones: the
-    /// connection itself forgets what it knows, the others look again if they have read beside it or read behind it.
+    /// connection forgets what it knows, the others look at their tables again.
     class Defining {
     public:
-        Defining(PhysicalConnection& connection, bool mayDefine) noexcept : mayDefine_(mayDefine) {
-            if (!mayDefine_) return;
+        Defining(PhysicalConnection& connection, bool mayDefine) noexcept {
+            if (!mayDefine) return;
             connection.ForgetDescriptions();
-            KnownDefinitions::NoteDefined();
+            noted_.emplace();
         }
-        ~Defining() {
-            if (mayDefine_) KnownDefinitions::NoteDefined();
-        }
-        Defining(const Defining&) = delete;
-        Defining& operator=(const Defining&) = delete;
 
     private:
-        const bool mayDefine_;
+        std::optional<KnownDefinitions::Defining> noted_;
     };
 
     /// Where the driver describes tables as they were when the connection last used them (DriverProfile::definitions):
     /// whether another connection may have changed them since.
     bool MayBeOutdated() const noexcept { return profile_->definitions != nullptr && definitions_.MayBeOutdated(); }
-    bool KnowsDefinitions() const noexcept { return profile_->definitions == nullptr || definitions_.AreKnown(); }
 
     /// There: makes it see what others have changed (KnownDefinitions::Follow). Prepared handles are dropped then.
-    bool FollowDefinitions(const std::string& text);
+    bool FollowDefinitions(const std::string& text) { return Follow(text, !IsOutsideTransaction()); }
 
-    /// There: begins a transaction in which the tables stay as they are now. Reset ends it.
+    /// There, before a query: the same in a transaction, in which the tables stay as they are now. ReleaseDefinitions
+    /// ends it, or its owner where it was open before.
+    void HoldDefinitions(const std::string& text);
+    /// There, for a connection that nothing else is executed on.
     void HoldDefinitions();
+    void ReleaseDefinitions() noexcept;
 
-    /// True when a look at the tables leaves no lock behind, as far as is known.
+    /// A database may have undone a transaction over a failure, and with it what the connection itself has defined.
+    void NoteFailure() noexcept;
+
+    /// As far as is known.
     bool IsOutsideTransaction() const noexcept { return isAutoCommit_ && !isChanged_; }
 
     /// A handle that is prepared for the text, or null; and giving one back for the next time.
@@ -129,9 +131,9 @@ public:
     SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
 
-    /// True when the driver has undone the transaction that was open and goes on in another one; false also where that
-    /// is not known. A statement has been run in it before.
-    bool HasLostTransaction() const noexcept;
+    /// True when the transaction that was open has ended behind our back, and another one is open; false also where
+    /// that is not known.
+    bool HasLostTransaction() noexcept;
 
     /// What the server says the last statement failed with, where it has a question for that.
     DiagnosticRecord LastFailure() const noexcept;
@@ -147,6 +149,7 @@ public:
 private:
     void ForgetDescriptions() noexcept;
     void DropPrepared() noexcept;
+    bool Follow(const std::string& text, bool isInTransaction);
     void SendTimeLimit(LONG seconds);
     void RunSimple(const std::string& sql);
 

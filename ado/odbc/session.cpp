@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <span>
 
 #include <tkwin32/text.h>
 
@@ -30,6 +31,7 @@ namespace {
 
 constexpr HRESULT kNoTransactionCode = static_cast<HRESULT>(0x8004D00E);
 constexpr HRESULT kTransactionExistsCode = static_cast<HRESULT>(0x8004D013);
+constexpr HRESULT kTransactionAbortedCode = static_cast<HRESULT>(0x8004D019);
 
 AdoError TransactionError(HRESULT code, const char16_t* text) {
     return AdoError(std::vector<ErrorRecord>{{code, text, kProviderSource, "25000", 0}});
@@ -83,7 +85,8 @@ struct Session::Impl {
     std::vector<Work> work;
     std::vector<std::weak_ptr<SettingsWatcher>> watchers;
     bool isInTransaction = false;
-    bool hasWritten = false;  // in the transaction, as far as its texts tell
+    bool hasWritten = false;            // in the transaction, as far as its texts tell
+    bool isTransactionAborted = false;  // what was written is undone
     RunningCall running;
     bool hasPlan = false;  // the handle of the call that runs is prepared for its text already
 
@@ -136,16 +139,46 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
-    /// So that what is compared behind the next query is known. No statement is running yet that could be cancelled.
-    void LearnDefinitions(const std::string& sql) {
-        const RunningCall::Wait waiting(running);
-        try {
-            Physical().FollowDefinitions(sql);
-        } catch (const AdoError&) {
-            // Locked, for one: what was not known is a change to the comparison.
+    /// Tables stay as they are until this ends, or until the transaction that the session is in.
+    class Hold {
+    public:
+        Hold() = default;
+        ~Hold() { End(); }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+        /// Waits for locks as a statement does.
+        void Begin(Impl& session, const std::string& sql, LONG seconds) {
+            const Patience patience(seconds, session.running);
+            End();
+            on_ = &session.Physical();
+            for (LockWait wait(*on_);;) {
+                try {
+                    on_->HoldDefinitions(sql);
+                    break;
+                } catch (const AdoError& error) {
+                    on_->ReleaseDefinitions();
+                    if (patience.IsOver()) throw patience.IsCancelled() ? MakeCancelledError() : MakeWaitedError();
+                    if (!IsLocked(error)) break;  // the query itself says what is wrong
+                    if (!wait.GoesOn(error)) throw;
+                }
+            }
+            if (patience.IsCancelled()) throw MakeCancelledError();
         }
-        if (running.IsWaitCancelled()) throw MakeCancelledError();
-    }
+
+        bool HasBegun() const noexcept { return on_ != nullptr; }
+
+    private:
+        void End() noexcept {
+            if (on_ != nullptr) on_->ReleaseDefinitions();
+        }
+        bool IsLocked(const AdoError& error) const noexcept {
+            const int locked = on_->Profile().lockedNative;
+            return std::ranges::any_of(error.Records(), [&](const auto& each) { return each.nativeError == locked; });
+        }
+
+        PhysicalConnection* on_ = nullptr;
+    };
 
     /// The side connection steps through its rows when they are fetched, long after it has described them.
     void HoldDefinitions(PhysicalConnection& side) {
@@ -164,39 +197,51 @@ struct Session::Impl {
         return !SQL_SUCCEEDED(called.result) && called.result != SQL_NO_DATA;
     }
 
-    /// Makes a call again until it has neither met a lock nor tables that were others than the driver thought. The side
-    /// connection leaves all of that to the session's own.
+    /// Makes a call again that has met a lock, or tables that were others than the driver thought. The side connection
+    /// leaves all of that to the session's own.
     template <class Call>
-    void GoOn(Statement::Impl& statement, const std::string& sql, CallResult& called, bool follows, Call&& call) {
+    void GoOn(Statement::Impl& statement, CallResult& called, const std::string& sql, const StatementKind& kind,
+              Hold& hold, Call&& call) {
         StatementHandle& handle = *statement.handle;
         const bool isOwn = statement.lease == lease;
-        LockWait wait(Physical());
-        for (;;) {
+        bool isFitted = false;
+        for (LockWait wait(Physical());;) {
             if (HasFailed(called)) {
-                if (!isOwn || called.result != SQL_ERROR ||
-                    !(wait.GoesOn(handle) || HasFailedByDefinitions(handle, sql))) {
-                    statement.Fail(called.result);
+                const bool mayGoOn = isOwn && called.result == SQL_ERROR;
+                if (!mayGoOn || !wait.GoesOn(handle)) {
+                    if (!mayGoOn || isFitted || !HasFailedByDefinitions(handle, sql, kind)) break;
+                    isFitted = true;
                 }
-            } else if (!follows || !HasShownFormer(statement, sql, wait)) {
+            } else if (!kind.readsTables || hold.HasBegun() || !HasShownFormer(statement, sql)) {
                 return;
             }
             called.binding.reset();
             handle.Close();
+            if (kind.readsTables && Physical().Profile().definitions != nullptr) {
+                handle.HoldCancel();
+                hold.Begin(*this, sql, statement.timeoutSeconds);
+                hasPlan = false;
+                handle.AllowCancel();
+                statement.ExpectNotEnded();
+            }
             called = call(handle);
         }
+        (*statement.lease)->NoteFailure();
+        statement.Fail(called.result);
     }
 
-    /// Behind a failure that is none of a lock. A statement that does not fit its tables has done nothing.
-    bool HasFailedByDefinitions(StatementHandle& handle, const std::string& sql) {
+    /// Behind a failure that is none of a lock: whether it may be gone now that the driver sees the tables as they are.
+    bool HasFailedByDefinitions(StatementHandle& handle, const std::string& sql, const StatementKind& kind) {
         PhysicalConnection& connection = Physical();
         const DefinitionQueries* definitions = connection.Profile().definitions;
-        if (definitions == nullptr || !(hasPlan || connection.IsOutsideTransaction())) return false;
+        if (definitions == nullptr || kind.mayDefine) return false;
         handle.HoldCancel();
         const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle.Get());
-        const bool isUnfit = std::ranges::any_of(records, [&](const DiagnosticRecord& each) {
-            return std::ranges::find(definitions->unfit, each.native) != definitions->unfit.end();
+        const bool mayBe = std::ranges::any_of(records, [&](const DiagnosticRecord& each) {
+            return (each.native == definitions->unfit && connection.IsOutsideTransaction()) ||
+                   (each.native == definitions->brokenPlan && hasPlan && kind.readsTables);
         });
-        if (!isUnfit || handle.IsEnded()) return false;
+        if (!mayBe || handle.IsEnded()) return false;
         try {
             if (!connection.FollowDefinitions(sql)) return false;
         } catch (const AdoError&) {
@@ -207,24 +252,21 @@ struct Session::Impl {
         return !handle.IsEnded();
     }
 
-    /// Behind a query: whether its columns are those of before a change that others have made.
-    bool HasShownFormer(Statement::Impl& statement, const std::string& sql, LockWait& wait) {
+    /// Behind a query that was not held: true when its columns may be those of before a change that others have made
+    /// meanwhile.
+    bool HasShownFormer(Statement::Impl& statement, const std::string& sql) {
         PhysicalConnection& connection = Physical();
         if (!connection.MayBeOutdated()) return false;
         statement.handle->HoldCancel();  // all that the driver could cancel is the result
-        std::optional<bool> isChanged;
-        while (!isChanged) {
-            try {
-                isChanged = connection.FollowDefinitions(sql);
-            } catch (const AdoError& error) {
-                statement.ExpectNotEnded();
-                if (!wait.GoesOn(error)) throw;
-            }
+        bool isFormer = true;
+        try {
+            isFormer = connection.FollowDefinitions(sql);
+        } catch (const AdoError&) {
+            // Locked, for one: waited for before it is run again.
         }
         statement.handle->AllowCancel();
         statement.ExpectNotEnded();
-        if (*isChanged) hasPlan = false;
-        return *isChanged;
+        return isFormer;
     }
 
     /// Runs one call on a handle of the lease and makes the statement of it.
@@ -237,8 +279,8 @@ struct Session::Impl {
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
         const bool follows = kind.readsTables && on == lease;
-        if (follows && !(*on)->KnowsDefinitions()) [[unlikely]]
-            LearnDefinitions(sql);
+        Hold hold;
+        if (follows && (*on)->MayBeOutdated()) hold.Begin(*this, sql, options.timeoutSeconds);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
@@ -260,8 +302,8 @@ struct Session::Impl {
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
         CallResult called = call(handle);
         on->MarkUsed();
-        if (HasFailed(called) || (follows && (*on)->MayBeOutdated())) [[unlikely]]
-            GoOn(*statement, sql, called, follows, call);
+        if (HasFailed(called) || (follows && !hold.HasBegun() && (*on)->MayBeOutdated())) [[unlikely]]
+            GoOn(*statement, called, sql, kind, hold, call);
         guard.Finish();
         const SQLRETURN result = called.result;
         if (result == SQL_SUCCESS_WITH_INFO) {
@@ -286,21 +328,34 @@ struct Session::Impl {
     /// inside a transaction: what was done in it is gone, which everything fails with until it is rolled back. The
     /// driver is not asked then: one that connects again by itself would run the statement outside of the transaction.
     void ReplaceIfBroken() {
-        if (!Physical().IsBroken()) [[likely]]
+        if (!Physical().IsBroken() && !isTransactionAborted) [[likely]]
             return;
+        if (isTransactionAborted) throw TransactionError(kTransactionAbortedCode, kTransactionAborted);
         if (isInTransaction) throw LostError();
         Replace();
     }
 
-    /// A driver may have undone all of the transaction over a text that the server could not read, without a word: then
-    /// it is treated as one whose connection was lost.
+    /// The database may end a transaction without the driver's knowing.
+    bool EndsByItself() const noexcept { return Physical().Profile().beginStatement != nullptr; }
+
+    bool IsAborting(const AdoError& error) const noexcept {
+        const std::span<const int> natives = Physical().Profile().abortingNatives;
+        return std::ranges::any_of(error.Records(), [&](const ErrorRecord& each) {
+            return std::ranges::find(natives, each.nativeError) != natives.end();
+        });
+    }
+
+    /// All of the transaction may be undone behind a failure: by a driver over a text that the server could not read,
+    /// by a database over a row that its constraints refuse. Nothing runs then until it is rolled back.
     template <class Call>
     Statement RunInTransaction(const std::string& sql, const StatementKind& kind, const ExecuteOptions& options,
                                Call&& call) {
         try {
             return Run(lease, sql, kind, options, call);
-        } catch (const AdoError&) {
-            if (hasWritten && !Physical().IsBroken() && Physical().HasLostTransaction()) Physical().MarkBroken();
+        } catch (const AdoError& error) {
+            PhysicalConnection& connection = Physical();
+            if (connection.IsBroken() || !(hasWritten || EndsByItself())) throw;
+            isTransactionAborted = (IsAborting(error) || connection.HasLostTransaction()) && hasWritten;
             throw;
         }
     }
@@ -453,6 +508,10 @@ struct Session::Impl {
             if (Physical().Profile().searchesColumns) statement->Internals().form = kind.form;
         }
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
+        // The text may have been the end of the transaction: the next one has begun then.
+        if (isInTransaction && kind.mayDefine && EndsByItself()) {
+            hasWritten = !Physical().HasLostTransaction();
+        }
         return std::move(*statement);
     }
 
@@ -530,18 +589,26 @@ struct Session::Impl {
         try {
             // Whatever the driver would commit by now, it is not what was done in the transaction.
             if (completion == SQL_COMMIT && connection.IsBroken()) throw LostError();
-            EndWhenUnlocked(connection, completion);
+            EndWhenUnlocked(connection, isTransactionAborted ? SQLSMALLINT{SQL_ROLLBACK} : completion);
             // One driver reports success on a connection that is gone: nothing has been committed then.
             if (connection.IsDead()) throw LostError();
         } catch (const AdoError&) {
             if (connection.IsDead() || connection.IsBroken()) {
                 connection.MarkBroken();
-                isInTransaction = false;
+                isInTransaction = isTransactionAborted = false;
+                throw;
             }
-            throw;  // otherwise the transaction is still open: it can be tried again or rolled back
+            // As a rule it is still open, can be tried again or rolled back.
+            if (!EndsByItself() || !connection.HasLostTransaction()) throw;
+            isTransactionAborted = true;
+            if (completion == SQL_COMMIT) throw;
+            EndWhenUnlocked(connection, SQL_ROLLBACK);
         }
         isInTransaction = false;
         connection.SetAutoCommit(true);
+        if (std::exchange(isTransactionAborted, false) && completion == SQL_COMMIT) {
+            throw TransactionError(kTransactionAbortedCode, kTransactionAborted);
+        }
     }
 };
 

@@ -164,8 +164,129 @@ TEST(SessionTransaction, HasOneLevel) {
     session->Begin(0x1000);
     std::u16string text;
     EXPECT_EQ(Failure([&] { session->Begin(0x1000); }, &text), 0x8004D013u);
-    EXPECT_EQ(text, u"此会话中已有一个事务，不能再开始另一个");
+    EXPECT_EQ(text, u"该会话上已有一个事务,不能再开始另一个。");
     session->Rollback();
+}
+
+std::string Ids(const std::shared_ptr<Session>& session) {
+    const auto rows = Query(session, "select group_concat(id) from (select id from item order by id)");
+    return Show(*rows, 0, 0);
+}
+
+/// A table with a row 1, whose key undoes the whole transaction when it is given twice.
+void CreateUndoing(Session& session) {
+    Do(session, "create table item (id integer primary key on conflict rollback)");
+    Do(session, "insert into item values (1)");
+}
+
+TEST(SessionTransaction, LetsNothingRunAfterTheDatabaseHasUndoneIt) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
+    for (const bool commits : {true, false}) {
+        SCOPED_TRACE(commits);
+        session->Begin(0x1000);
+        Do(*session, "insert into item values (2)");
+        EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (1)"); }), 0x80040E2Fu);
+        std::u16string text;
+        EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (3)"); }, &text), 0x8004D019u);
+        EXPECT_EQ(text, u"数据库已撤销该事务,请先回滚。");
+        EXPECT_EQ(Failure([&] { Query(session, "select * from item"); }), 0x8004D019u);
+        EXPECT_TRUE(session->InTransaction());
+        if (commits) {
+            EXPECT_EQ(Failure([&] { session->Commit(); }), 0x8004D019u);
+        } else {
+            session->Rollback();
+        }
+        EXPECT_FALSE(session->InTransaction());
+        EXPECT_EQ(Ids(session), "BSTR 1");
+    }
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (4)");
+    session->Commit();
+    Do(*session, "insert into item values (5)");
+    EXPECT_EQ(Ids(session), "BSTR 1,4,5");
+}
+
+TEST(SessionTransaction, GoesOnWhenTheDatabaseHasUndoneNothingInIt) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
+    session->Begin(0x1000);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (1)"); }), 0x80040E2Fu);
+    Do(*session, "insert into item values (2)");
+    session->Rollback();
+    EXPECT_EQ(Ids(session), "BSTR 1");
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (2)");
+    EXPECT_EQ(Failure([&] { Do(*session, "insert or abort into item values (1)"); }), 0x80040E2Fu);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into no_such_table values (1)"); }), 0x80040E37u);
+    Do(*session, "insert into item values (3)");
+    session->Commit();
+    EXPECT_EQ(Ids(session), "BSTR 1,2,3");
+}
+
+// The database undoes all of the transaction when a statement that writes is interrupted.
+TEST(SessionTransaction, LetsNothingRunAfterAStatementWasEndedThatWrote) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (2)");
+    ExecuteOptions options;
+    options.timeoutSeconds = 1;
+    EXPECT_EQ(Failure([&] {
+                  session->Execute(
+                      "insert into item with recursive up(n) as (select 100 union all select n + 1 from "
+                      "up) select n from up",
+                      options);
+              }),
+              0x80040E31u);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (3)"); }), 0x8004D019u);
+    session->Rollback();
+    EXPECT_EQ(Ids(session), "BSTR 1");
+}
+
+TEST(SessionTransaction, IsFollowedByAnotherWhereATextHasEndedIt) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (2)");
+    Do(*session, "commit");
+    Do(*session, "insert into item values (3)");
+    session->Rollback();
+    EXPECT_EQ(Ids(session), "BSTR 1,2");
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (3)");
+    Do(*session, "rollback");
+    Do(*session, "insert into item values (4)");
+    session->Commit();
+    EXPECT_EQ(Ids(session), "BSTR 1,2,4");
+    session->Begin(0x1000);
+    Do(*session, "commit");
+    session->Rollback();
+    EXPECT_FALSE(session->InTransaction());
+}
+
+TEST(SessionTransaction, EndsAlthoughNobodyHasNoticedItsEnd) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (2)");
+    ASSERT_TRUE(session->Physical().RunText("rollback"));
+    session->Rollback();
+    EXPECT_FALSE(session->InTransaction());
+    session->Begin(0x1000);
+    Do(*session, "insert into item values (3)");
+    ASSERT_TRUE(session->Physical().RunText("rollback"));
+    EXPECT_EQ(Failure([&] { session->Commit(); }), 0x80004005u);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (4)"); }), 0x8004D019u);
+    session->Rollback();
+    EXPECT_FALSE(session->InTransaction());
+    Do(*session, "insert into item values (5)");
+    EXPECT_EQ(Ids(session), "BSTR 1,5");
 }
 
 TEST(SessionTransaction, StaysOpenWhenTheCommitFails) {

@@ -350,8 +350,8 @@ TEST_F(Postgres, LosesATransactionOverATextThatCannotBeRead) {
         std::u16string text;
         EXPECT_EQ(Failure([&] { Query(session, sql); }, &text), 0x80040E14u);
         EXPECT_NE(text.find(u"syntax error"), std::u16string::npos);
-        EXPECT_EQ(Failure([&] { Do(*session, "insert into kept values (3)"); }), 0x80004005u);
-        EXPECT_EQ(Failure([&] { session->Commit(); }), 0x80004005u);
+        EXPECT_EQ(Failure([&] { Do(*session, "insert into kept values (3)"); }), 0x8004D019u);
+        EXPECT_EQ(Failure([&] { session->Commit(); }), 0x8004D019u);
         EXPECT_FALSE(session->InTransaction());
         EXPECT_EQ(Show(*Query(session, "select count(*) from kept"), 0, 0), "I4 0");
     }

@@ -12,7 +12,7 @@ namespace tk::test {
 inline bool IsOwnQuestion(const SQLCHAR* text) {
     const ado::DefinitionQueries& own = *ado::FindProfile("sqlite").definitions;
     const std::string_view asked = reinterpret_cast<const char*>(text);
-    return asked == own.databases || asked.ends_with(own.version.back) ||
+    return asked == own.databases || asked == own.hold || asked == own.release || asked.ends_with(own.version.back) ||
            (asked.starts_with(own.tables.front) && asked.ends_with(" limit 1"));
 }
 

@@ -498,10 +498,10 @@ TEST_F(ChangedTablesTest, AreWrittenAsTheyAre) {
     EXPECT_EQ(Ask(other_, u"select count(*) from goods"), "6");
 }
 
-/// Another program gets an exclusive lock behind a query, before it is compared.
-class LockBehindQuery {
+/// Another program gets an exclusive lock before a query looks at its tables.
+class LockBeforeLook {
 public:
-    explicit LockBehindQuery(const std::u16string& text)
+    explicit LockBeforeLook(const std::u16string& text)
         : outsider_(text), meanwhile_(Meanwhile::When::BeforeQuestion, [this] {
               outsider_.Do("begin exclusive");
               isLocked = true;
@@ -516,10 +516,10 @@ private:
     Meanwhile meanwhile_;
 };
 
-TEST_F(ChangedTablesTest, AreComparedWhenALockIsGone) {
+TEST_F(ChangedTablesTest, AreLookedAtWhenALockIsGone) {
     const std::string before = Look(other_);
     usleep(20000);
-    LockBehindQuery lock(ConnectionText());
+    LockBeforeLook lock(ConnectionText());
     std::thread releasing([&] {
         while (!lock.isLocked)
             usleep(1000);
@@ -530,34 +530,34 @@ TEST_F(ChangedTablesTest, AreComparedWhenALockIsGone) {
     releasing.join();
 }
 
-TEST_F(ChangedTablesTest, AreComparedNoLongerThanTheTimeForLocks) {
+TEST_F(ChangedTablesTest, AreWaitedForNoLongerThanTheTimeForLocks) {
     const Object hasty = Connect(u";Timeout=300");
     EXPECT_EQ(Look(hasty), kBefore);
     usleep(20000);
-    LockBehindQuery lock(ConnectionText());
+    LockBeforeLook lock(ConnectionText());
     const Outcome opened = hasty.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
     EXPECT_NE(opened.description.find(u"database is locked"), std::u16string::npos) << opened;
     lock.Release();
     EXPECT_EQ(Look(hasty), kBefore);
 }
 
-TEST_F(ChangedTablesTest, AreComparedNoLongerThanTheStatementMayTake) {
+TEST_F(ChangedTablesTest, AreWaitedForNoLongerThanTheStatementMayTake) {
     const Object patient = Connect(u";Timeout=20000");
     EXPECT_EQ(Look(patient), kBefore);
     usleep(20000);
     patient.Put(connection::kCommandTimeout, Number(1));
-    LockBehindQuery lock(ConnectionText());
+    LockBeforeLook lock(ConnectionText());
     const Outcome opened = patient.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
     EXPECT_EQ(opened.Error(), 0x80040E31u) << opened;
     lock.Release();
     EXPECT_EQ(Look(patient), kBefore);
 }
 
-TEST_F(ChangedTablesTest, AreComparedNoLongerThanUntilACancellation) {
+TEST_F(ChangedTablesTest, AreWaitedForNoLongerThanUntilACancellation) {
     const Object patient = Connect(u";Timeout=20000");
     EXPECT_EQ(Look(patient), kBefore);
     usleep(20000);
-    LockBehindQuery lock(ConnectionText());
+    LockBeforeLook lock(ConnectionText());
     std::thread cancelling([&] {
         while (!lock.isLocked)
             usleep(1000);
@@ -571,7 +571,7 @@ TEST_F(ChangedTablesTest, AreComparedNoLongerThanUntilACancellation) {
     EXPECT_EQ(Look(patient), kBefore);
 }
 
-TEST_F(ChangedTablesTest, CanBeWaitedForNoLongerThanUntilACancellation) {
+TEST_F(ChangedTablesTest, CanBeWaitedForUntilACancellation) {
     EXPECT_EQ(Look(other_), kBefore);
     Outsider outsider(ConnectionText());
     outsider.Do("begin exclusive");

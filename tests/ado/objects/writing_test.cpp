@@ -1,6 +1,10 @@
 // Changing rows through a recordset, the same on every database system, with another writer on the other side.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <thread>
+
 #include "database_systems.h"
 
 namespace tk::ado::test {
@@ -303,6 +307,34 @@ TEST_P(WritingTest, LeavesABatchToTheTransactionOfItsConnection) {
     EXPECT_EQ(AskFor(u"select sum(stock) from \"货物 Goods\""), "153");
     connection_.Call(connection::kRollbackTrans);
     EXPECT_EQ(AskFor(u"select sum(stock) from \"货物 Goods\""), "150");
+}
+
+TEST_P(WritingTest, RunsNothingInATransactionThatADeadlockHasUndone) {
+    if (GetParam() != SystemKind::MariaDb) GTEST_SKIP() << "only MariaDB undoes more than the statement";
+    const Object sessions[] = {connection_, Connect()};
+    for (int i = 0; i < 2; ++i) {
+        sessions[i].Call(connection::kBeginTrans);
+        Execute(sessions[i], Sql(i == 0 ? u"update \"货物 Goods\" set stock = stock + 1 where \"Id\" = 1"
+                                        : u"update \"货物 Goods\" set stock = stock + 1 where \"Id\" = 2"));
+    }
+    Outcome outcomes[2];
+    std::thread other([&] {
+        outcomes[0] = sessions[0].Call(connection::kExecute,
+                                       {Text(Sql(u"update \"货物 Goods\" set stock = 0 where \"Id\" = 2"))});
+    });
+    usleep(200'000);
+    outcomes[1] =
+        sessions[1].Call(connection::kExecute, {Text(Sql(u"update \"货物 Goods\" set stock = 0 where \"Id\" = 1"))});
+    other.join();
+    ASSERT_NE(outcomes[0].Ok(), outcomes[1].Ok()) << outcomes[0] << outcomes[1];
+    const Object& victim = sessions[outcomes[0].Ok() ? 1 : 0];
+    const Object& winner = sessions[outcomes[0].Ok() ? 0 : 1];
+    EXPECT_TRUE(winner.Call(connection::kRollbackTrans).Ok());
+    const std::u16string change = Sql(u"update \"货物 Goods\" set stock = 0 where \"Id\" = 3");
+    EXPECT_EQ(victim.Call(connection::kExecute, {Text(change)}).Error(), 0x8004D019u);
+    EXPECT_EQ(victim.Call(connection::kCommitTrans).Error(), 0x8004D019u);
+    EXPECT_TRUE(victim.Call(connection::kExecute, {Text(change)}).Ok());
+    EXPECT_EQ(AskFor(u"select stock from \"货物 Goods\" where \"Id\" = 3"), "0");
 }
 
 TEST_P(WritingTest, UndoesAllOfABatchThatTheEndOfItsTransactionRefuses) {

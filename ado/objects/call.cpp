@@ -59,6 +59,12 @@ bool Call::IsOmitted(UINT index) const noexcept {
     return value.vt == VT_ERROR && value.scode == DISP_E_PARAMNOTFOUND;
 }
 
+bool Call::IsNullText(UINT index) const noexcept {
+    if (IsOmitted(index)) return false;
+    const VARIANT& value = Follow(*arguments_[index]);
+    return value.vt == VT_BSTR && value.bstrVal == nullptr;
+}
+
 bool Call::IsNothing(UINT index) const noexcept {
     if (IsOmitted(index)) return true;
     const VARIANT& value = Follow(*arguments_[index]);

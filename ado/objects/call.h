@@ -34,6 +34,9 @@ public:
     /// True when the argument was not given, or given as "left out".
     bool IsOmitted(UINT index) const noexcept;
 
+    /// A text without even a place; an empty one has one.
+    bool IsNullText(UINT index) const noexcept;
+
     /// Left out, empty, NULL or a null object: an optional argument that says nothing.
     bool IsNothing(UINT index) const noexcept;
 
@@ -50,8 +53,9 @@ public:
     /// The same in place, for a text that is only read during the call.
     /// @param converted  keeps what had to be converted
     std::u16string_view Text(UINT index, Value& converted) const;
+    /// A null text counts as left out: it is what callers send that cannot leave out anything.
     std::u16string Text(UINT index, std::u16string_view fallback) const {
-        return IsOmitted(index) ? std::u16string(fallback) : Text(index);
+        return IsOmitted(index) || IsNullText(index) ? std::u16string(fallback) : Text(index);
     }
 
     /// A copy; an object stands for its default member where a plain value is wanted. Empty when left out.

@@ -620,7 +620,7 @@ public:
     void SetStayInSync(int bStay);  ///< Recordset.StayInSync
     int GetStayInSync();            ///< Recordset.StayInSync
 
-    /// Recordset.GetString: the rows from the current one on as one text.
+    /// Recordset.GetString: the rows from the current one on as one text. Null texts are TAB, CR and the empty one.
     CString GetString(long nFormat, long nRows, const char* szColumn, const char* szRow, const char* szNull);
     CString GetDataMember();                                             ///< Recordset.DataMember
     void SetDataMember(const char* szMember);                            ///< Recordset.DataMember

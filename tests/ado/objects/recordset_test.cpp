@@ -408,6 +408,16 @@ TEST_F(RecordsetTest, GivesManyRowsAsAText) {
               ToUtf8(u"1|苹果|10;2|banana|null;"));
     EXPECT_EQ(ValueOf(rows, u"id"), "3");
     EXPECT_EQ(rows.Call(kGetString, {Number(1)}).Error(), 3001u);
+    // Empty texts are said, null ones are not.
+    rows.Call(kMoveFirst);
+    EXPECT_EQ(rows.Call(kGetString, {Number(2), Number(1), Text(u""), Text(u""), Text(u"")}).Utf8(),
+              ToUtf8(u"1苹果10"));
+    const auto nothing = [] {
+        VARIANT null = {};
+        null.vt = VT_BSTR;
+        return Value::Adopt(null);
+    };
+    EXPECT_EQ(rows.Call(kGetString, {Number(2), Number(1), nothing(), nothing(), nothing()}).Utf8(), "2\tbanana\t\r");
 }
 
 TEST_F(RecordsetTest, FetchesBesideItsCaller) {

@@ -5,6 +5,7 @@
 
 #include "ado/cursor/compare.h"
 #include "ado/cursor/text.h"
+#include "ado/odbc/ascii.h"
 
 namespace tk::ado {
 namespace {
@@ -85,20 +86,24 @@ Clause::Clause(std::size_t columnIndex, const Column& description, Operator comp
             SetDate(literal);
             return;
         default:
-            SetNumber(literal);
+            SetNumber(literal, description.kind);
             return;
     }
 }
 
-void Clause::SetNumber(const Literal& literal) {
+void Clause::SetNumber(const Literal& literal, CellKind kind) {
     if (op == Operator::Like || literal.form == Literal::Form::Hashed) Refuse(literal);
     test = Test::Number;
-    if (literal.form == Literal::Form::True || literal.form == Literal::Form::False) {
+    digits = ToUtf8(literal.text);
+    // A flag may be spelt as a text, too.
+    const bool isWord = kind == CellKind::Boolean && literal.form == Literal::Form::Text;
+    const bool isTrue = literal.form == Literal::Form::True || (isWord && EqualsNoCase(digits, "true"));
+    const bool isFalse = literal.form == Literal::Form::False || (isWord && EqualsNoCase(digits, "false"));
+    if (isTrue || isFalse) {
         numberForm = Cell::Form::Boolean;
-        integer = literal.form == Literal::Form::True ? -1 : 0;
+        integer = isTrue ? -1 : 0;
         return;
     }
-    digits = ToUtf8(literal.text);
     if (!digits.empty() && digits.front() == '+') digits.erase(0, 1);
     const char* const end = digits.data() + digits.size();
     if (const auto whole = std::from_chars(digits.data(), end, integer); whole.ec == std::errc() && whole.ptr == end) {

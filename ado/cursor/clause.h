@@ -56,7 +56,7 @@ struct Clause {
     TextPattern pattern;
 
 private:
-    void SetNumber(const Literal& literal);
+    void SetNumber(const Literal& literal, CellKind kind);
     void SetDate(const Literal& literal);
     void SetText(const Literal& literal);
     bool MeetsOrder(int order) const noexcept;

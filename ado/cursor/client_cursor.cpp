@@ -1,5 +1,7 @@
 #include "ado/cursor/client_cursor.h"
 
+#include "ado/cursor/text.h"
+
 namespace tk::ado {
 
 ClientCursor::ClientCursor(std::shared_ptr<RowStore> store) : view_(std::move(store)) {
@@ -125,9 +127,9 @@ LONG ClientCursor::AbsolutePosition() {
     return state_ == State::BeforeFirst ? kPositionBof : kPositionEof;
 }
 
-void ClientCursor::SetAbsolutePosition(LONG position) {
+void ClientCursor::SetAbsolutePosition(long long position, LONG given) {
     TakeChanges();
-    if (position < 1 || !StandAt(static_cast<long long>(position) - 1)) throw AdoError(ErrorNumber::InvalidArgument);
+    if (position < 1 || !StandAt(position - 1)) throw AdoError(ErrorNumber::InvalidArgument, NumberText(given));
 }
 
 std::size_t ClientCursor::Count() {

@@ -73,7 +73,8 @@ public:
     LONG AbsolutePosition();
 
     /// @throws AdoError 3001 outside 1 to RecordCount
-    void SetAbsolutePosition(LONG position);
+    /// @param given  what the failure names: the position, or the page that it begins
+    void SetAbsolutePosition(long long position, LONG given);
 
     /// All visible rows; waits for the end of the fetch.
     std::size_t Count();

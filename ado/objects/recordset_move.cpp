@@ -47,12 +47,13 @@ std::size_t Recordset::RowOfBookmark(const Value& bookmark) {
     if (bookmark.IsEmpty() || bookmark.IsNull()) throw AdoError(ErrorNumber::InvalidArgument);
     const Value number = bookmark.As(VT_R8, result);
     const double real = SUCCEEDED(result) ? number.Get().dblVal : 0;
-    if (!(real >= 1 && real <= 4294967295.0) || real != std::floor(real)) {
-        throw AdoError(ErrorNumber::InvalidArgument);
+    const bool isNumber = real >= 1 && real <= 4294967295.0 && real == std::floor(real);
+    if (!isNumber || !Cursor().Store().HasRow(static_cast<std::size_t>(real) - 1)) {
+        const Value text = bookmark.As(VT_BSTR, result);
+        throw AdoError(ErrorNumber::InvalidArgument,
+                       std::u16string(text.Type() == VT_BSTR ? ViewOf(text.Get().bstrVal) : u""));
     }
-    const auto row = static_cast<std::size_t>(real) - 1;
-    if (!Cursor().Store().HasRow(row)) throw AdoError(ErrorNumber::InvalidArgument);
-    return row;
+    return static_cast<std::size_t>(real) - 1;
 }
 
 std::optional<std::size_t> Recordset::StartRow(const Value& start) {
@@ -81,7 +82,7 @@ void Recordset::PutAbsolutePosition(Call& call) {
     const LONG position = call.Long(0);
     Rows();
     SaveEdit();
-    Cursor().SetAbsolutePosition(position);
+    Cursor().SetAbsolutePosition(position, position);
 }
 
 void Recordset::GetBof(Call& call) {
@@ -123,8 +124,7 @@ void Recordset::PutAbsolutePage(Call& call) {
     Rows();
     SaveEdit();
     const long long first = (static_cast<long long>(page) - 1) * pageSize_ + 1;
-    if (page < 1 || first > 0x7FFFFFFF) throw AdoError(ErrorNumber::InvalidArgument, NumberText(page));
-    Cursor().SetAbsolutePosition(static_cast<LONG>(first));
+    Cursor().SetAbsolutePosition(first, page);
 }
 
 void Recordset::GetPageSize(Call& call) {

@@ -108,7 +108,7 @@ TEST(ClientCursor, RefusesEveryMoveOnAnEmptySet) {
         EXPECT_EQ(ErrorOf([&] { cursor.Move(count); }), kNoRecord) << count;
     EXPECT_EQ(ErrorOf([&] { cursor.Row(); }), kNoRecord);
     EXPECT_EQ(ErrorOf([&] { cursor.MoveTo(0); }), kNoRecord);
-    EXPECT_EQ(ErrorOf([&] { cursor.SetAbsolutePosition(1); }), kInvalid);
+    EXPECT_EQ(ErrorOf([&] { cursor.SetAbsolutePosition(1, 1); }), kInvalid);
     EXPECT_EQ(PlaceOf(cursor), "both");
 }
 
@@ -121,10 +121,10 @@ TEST(ClientCursor, TellsItsPositionFromOne) {
     EXPECT_EQ(cursor.AbsolutePosition(), 4);
     cursor.MoveNext();
     EXPECT_EQ(cursor.AbsolutePosition(), -3);
-    cursor.SetAbsolutePosition(2);
+    cursor.SetAbsolutePosition(2, 2);
     EXPECT_EQ(PlaceOf(cursor), "2");
     for (const LONG outside : {0, -1, 5}) {
-        EXPECT_EQ(ErrorOf([&] { cursor.SetAbsolutePosition(outside); }), kInvalid) << outside;
+        EXPECT_EQ(ErrorOf([&] { cursor.SetAbsolutePosition(outside, outside); }), kInvalid) << outside;
     }
     EXPECT_EQ(PlaceOf(cursor), "2");
 }

@@ -197,9 +197,17 @@ TEST_F(RecordsetTest, GoesToPagesAndPositions) {
     EXPECT_EQ(rows.Get(kAbsolutePage).Long(), 1);
     EXPECT_TRUE(rows.Put(kAbsolutePage, Number(3)).Ok());
     EXPECT_EQ(rows.Get(kAbsolutePosition).Long(), 21);
-    EXPECT_EQ(rows.Put(kAbsolutePage, Number(4)).Error(), 3001u);
-    EXPECT_EQ(rows.Put(kAbsolutePage, Number(0)).Error(), 3001u);
-    EXPECT_EQ(rows.Put(kAbsolutePage, Number(0x7FFFFFFF)).Error(), 3001u);
+    // The failure names what was asked for, not what it comes to.
+    for (const LONG page : {4, 0, -1, 0x7FFFFFFF}) {
+        const Outcome refused = rows.Put(kAbsolutePage, Number(page));
+        EXPECT_EQ(refused.Error(), 3001u);
+        EXPECT_TRUE(ToUtf8(refused.description).ends_with("\xEF\xBC\x9A" + std::to_string(page))) << refused;
+    }
+    const Outcome position = rows.Put(kAbsolutePosition, Number(77));
+    EXPECT_TRUE(ToUtf8(position.description).ends_with("77")) << position;
+    const Outcome bookmark = rows.Put(kBookmark, Text(u"nothing"));
+    EXPECT_EQ(bookmark.Error(), 3001u);
+    EXPECT_TRUE(ToUtf8(bookmark.description).ends_with("nothing")) << bookmark;
     rows.Put(kPageSize, Number(7));
     EXPECT_EQ(rows.Get(kAbsolutePage).Long(), 3);
     EXPECT_EQ(rows.Get(kPageCount).Long(), 4);

@@ -82,11 +82,10 @@ struct DefinitionQueries {
     std::string_view useStep;  // ... and in the third one of this kind the number of a database that is used
     Around version;            // a number that changes with the tables
     Around tables;             // a SELECT for UNION: stepped into, it makes the connection see them
-    const char*
-        hold;  // begins a transaction, in which rows are still stepped through where they are; fails inside of one
-    const char* release;
-    int unfit;       // what a statement fails with, having done nothing, when it does not fit the tables
-    int brokenPlan;  // what a prepared query fails with when they are others by now
+    const char* hold;          // begins a transaction where none is open, in which rows are still stepped through
+    const char* release;       // ... and ends it
+    int unfit;                 // what a statement fails with, having done nothing, when it does not fit the tables
+    int brokenPlan;            // what a prepared query fails with when they are others by now
 };
 
 /// The statements around a cursor.

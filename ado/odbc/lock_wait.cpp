@@ -23,11 +23,13 @@ bool LockWait::GoesOn(StatementHandle& handle) {
     return !handle.IsEnded();
 }
 
-bool LockWait::GoesOn(const AdoError& error) {
-    if (connection_.LockMilliseconds() == 0) return false;
+bool LockWait::IsOfLock(const AdoError& error) const {
     const int locked = connection_.Profile().lockedNative;
-    return std::ranges::any_of(error.Records(), [&](const auto& each) { return each.nativeError == locked; }) &&
-           GoesOn();
+    return std::ranges::any_of(error.Records(), [&](const auto& each) { return each.nativeError == locked; });
+}
+
+bool LockWait::GoesOn(const AdoError& error) {
+    return connection_.LockMilliseconds() != 0 && IsOfLock(error) && GoesOn();
 }
 
 bool LockWait::GoesOn() {

@@ -25,6 +25,8 @@ public:
     /// The same for a failure that has been read already.
     bool GoesOn(const AdoError& error);
 
+    bool IsOfLock(const AdoError& error) const;
+
 private:
     using Clock = std::chrono::steady_clock;
     bool GoesOn();

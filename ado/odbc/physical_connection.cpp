@@ -166,7 +166,7 @@ void PhysicalConnection::HoldDefinitions(const std::string& text) {
     Follow(text, !isHolding_);
 }
 
-void PhysicalConnection::HoldDefinitions() {
+void PhysicalConnection::HoldForRows() {
     if (profile_->definitions == nullptr) return;
     RunSimple(profile_->definitions->hold);
     isHolding_ = true;
@@ -174,7 +174,9 @@ void PhysicalConnection::HoldDefinitions() {
 }
 
 void PhysicalConnection::ReleaseDefinitions() noexcept {
-    if (std::exchange(isHolding_, false) && !RunText(profile_->definitions->release)) MarkBroken();
+    if (!std::exchange(isHolding_, false) || RunText(profile_->definitions->release)) return;
+    // The database has ended it over a failure, if another one can be begun.
+    if (!RunText(profile_->definitions->hold) || !RunText(profile_->definitions->release)) MarkBroken();
 }
 
 void PhysicalConnection::NoteFailure() noexcept {

@@ -93,11 +93,12 @@ public:
     bool FollowDefinitions(const std::string& text) { return Follow(text, !IsOutsideTransaction()); }
 
     /// There, before a query: the same in a transaction, in which the tables stay as they are now. ReleaseDefinitions
-    /// ends it, or its owner where it was open before.
+    /// ends it; where one was open before, its owner does.
     void HoldDefinitions(const std::string& text);
-    /// There, for a connection that nothing else is executed on.
-    void HoldDefinitions();
     void ReleaseDefinitions() noexcept;
+
+    /// There, for a connection that steps through the rows of one query: until Reset.
+    void HoldForRows();
 
     /// A database may have undone a transaction over a failure, and with it what the connection itself has defined.
     void NoteFailure() noexcept;

@@ -9,6 +9,7 @@
 #include "ado/messages.h"
 #include "ado/odbc/background_work.h"
 #include "ado/odbc/catalog_call.h"
+#include "ado/odbc/coarse_clock.h"
 #include "ado/odbc/lock_wait.h"
 #include "ado/odbc/output_row.h"
 #include "ado/odbc/parameter_binding.h"
@@ -35,6 +36,10 @@ constexpr HRESULT kTransactionAbortedCode = static_cast<HRESULT>(0x8004D019);
 
 AdoError TransactionError(HRESULT code, const char16_t* text) {
     return AdoError(std::vector<ErrorRecord>{{code, text, kProviderSource, "25000", 0}});
+}
+
+AdoError AbortedError() {
+    return TransactionError(kTransactionAbortedCode, kTransactionAborted);
 }
 
 AdoError LostError() {
@@ -139,51 +144,57 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
-    /// Tables stay as they are until this ends, or until the transaction that the session is in.
+    /// Keeps tables as they are until this ends, or until the transaction does that the session is in.
     class Hold {
     public:
-        Hold() = default;
+        explicit Hold(Impl& session) noexcept : session_(session), wait_(session.Physical()) {}
         ~Hold() { End(); }
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
 
-        /// Waits for locks as a statement does.
-        void Begin(Impl& session, const std::string& sql, LONG seconds) {
-            const Patience patience(seconds, session.running);
+        /// Waits for locks as a statement does. Holds nothing where the query itself is to say what is wrong.
+        /// @return the milliseconds that it took
+        int Begin(const std::string& sql, LONG seconds) {
+            const std::int64_t start = CoarseNow();
+            const Patience patience(seconds, session_.running);
             End();
-            on_ = &session.Physical();
-            for (LockWait wait(*on_);;) {
+            on_ = &session_.Physical();
+            while (!isHeld_) {
                 try {
                     on_->HoldDefinitions(sql);
-                    break;
+                    isHeld_ = true;
                 } catch (const AdoError& error) {
                     on_->ReleaseDefinitions();
                     if (patience.IsOver()) throw patience.IsCancelled() ? MakeCancelledError() : MakeWaitedError();
-                    if (!IsLocked(error)) break;  // the query itself says what is wrong
-                    if (!wait.GoesOn(error)) throw;
+                    if (!wait_.IsOfLock(error)) break;
+                    if (!wait_.GoesOn(error)) throw;
                 }
             }
             if (patience.IsCancelled()) throw MakeCancelledError();
+            return static_cast<int>((CoarseNow() - start) / kMillisecond);
         }
 
-        bool HasBegun() const noexcept { return on_ != nullptr; }
+        bool IsHeld() const noexcept { return isHeld_; }
+
+        /// For the statement as well: it waits once.
+        LockWait& Wait() noexcept { return wait_; }
 
     private:
         void End() noexcept {
             if (on_ != nullptr) on_->ReleaseDefinitions();
-        }
-        bool IsLocked(const AdoError& error) const noexcept {
-            const int locked = on_->Profile().lockedNative;
-            return std::ranges::any_of(error.Records(), [&](const auto& each) { return each.nativeError == locked; });
+            isHeld_ = false;
         }
 
+        Impl& session_;
+        LockWait wait_;
         PhysicalConnection* on_ = nullptr;
+        bool isHeld_ = false;
     };
 
     /// The side connection steps through its rows when they are fetched, long after it has described them.
-    void HoldDefinitions(PhysicalConnection& side) {
+    void HoldForRows(PhysicalConnection& side) {
         const RunningCall::Wait waiting(running);
-        side.HoldDefinitions();
+        side.HoldForRows();
         if (running.IsWaitCancelled()) throw MakeCancelledError();
     }
 
@@ -205,21 +216,21 @@ struct Session::Impl {
         StatementHandle& handle = *statement.handle;
         const bool isOwn = statement.lease == lease;
         bool isFitted = false;
-        for (LockWait wait(Physical());;) {
+        for (;;) {
             if (HasFailed(called)) {
                 const bool mayGoOn = isOwn && called.result == SQL_ERROR;
-                if (!mayGoOn || !wait.GoesOn(handle)) {
+                if (!mayGoOn || !hold.Wait().GoesOn(handle)) {
                     if (!mayGoOn || isFitted || !HasFailedByDefinitions(handle, sql, kind)) break;
                     isFitted = true;
                 }
-            } else if (!kind.readsTables || hold.HasBegun() || !HasShownFormer(statement, sql)) {
+            } else if (!kind.readsTables || hold.IsHeld() || !HasShownFormer(statement, sql, hold)) {
                 return;
             }
             called.binding.reset();
             handle.Close();
             if (kind.readsTables && Physical().Profile().definitions != nullptr) {
                 handle.HoldCancel();
-                hold.Begin(*this, sql, statement.timeoutSeconds);
+                hold.Begin(sql, statement.timeoutSeconds);
                 hasPlan = false;
                 handle.AllowCancel();
                 statement.ExpectNotEnded();
@@ -254,15 +265,15 @@ struct Session::Impl {
 
     /// Behind a query that was not held: true when its columns may be those of before a change that others have made
     /// meanwhile.
-    bool HasShownFormer(Statement::Impl& statement, const std::string& sql) {
+    bool HasShownFormer(Statement::Impl& statement, const std::string& sql, Hold& hold) {
         PhysicalConnection& connection = Physical();
         if (!connection.MayBeOutdated()) return false;
         statement.handle->HoldCancel();  // all that the driver could cancel is the result
-        bool isFormer = true;
+        bool isFormer = false;
         try {
             isFormer = connection.FollowDefinitions(sql);
-        } catch (const AdoError&) {
-            // Locked, for one: waited for before it is run again.
+        } catch (const AdoError& error) {
+            isFormer = hold.Wait().IsOfLock(error);  // which is waited for before it is run again
         }
         statement.handle->AllowCancel();
         statement.ExpectNotEnded();
@@ -279,8 +290,9 @@ struct Session::Impl {
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
         const bool follows = kind.readsTables && on == lease;
-        Hold hold;
-        if (follows && (*on)->MayBeOutdated()) hold.Begin(*this, sql, options.timeoutSeconds);
+        Hold hold(*this);
+        int waited = 0;
+        if (follows && (*on)->MayBeOutdated()) waited = hold.Begin(sql, options.timeoutSeconds);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
@@ -299,10 +311,10 @@ struct Session::Impl {
         const RunningCall::Scope scope(running, handle);
         server.Name(handle);
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
-        WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle);
+        WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle, -waited);
         CallResult called = call(handle);
         on->MarkUsed();
-        if (HasFailed(called) || (follows && !hold.HasBegun() && (*on)->MayBeOutdated())) [[unlikely]]
+        if (HasFailed(called) || (follows && !hold.IsHeld() && (*on)->MayBeOutdated())) [[unlikely]]
             GoOn(*statement, called, sql, kind, hold, call);
         guard.Finish();
         const SQLRETURN result = called.result;
@@ -330,7 +342,7 @@ struct Session::Impl {
     void ReplaceIfBroken() {
         if (!Physical().IsBroken() && !isTransactionAborted) [[likely]]
             return;
-        if (isTransactionAborted) throw TransactionError(kTransactionAbortedCode, kTransactionAborted);
+        if (isTransactionAborted) throw AbortedError();
         if (isInTransaction) throw LostError();
         Replace();
     }
@@ -355,7 +367,7 @@ struct Session::Impl {
         } catch (const AdoError& error) {
             PhysicalConnection& connection = Physical();
             if (connection.IsBroken() || !(hasWritten || EndsByItself())) throw;
-            isTransactionAborted = (IsAborting(error) || connection.HasLostTransaction()) && hasWritten;
+            isTransactionAborted = IsAborting(error) || connection.HasLostTransaction();
             throw;
         }
     }
@@ -508,10 +520,8 @@ struct Session::Impl {
             if (Physical().Profile().searchesColumns) statement->Internals().form = kind.form;
         }
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
-        // The text may have been the end of the transaction: the next one has begun then.
-        if (isInTransaction && kind.mayDefine && EndsByItself()) {
-            hasWritten = !Physical().HasLostTransaction();
-        }
+        // The text may have been the end of the transaction: then another one is open behind this.
+        if (isInTransaction && kind.mayDefine && EndsByItself()) Physical().HasLostTransaction();
         return std::move(*statement);
     }
 
@@ -521,7 +531,7 @@ struct Session::Impl {
                                        Call&& call) {
         try {
             auto side = TakeSideLease(*facts, Physical().Profile().streamingKeywords);
-            HoldDefinitions(**side);
+            HoldForRows(**side);
             Statement statement = Run(side, sql, kind, options, call);
             Statement::Impl& inside = statement.Internals();
             if (!HasOnlyTableColumns(*inside.handle, inside.columnCount)) return std::nullopt;
@@ -588,8 +598,10 @@ struct Session::Impl {
         PhysicalConnection& connection = Physical();
         try {
             // Whatever the driver would commit by now, it is not what was done in the transaction.
-            if (completion == SQL_COMMIT && connection.IsBroken()) throw LostError();
-            EndWhenUnlocked(connection, isTransactionAborted ? SQLSMALLINT{SQL_ROLLBACK} : completion);
+            if (completion == SQL_COMMIT && connection.IsBroken()) {
+                throw isTransactionAborted ? AbortedError() : LostError();
+            }
+            EndWhenUnlocked(connection, completion);
             // One driver reports success on a connection that is gone: nothing has been committed then.
             if (connection.IsDead()) throw LostError();
         } catch (const AdoError&) {
@@ -606,9 +618,7 @@ struct Session::Impl {
         }
         isInTransaction = false;
         connection.SetAutoCommit(true);
-        if (std::exchange(isTransactionAborted, false) && completion == SQL_COMMIT) {
-            throw TransactionError(kTransactionAbortedCode, kTransactionAborted);
-        }
+        if (std::exchange(isTransactionAborted, false) && completion == SQL_COMMIT) throw AbortedError();
     }
 };
 

@@ -10,7 +10,7 @@ namespace tk::ado {
 
 struct StatementKind {
     bool isReading = false;       // one SELECT or its like: running it twice does no harm
-    bool readsTables = false;     // one SELECT or its like that names a table, whatever else it does: as above
+    bool readsTables = false;     // one SELECT or its like that names a table; it may change the session
     bool isLikelyLarge = false;   // reads from a table and names nothing that would limit the rows
     bool takesLimit = false;      // a SELECT that a LIMIT can be written behind
     bool mayDefine = false;       // may change tables, or which ones are meant, as far as its words tell

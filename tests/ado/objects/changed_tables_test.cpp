@@ -54,6 +54,9 @@ public:
     Meanwhile(const Meanwhile&) = delete;
     Meanwhile& operator=(const Meanwhile&) = delete;
 
+    /// Whose call it is.
+    static SQLHSTMT Statement() { return statement_; }
+
     /// And then something else.
     static void Then(When when, std::function<void()> act) {
         when_ = when;
@@ -69,6 +72,7 @@ private:
             OdbcApi made;
             made.ExecDirect = [](SQLHSTMT statement, SQLCHAR* text, SQLINTEGER length) {
                 const bool isMeant = reinterpret_cast<char*>(text) == text_;
+                statement_ = statement;
                 Act(When::BeforeText, isMeant);
                 Act(When::BeforeQuestion, tk::test::IsOwnQuestion(text));
                 const SQLRETURN result = ::SQLExecDirect(statement, text, length);
@@ -90,6 +94,7 @@ private:
     }
 
     static inline When when_;
+    static inline SQLHSTMT statement_;
     static inline std::string text_;
     static inline std::function<void()> act_;
     const OdbcApi& former_;
@@ -266,6 +271,58 @@ TEST_F(ChangedTablesTest, AreSeenByAQueryBesideTheChange) {
                               [&] { Execute(connection_, u"alter table goods add column b integer default 8"); });
     EXPECT_EQ(show(), before + ",a=7,b=8");
     EXPECT_EQ(show(), before + ",a=7,b=8");
+}
+
+TEST_F(ChangedTablesTest, StayWhileAQueryIsRunOnceMore) {
+    Outsider outsider(u"Driver=SQLite3;Timeout=50;Database=" + ToUtf16((folder_ / "test.db").string()));
+    const std::string before = Look(other_);
+    constexpr const char* kText = "select * from goods where 1 = 1";
+    bool isRefused = false;
+    const Meanwhile meanwhile(
+        Meanwhile::When::BeforeText,
+        [&] {
+            Execute(connection_, u"alter table goods add column a integer default 7");
+            Meanwhile::Then(Meanwhile::When::BeforeText,
+                            [&] { isRefused = !outsider.CanDo("alter table goods add column b integer default 8"); });
+        },
+        kText);
+    EXPECT_EQ(Show(OpenRows(other_, ToUtf16(kText), 1)), before + ",a=7");
+    EXPECT_TRUE(isRefused);
+}
+
+TEST_F(ChangedTablesTest, AreNotLookedAtForACancelledQuery) {
+    EXPECT_EQ(Look(other_), kBefore);
+    usleep(20000);
+    const Meanwhile meanwhile(Meanwhile::When::BeforeQuestion,
+                              [&] { std::thread([&] { other_.Call(connection::kCancel); }).join(); });
+    const Outcome cancelled = other_.Call(connection::kExecute, {Text(u"select * from goods where 1 = 1")});
+    EXPECT_EQ(cancelled.Error(), 0x80040E4Eu) << cancelled;
+}
+
+// As it does when memory is short, for one.
+TEST_F(ChangedTablesTest, OfADatabaseInMemorySurviveAQueryThatItUndoes) {
+    const Object inMemory = Object::Create(kConnectionClass);
+    ASSERT_TRUE(inMemory.Call(connection::kOpen, {Text(u"Driver=SQLite3;Database=:memory:")}).Ok());
+    inMemory.Put(connection::kCursorLocation, Number(3));
+    Execute(inMemory, u"create table item (id integer)");
+    Execute(inMemory, u"insert into item values (1)");
+    usleep(20000);
+    {
+        const Meanwhile meanwhile(
+            Meanwhile::When::BeforeText,
+            [] {
+                std::string undo = "rollback";
+                ::SQLExecDirect(Meanwhile::Statement(), reinterpret_cast<SQLCHAR*>(undo.data()), SQL_NTS);
+                ::SQLFreeStmt(Meanwhile::Statement(), SQL_CLOSE);
+            },
+            FindProfile("sqlite").definitions->release);
+        EXPECT_EQ(Ask(inMemory, u"select count(*) from item"), "1");
+    }
+    EXPECT_EQ(Ask(inMemory, u"select count(*) from item"), "1");
+    Execute(inMemory, u"begin");
+    Execute(inMemory, u"insert into item values (2)");
+    Execute(inMemory, u"rollback");
+    EXPECT_EQ(Ask(inMemory, u"select count(*) from item"), "1");
 }
 
 TEST_F(ChangedTablesTest, AreSeenBeforeTheSessionThatChangedThemGoesOn) {
@@ -551,6 +608,28 @@ TEST_F(ChangedTablesTest, AreWaitedForNoLongerThanTheStatementMayTake) {
     EXPECT_EQ(opened.Error(), 0x80040E31u) << opened;
     lock.Release();
     EXPECT_EQ(Look(patient), kBefore);
+}
+
+TEST_F(ChangedTablesTest, AreWaitedForInsideOfTheTimeThatTheStatementMayTake) {
+    const Object patient = Connect(u";Timeout=20000");
+    EXPECT_EQ(Look(patient), kBefore);
+    usleep(20000);
+    patient.Put(connection::kCommandTimeout, Number(2));
+    LockBeforeLook lock(ConnectionText());
+    std::thread releasing([&] {
+        while (!lock.isLocked)
+            usleep(1000);
+        usleep(1'500'000);
+        lock.Release();
+    });
+    const DWORD start = GetTickCount();
+    const Outcome opened =
+        patient.Call(connection::kExecute,
+                     {Text(u"with recursive up(n) as (select 1 union all select n + 1 from up) select count(*) "
+                           u"from up, goods")});
+    releasing.join();
+    EXPECT_EQ(opened.Error(), 0x80040E31u) << opened;
+    EXPECT_LT(GetTickCount() - start, 3200u);
 }
 
 TEST_F(ChangedTablesTest, AreWaitedForNoLongerThanUntilACancellation) {

@@ -208,15 +208,29 @@ TEST(SessionTransaction, LetsNothingRunAfterTheDatabaseHasUndoneIt) {
     EXPECT_EQ(Ids(session), "BSTR 1,4,5");
 }
 
-TEST(SessionTransaction, GoesOnWhenTheDatabaseHasUndoneNothingInIt) {
+TEST(SessionTransaction, IsUndoneWithWhatAFailureHasLeftInIt) {
     const SqliteFile file;
     const auto session = file.Open();
     CreateUndoing(*session);
     session->Begin(0x1000);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert or fail into item values (7), (8), (1)"); }), 0x80040E2Fu);
+    EXPECT_EQ(Ids(session), "BSTR 1,7,8");
     EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (1)"); }), 0x80040E2Fu);
-    Do(*session, "insert into item values (2)");
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (9)"); }), 0x8004D019u);
+    EXPECT_EQ(Failure([&] { session->Commit(); }), 0x8004D019u);
+    EXPECT_EQ(Ids(session), "BSTR 1");
+    // As its first statement, too.
+    session->Begin(0x1000);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (1)"); }), 0x80040E2Fu);
+    EXPECT_EQ(Failure([&] { Do(*session, "insert into item values (9)"); }), 0x8004D019u);
     session->Rollback();
     EXPECT_EQ(Ids(session), "BSTR 1");
+}
+
+TEST(SessionTransaction, GoesOnWhenTheDatabaseHasUndoneTheStatementAlone) {
+    const SqliteFile file;
+    const auto session = file.Open();
+    CreateUndoing(*session);
     session->Begin(0x1000);
     Do(*session, "insert into item values (2)");
     EXPECT_EQ(Failure([&] { Do(*session, "insert or abort into item values (1)"); }), 0x80040E2Fu);

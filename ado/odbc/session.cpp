@@ -9,7 +9,7 @@
 #include "ado/messages.h"
 #include "ado/odbc/background_work.h"
 #include "ado/odbc/catalog_call.h"
-#include "ado/odbc/coarse_clock.h"
+#include "ado/odbc/definition_hold.h"
 #include "ado/odbc/lock_wait.h"
 #include "ado/odbc/output_row.h"
 #include "ado/odbc/parameter_binding.h"
@@ -144,53 +144,6 @@ struct Session::Impl {
         return remembered ? *remembered >= kManyRows : kind.isLikelyLarge;
     }
 
-    /// Keeps tables as they are until this ends, or until the transaction does that the session is in.
-    class Hold {
-    public:
-        explicit Hold(Impl& session) noexcept : session_(session), wait_(session.Physical()) {}
-        ~Hold() { End(); }
-        Hold(const Hold&) = delete;
-        Hold& operator=(const Hold&) = delete;
-
-        /// Waits for locks as a statement does. Holds nothing where the query itself is to say what is wrong.
-        /// @return the milliseconds that it took
-        int Begin(const std::string& sql, LONG seconds) {
-            const std::int64_t start = CoarseNow();
-            const Patience patience(seconds, session_.running);
-            End();
-            on_ = &session_.Physical();
-            while (!isHeld_) {
-                try {
-                    on_->HoldDefinitions(sql);
-                    isHeld_ = true;
-                } catch (const AdoError& error) {
-                    on_->ReleaseDefinitions();
-                    if (patience.IsOver()) throw patience.IsCancelled() ? MakeCancelledError() : MakeWaitedError();
-                    if (!wait_.IsOfLock(error)) break;
-                    if (!wait_.GoesOn(error)) throw;
-                }
-            }
-            if (patience.IsCancelled()) throw MakeCancelledError();
-            return static_cast<int>((CoarseNow() - start) / kMillisecond);
-        }
-
-        bool IsHeld() const noexcept { return isHeld_; }
-
-        /// For the statement as well: it waits once.
-        LockWait& Wait() noexcept { return wait_; }
-
-    private:
-        void End() noexcept {
-            if (on_ != nullptr) on_->ReleaseDefinitions();
-            isHeld_ = false;
-        }
-
-        Impl& session_;
-        LockWait wait_;
-        PhysicalConnection* on_ = nullptr;
-        bool isHeld_ = false;
-    };
-
     /// The side connection steps through its rows when they are fetched, long after it has described them.
     void HoldForRows(PhysicalConnection& side) {
         const RunningCall::Wait waiting(running);
@@ -212,7 +165,7 @@ struct Session::Impl {
     /// leaves all of that to the session's own.
     template <class Call>
     void GoOn(Statement::Impl& statement, CallResult& called, const std::string& sql, const StatementKind& kind,
-              Hold& hold, Call&& call) {
+              DefinitionHold& hold, Call&& call) {
         StatementHandle& handle = *statement.handle;
         const bool isOwn = statement.lease == lease;
         bool isFitted = false;
@@ -265,7 +218,7 @@ struct Session::Impl {
 
     /// Behind a query that was not held: true when its columns may be those of before a change that others have made
     /// meanwhile.
-    bool HasShownFormer(Statement::Impl& statement, const std::string& sql, Hold& hold) {
+    bool HasShownFormer(Statement::Impl& statement, const std::string& sql, DefinitionHold& hold) {
         PhysicalConnection& connection = Physical();
         if (!connection.MayBeOutdated()) return false;
         statement.handle->HoldCancel();  // all that the driver could cancel is the result
@@ -290,7 +243,7 @@ struct Session::Impl {
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
         const bool follows = kind.readsTables && on == lease;
-        Hold hold(*this);
+        DefinitionHold hold(**on, running);
         int waited = 0;
         if (follows && (*on)->MayBeOutdated()) waited = hold.Begin(sql, options.timeoutSeconds);
         ServerCall server((*on)->Profile(), options.timeoutSeconds);

@@ -50,7 +50,7 @@ BatchWriter::Scope BatchWriter::ScopeOf(const AdoError& error) const {
     }
     // Another writer's lock will not go away for the next row either.
     if (error.Code() == kConcurrencyViolation && error.Source() != kCursorSource) return Scope::Rest;
-    return session_->IsDead() ? Scope::Transaction : Scope::Row;
+    return session_->IsAborted() || session_->IsDead() ? Scope::Transaction : Scope::Row;
 }
 
 void BatchWriter::SendOne(RowWriter& writer, std::size_t row, Outcome& outcome) const {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "ado/cursor/messages.h"
 #include "ado/cursor/text.h"
 #include "ado/objects/credential_memory.h"
 #include "ado/objects/errors.h"

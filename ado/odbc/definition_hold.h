@@ -23,12 +23,15 @@ public:
     DefinitionHold(const DefinitionHold&) = delete;
     DefinitionHold& operator=(const DefinitionHold&) = delete;
 
-    /// Begins, or begins again. Waits for locks as a statement does. Holds nothing where the query itself is to say
-    /// what is wrong.
+    /// Waits for locks as a statement does. Holds nothing where the query itself is to say what is wrong.
     /// @param seconds  0: no limit
     /// @return the milliseconds that it took
     /// @throws AdoError when the time is over or the wait was cancelled
     int Begin(const std::string& sql, LONG seconds);
+
+    /// Again, before a statement is made again, whose time and cancellation are the handle's: holds nothing when that
+    /// is ended.
+    void Begin(const std::string& sql, const StatementHandle& handle);
 
     bool IsHeld() const noexcept { return isHeld_; }
 
@@ -36,6 +39,9 @@ public:
     LockWait& Wait() noexcept { return wait_; }
 
 private:
+    /// True when there is nothing to wait for any more.
+    bool Try(const std::string& sql);
+
     void End() noexcept {
         if (isHeld_) connection_.ReleaseDefinitions();
         isHeld_ = false;

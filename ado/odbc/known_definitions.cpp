@@ -139,11 +139,6 @@ KnownDefinitions::Defining::~Defining() {
     definitions.fetch_add(kOneMore - 1);
 }
 
-void KnownDefinitions::Doubt() noexcept {
-    for (Database& each : databases_)
-        each.time = 0;
-}
-
 bool KnownDefinitions::IsOutdated(const Database& database) noexcept {
     const std::uint64_t now = definitions.load(std::memory_order_acquire);
     return now != database.seen || (now & kAtIt) != 0 || CoarseNow() - database.time >= kTrusted;
@@ -161,15 +156,13 @@ bool KnownDefinitions::Follow(SQLHDBC connection, const DefinitionQueries& queri
     UsedDatabases used(connection, queries, text);
     for (const auto& [number, name] : DatabasesOf(connection, queries, alsoAttached)) {
         const auto former = std::ranges::find(databases_, name, &Database::name);
-        const bool isKnown = former != databases_.end();
-        if (isKnown) found.push_back(*former);
-        if (isKnown && !IsOutdated(*former)) continue;
+        // What is not looked at stays outdated.
+        Database& now = found.emplace_back(former != databases_.end() ? *former : Database{name, {}});
         if (isInTransaction && !used.Have(number)) continue;
         try {
-            Database now = {name, VersionOf(connection, queries, name), seen, CoarseNow()};
-            if (!isKnown || former->version != now.version) changed.push_back(name);
-            if (isKnown) found.pop_back();
-            found.push_back(std::move(now));
+            std::string version = VersionOf(connection, queries, name);
+            if (now.version != version) changed.push_back(name);
+            now = {name, std::move(version), seen, CoarseNow()};
         } catch (const AdoError&) {
             if (used.Have(number)) throw;
         }

@@ -36,9 +36,6 @@ public:
     /// They are changed by the connection itself, or changed back.
     void Forget() noexcept { databases_.clear(); }
 
-    /// Lets the next Follow look at all of them.
-    void Doubt() noexcept;
-
     /// What sessions of this process have done is known at once, what other processes have some milliseconds later.
     bool MayBeOutdated() const noexcept;
 
@@ -57,9 +54,9 @@ public:
 private:
     struct Database {
         std::string name;
-        std::string version;  // one that was undone is used again, which is why Forget is there
-        std::uint64_t seen;   // what sessions of the process had done
-        std::int64_t time;    // by CoarseNow
+        std::string version = {};  // one that was undone is used again, which is why Forget is there
+        std::uint64_t seen = 0;    // what sessions of the process had done
+        std::int64_t time = 0;     // by CoarseNow
     };
     static bool IsOutdated(const Database& database) noexcept;
 

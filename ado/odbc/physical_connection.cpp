@@ -1,7 +1,5 @@
 #include "ado/odbc/physical_connection.h"
 
-#include <algorithm>
-
 #include "ado/messages.h"
 #include "ado/odbc/connect_turn.h"
 #include "ado/odbc/connection_string.h"
@@ -162,7 +160,6 @@ bool PhysicalConnection::Follow(const std::string& text, bool isInTransaction) {
 
 void PhysicalConnection::HoldDefinitions(const std::string& text) {
     isHolding_ = isAutoCommit_ && RunText(profile_->definitions->hold);
-    definitions_.Doubt();  // only what is looked at is locked
     Follow(text, !isHolding_);
 }
 
@@ -254,7 +251,7 @@ DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {
     return {};
 }
 
-bool PhysicalConnection::HasLostTransaction() noexcept try {
+bool PhysicalConnection::RejoinTransaction() noexcept try {
     if (profile_->beginStatement != nullptr) return RunText(profile_->beginStatement);
     if (profile_->newTransactionQuery == nullptr) return false;
     const ServerCall call(*profile_, ServerCall::ShortSeconds());

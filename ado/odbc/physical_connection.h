@@ -3,7 +3,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -78,7 +77,7 @@ public:
         Defining(PhysicalConnection& connection, bool mayDefine) noexcept {
             if (!mayDefine) return;
             connection.ForgetDescriptions();
-            noted_.emplace();
+            if (connection.profile_->definitions != nullptr) noted_.emplace();
         }
 
     private:
@@ -126,15 +125,14 @@ public:
     /// @param idle, now  by a steady clock, in microseconds
     bool IsUsable(long long idle, long long now) noexcept;
 
-    bool IsAutoCommit() const noexcept { return isAutoCommit_; }
     void SetAutoCommit(bool on);
     void SetIsolation(SQLUINTEGER isolation);
     SQLUINTEGER Isolation() const noexcept;
     void EndTransaction(SQLSMALLINT completion);
 
-    /// True when the transaction that was open has ended behind our back, and another one is open; false also where
-    /// that is not known.
-    bool HasLostTransaction() noexcept;
+    /// Sees to it that a transaction is open, as the driver believes. True when the one that was open had ended behind
+    /// our back; false also where that is not known.
+    bool RejoinTransaction() noexcept;
 
     /// What the server says the last statement failed with, where it has a question for that.
     DiagnosticRecord LastFailure() const noexcept;

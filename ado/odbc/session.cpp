@@ -179,11 +179,11 @@ struct Session::Impl {
             } else if (!kind.readsTables || hold.IsHeld() || !HasShownFormer(statement, sql, hold)) {
                 return;
             }
-            called.binding.reset();
             handle.Close();
+            called.binding.reset();
             if (kind.readsTables && Physical().Profile().definitions != nullptr) {
                 handle.HoldCancel();
-                hold.Begin(sql, statement.timeoutSeconds);
+                hold.Begin(sql, handle);
                 hasPlan = false;
                 handle.AllowCancel();
                 statement.ExpectNotEnded();
@@ -203,7 +203,7 @@ struct Session::Impl {
         const auto records = ReadDiagnostics(SQL_HANDLE_STMT, handle.Get());
         const bool mayBe = std::ranges::any_of(records, [&](const DiagnosticRecord& each) {
             return (each.native == definitions->unfit && connection.IsOutsideTransaction()) ||
-                   (each.native == definitions->brokenPlan && hasPlan && kind.readsTables);
+                   (each.native == definitions->brokenPlan && kind.readsTables);
         });
         if (!mayBe || handle.IsEnded()) return false;
         try {
@@ -320,7 +320,7 @@ struct Session::Impl {
         } catch (const AdoError& error) {
             PhysicalConnection& connection = Physical();
             if (connection.IsBroken() || !(hasWritten || EndsByItself())) throw;
-            isTransactionAborted = IsAborting(error) || connection.HasLostTransaction();
+            isTransactionAborted = IsAborting(error) || connection.RejoinTransaction();
             throw;
         }
     }
@@ -474,7 +474,7 @@ struct Session::Impl {
         }
         hasWritten = isInTransaction && (hasWritten || !kind.isReading);
         // The text may have been the end of the transaction: then another one is open behind this.
-        if (isInTransaction && kind.mayDefine && EndsByItself()) Physical().HasLostTransaction();
+        if (isInTransaction && kind.mayDefine && EndsByItself()) Physical().RejoinTransaction();
         return std::move(*statement);
     }
 
@@ -564,14 +564,14 @@ struct Session::Impl {
                 throw;
             }
             // As a rule it is still open, can be tried again or rolled back.
-            if (!EndsByItself() || !connection.HasLostTransaction()) throw;
-            isTransactionAborted = true;
-            if (completion == SQL_COMMIT) throw;
+            if (!EndsByItself() || !connection.RejoinTransaction()) throw;
             EndWhenUnlocked(connection, SQL_ROLLBACK);
+            isTransactionAborted = true;
         }
         isInTransaction = false;
+        const bool isAborted = std::exchange(isTransactionAborted, false);
         connection.SetAutoCommit(true);
-        if (std::exchange(isTransactionAborted, false) && completion == SQL_COMMIT) throw AbortedError();
+        if (isAborted && completion == SQL_COMMIT) throw AbortedError();
     }
 };
 
@@ -693,6 +693,10 @@ void Session::WatchSettings(std::weak_ptr<SettingsWatcher> watcher) {
     auto& watchers = impl_->watchers;
     if (watchers.size() >= kManyWatchers) std::erase_if(watchers, [](const auto& each) { return each.expired(); });
     watchers.push_back(std::move(watcher));
+}
+
+bool Session::IsAborted() const noexcept {
+    return impl_->isTransactionAborted;
 }
 
 bool Session::IsDead() {

@@ -106,6 +106,9 @@ public:
     /// True when the driver says that the connection is lost; asks, does not guess from the state alone.
     bool IsDead();
 
+    /// True when the database has undone the transaction that is open: everything fails until it is ended.
+    bool IsAborted() const noexcept;
+
     /// A worker that still uses this session's statement. The next Execute, Catalog, Begin, Commit or Rollback waits
     /// for its end first, so that drivers with one active statement work too; Execute and Catalog within their time
     /// limit.

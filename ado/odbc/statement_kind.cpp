@@ -259,7 +259,9 @@ StatementKind Read(std::string_view sql) noexcept {
     kind.mayDefine =
         kind.changesSession || (first & kDefines) != 0 || isExplain || (hasCall && !hasFrom && (first & kWrites) == 0);
     kind.isReading = (first & kReads) != 0 && !kind.changesSession;
-    kind.readsTables = (first & kReads) != 0 && hasFrom && !isSeveral;
+    // A column may be called like what makes it a writing statement elsewhere.
+    const bool mayWrite = isSelect && (first & kWrites) != 0;
+    kind.readsTables = (mayWrite || ((first & kReads) != 0 && hasFrom)) && !isSeveral;
     kind.isLikelyLarge = kind.isReading && hasFrom && !limited;
     kind.takesLimit = kind.isReading && isSelect && !ended && !hasComment && !endsOtherwise;
     return kind;

@@ -98,13 +98,14 @@ TEST(InspectStatement, TellsWhatShowsTables) {
     for (const char* text :
          {"select * from item", "SELECT a\nFROM item;", "with a as (select * from item) select * from a",
           "select * from item as temp", "select * from item where a = @b", "select count(*) from item limit 5",
-          "(select a from item)", "select a, (select max(b) from other) from item", "explain select * from item"}) {
+          "(select a from item)", "select id, merge from item", "select * from item for update",
+          "select a, (select max(b) from other) from item", "explain select * from item"}) {
         EXPECT_TRUE(Inspect(text).readsTables) << text;
     }
-    for (const char* text : {"select 1", "select 'from'", "values (1)", "pragma table_info(item)",
-                             "insert into item select * from other", "delete from item", "update item set a = 1 from b",
-                             "with a as (select * from item) delete from item", "select * from item; select 1",
-                             "select * from item for update", "create table a as select * from item", "begin", ""}) {
+    for (const char* text :
+         {"select 1", "select 'from'", "values (1)", "pragma table_info(item)", "insert into item select * from other",
+          "delete from item", "update item set a = 1 from b", "with a as (select * from item) delete from item",
+          "select * from item; select 1", "create table a as select * from item", "begin", ""}) {
         EXPECT_FALSE(Inspect(text).readsTables) << text;
     }
 }

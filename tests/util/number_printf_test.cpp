@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -22,6 +23,7 @@ struct Row {
 };
 
 TEST(DoubleToStringByPrintf, PrintsReals) {
+    EXPECT_STREQ(DoubleToString(800.0, "%4.7G"), " 800");
     const Row kRows[] = {
         {1234.5, "%f", "1234.500000"},
         {1234.5, "%.2f", "1234.50"},
@@ -188,6 +190,7 @@ TEST(DoubleToStringByPrintf, HoldsItsWidestFormats) {
 }
 
 TEST(DoubleToStringByPrintf, AgreesWithTheCLibraryOnReals) {
+    int tooShort = 0;
     Random random;
     SCOPED_TRACE(testing::Message() << "TK_TEST_SEED=" << random.Seed());
     for (int i = 0; i < 60000; ++i) {
@@ -198,11 +201,14 @@ TEST(DoubleToStringByPrintf, AgreesWithTheCLibraryOnReals) {
         if (!std::isfinite(value)) continue;
         std::string format = "%" + random.TextOf("-+ #0", 3);
         const bool plain = random.Below(2) == 0;
-        if (random.Below(2) == 0) format += std::to_string(1 + random.Below(30));
+        const std::size_t width = random.Below(2) == 0 ? 1 + random.Below(30) : 0;
+        if (width != 0) format += std::to_string(width);
         if (random.Below(4) != 0) format += "." + std::to_string(random.Below(plain ? 5 : 25));
         format += plain ? 'f' : "feEgG"[random.Below(5)];
         char text[1000];
         std::snprintf(text, sizeof(text), format.c_str(), value);
+        // One C library prints 800 by "%4.7G" without the blank.
+        if (std::strlen(text) < width && ++tooShort < 100) continue;
         ASSERT_EQ(Std(DoubleToString(value, format.c_str())), text) << value << ' ' << format;
     }
 }

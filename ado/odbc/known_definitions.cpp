@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <span>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@ constexpr std::int64_t kTrusted = 8 * kMillisecond;
 constinit std::atomic<std::uint64_t> definitions = 0;
 constexpr std::uint64_t kOneMore = 1 << 20;
 constexpr std::uint64_t kAtIt = kOneMore - 1;
+
+// Queries pass it together, whoever defines tables alone.
+constinit std::shared_timed_mutex gate;
 
 /// @return false for SQL_NO_DATA
 bool Expect(const OdbcStatement& statement, SQLRETURN result) {
@@ -131,9 +135,13 @@ void StepInto(SQLHDBC connection, const DefinitionQueries& queries, std::span<co
 
 }  // namespace
 
-KnownDefinitions::Defining::Defining() noexcept {
+KnownDefinitions::Defining::Defining(bool isLikely) noexcept : gate_(gate, std::defer_lock) {
     definitions.fetch_add(kOneMore + 1);
+    // A query that takes longer than it may wait for a lock has begun to read: it has seen its tables.
+    if (isLikely) static_cast<void>(gate_.try_lock_for(std::chrono::milliseconds(150)));
 }
+
+KnownDefinitions::Passing::Passing() noexcept : gate_(gate, std::try_to_lock) {}
 
 KnownDefinitions::Defining::~Defining() {
     definitions.fetch_add(kOneMore - 1);

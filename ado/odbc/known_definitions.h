@@ -9,10 +9,12 @@
 // A version tells definitions apart. It is recorded no later than the driver reads them: where it is found unchanged
 // behind a query, the query has shown them as they were all the time.
 //
-// Threads: Defining any; the rest is the session's.
+// Threads: Defining and Passing any; the rest is the session's.
 #pragma once
 
 #include <cstdint>
+#include <mutex>
+#include <shared_mutex>
 #include <string>
 #include <vector>
 
@@ -27,10 +29,25 @@ public:
     /// what has been defined.
     class Defining {
     public:
-        Defining() noexcept;
+        /// @param isLikely  waits a moment for queries that pass
+        explicit Defining(bool isLikely) noexcept;
         ~Defining();
         Defining(const Defining&) = delete;
         Defining& operator=(const Defining&) = delete;
+
+    private:
+        std::unique_lock<std::shared_timed_mutex> gate_;
+    };
+
+    /// Lives around a query that goes by what is known, from before MayBeOutdated is asked: nobody of this process
+    /// changes tables meanwhile. A query that cannot pass is to be held.
+    class Passing {
+    public:
+        Passing() noexcept;
+        bool Passes() const noexcept { return gate_.owns_lock(); }
+
+    private:
+        std::shared_lock<std::shared_timed_mutex> gate_;
     };
 
     /// They are changed by the connection itself, or changed back.

@@ -226,7 +226,7 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
-    const Defining defining(*this, hasDefined_);
+    const Defining defining(*this, hasDefined_, hasDefined_);
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);

@@ -74,10 +74,11 @@ public:
     /// connection forgets what it knows, the others look at their tables again.
     class Defining {
     public:
-        Defining(PhysicalConnection& connection, bool mayDefine) noexcept {
+        Defining(PhysicalConnection& connection, bool mayDefine, bool defines) noexcept {
             if (!mayDefine) return;
             connection.ForgetDescriptions();
-            if (connection.profile_->definitions != nullptr) noted_.emplace();
+            if (defines && connection.isChanged_) connection.hasDefined_ = true;  // a text may have begun a transaction
+            if (connection.profile_->definitions != nullptr) noted_.emplace(defines || connection.hasDefined_);
         }
 
     private:
@@ -162,7 +163,7 @@ private:
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
     bool isHolding_ = false;
-    bool hasDefined_ = false;  // in the transaction
+    bool hasDefined_ = false;  // in a transaction
     KnownDefinitions definitions_;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;

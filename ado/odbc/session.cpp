@@ -242,10 +242,17 @@ struct Session::Impl {
         statement->lease = on;
         statement->timeoutSeconds = options.timeoutSeconds;
         statement->maxRows = options.maxRows;
-        const bool follows = kind.readsTables && on == lease;
+        const bool follows = kind.readsTables && on == lease && (*on)->Profile().definitions != nullptr;
+        std::optional<KnownDefinitions::Passing> passing;
         DefinitionHold hold(**on, running);
         int waited = 0;
-        if (follows && (*on)->MayBeOutdated()) waited = hold.Begin(sql, options.timeoutSeconds);
+        if (follows) {
+            passing.emplace();
+            if (!passing->Passes() || (*on)->MayBeOutdated()) {
+                passing.reset();
+                waited = hold.Begin(sql, options.timeoutSeconds);
+            }
+        }
         ServerCall server((*on)->Profile(), options.timeoutSeconds);
         try {
             (*on)->SetTimeLimitVariable(options.timeoutSeconds);
@@ -266,6 +273,7 @@ struct Session::Impl {
         const bool isWatched = handle.Profile().timeLimit == TimeLimit::Watchdog;
         WatchdogGuard guard(isWatched ? options.timeoutSeconds : 0, handle, -waited);
         CallResult called = call(handle);
+        passing.reset();
         on->MarkUsed();
         if (HasFailed(called) || (follows && !hold.IsHeld() && (*on)->MayBeOutdated())) [[unlikely]]
             GoOn(*statement, called, sql, kind, hold, call);
@@ -441,7 +449,7 @@ struct Session::Impl {
             TellWatchers();
             Physical().MarkChanged();
         }
-        const PhysicalConnection::Defining defining(Physical(), kind.mayDefine);
+        const PhysicalConnection::Defining defining(Physical(), kind.mayDefine, kind.defines);
         const auto execute = [&](StatementHandle& handle, const std::string& query) {
             std::unique_ptr<const ParameterBinding> binding;
             handle.SetMaxRows(SentLimit(kind, options.maxRows));

@@ -255,6 +255,7 @@ StatementKind Read(std::string_view sql) noexcept {
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
+    kind.defines = (first & kDefines) != 0;
     // EXPLAIN may run what it explains. A SELECT from nowhere may be made for what its function does.
     kind.mayDefine =
         kind.changesSession || (first & kDefines) != 0 || isExplain || (hasCall && !hasFrom && (first & kWrites) == 0);
@@ -290,7 +291,8 @@ public:
 private:
     static constexpr bool StatementKind::*kMembers[] = {&StatementKind::isReading,     &StatementKind::readsTables,
                                                         &StatementKind::isLikelyLarge, &StatementKind::takesLimit,
-                                                        &StatementKind::mayDefine,     &StatementKind::changesSession};
+                                                        &StatementKind::defines,       &StatementKind::mayDefine,
+                                                        &StatementKind::changesSession};
     static constexpr std::size_t kBits = std::size(kMembers);
     static constexpr std::size_t kPlaces = 256;
     static std::size_t Place(std::uint64_t form) noexcept { return form >> kBits & (kPlaces - 1); }

@@ -275,6 +275,30 @@ TEST_F(ChangedTablesTest, AreSeenByAQueryBesideTheChange) {
     EXPECT_EQ(show(), before + ",a=7,b=8");
 }
 
+TEST_F(ChangedTablesTest, WaitForAQueryThatPasses) {
+    const std::string before = Look(other_);
+    std::atomic<bool> isChanged = false;
+    bool wasChanged = true;
+    std::thread changing;
+    {
+        const Meanwhile meanwhile(
+            Meanwhile::When::BeforeText,
+            [&] {
+                changing = std::thread([&] {
+                    Execute(connection_, u"alter table goods add column a integer default 7");
+                    isChanged = true;
+                });
+                usleep(50'000);
+                wasChanged = isChanged;
+            },
+            "select * from goods where 1 = 1");
+        Show(OpenRows(other_, u"select * from goods where 1 = 1", 1));
+    }
+    changing.join();
+    EXPECT_FALSE(wasChanged);
+    EXPECT_EQ(Look(other_), before + ",a=7");
+}
+
 TEST_F(ChangedTablesTest, StayWhileAQueryIsRunOnceMore) {
     Outsider outsider(u"Driver=SQLite3;Timeout=50;Database=" + ToUtf16((folder_ / "test.db").string()));
     const std::string before = Look(other_);

@@ -226,11 +226,11 @@ SQLUINTEGER PhysicalConnection::Isolation() const noexcept {
 }
 
 void PhysicalConnection::EndTransaction(SQLSMALLINT completion) {
-    const Defining defining(*this, hasDefined_, hasDefined_);
+    const Defining defining(*this, hasDefined_, hasCreated_);
     const ServerCall call(*profile_);
     const SQLRETURN result = Odbc().EndTran(SQL_HANDLE_DBC, Get(), completion);
     if (!SQL_SUCCEEDED(result)) ThrowDiagnostics(SQL_HANDLE_DBC, Get(), result);
-    hasDefined_ = false;
+    hasDefined_ = hasCreated_ = false;
 }
 
 DiagnosticRecord PhysicalConnection::LastFailure() const noexcept try {

@@ -77,8 +77,13 @@ public:
         Defining(PhysicalConnection& connection, bool mayDefine, bool defines) noexcept {
             if (!mayDefine) return;
             connection.ForgetDescriptions();
-            if (defines && connection.isChanged_) connection.hasDefined_ = true;  // a text may have begun a transaction
-            if (connection.profile_->definitions != nullptr) noted_.emplace(defines || connection.hasDefined_);
+            bool isLikely = defines;
+            if (defines) {
+                connection.hasCreated_ = connection.hasCreated_ || !connection.IsOutsideTransaction();
+            } else if (connection.isAutoCommit_) {
+                isLikely = std::exchange(connection.hasCreated_, false);  // a text may end its transaction
+            }
+            if (connection.profile_->definitions != nullptr) noted_.emplace(isLikely);
         }
 
     private:
@@ -163,7 +168,8 @@ private:
     int lockMilliseconds_;
     bool isAutoCommit_ = true;
     bool isHolding_ = false;
-    bool hasDefined_ = false;  // in a transaction
+    bool hasDefined_ = false;  // in the transaction, as far as its texts tell
+    bool hasCreated_ = false;  // in a transaction, for certain
     KnownDefinitions definitions_;
     std::atomic<bool> isChanged_ = false;  // a fetch thread may set them
     std::atomic<bool> isBroken_ = false;

@@ -247,8 +247,8 @@ struct Session::Impl {
         DefinitionHold hold(**on, running);
         int waited = 0;
         if (follows) {
-            passing.emplace();
-            if (!passing->Passes() || (*on)->MayBeOutdated()) {
+            if (!kind.mayDefine) passing.emplace();
+            if (!passing || !passing->Passes() || (*on)->MayBeOutdated()) {
                 passing.reset();
                 waited = hold.Begin(sql, options.timeoutSeconds);
             }

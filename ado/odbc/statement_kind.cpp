@@ -210,6 +210,7 @@ StatementKind Read(std::string_view sql) noexcept {
     bool hasFrom = false;
     bool ended = false;
     bool isSeveral = false;
+    bool defines = false;
     bool hasComment = false;
     bool isSelect = false;
     bool isExplain = false;
@@ -245,6 +246,8 @@ StatementKind Read(std::string_view sql) noexcept {
             limited = (flags & kLimits) != 0;
             isSelect = EqualsNoCase(word.Text(), "select");
             isExplain = EqualsNoCase(word.Text(), "explain");
+            for (const std::string_view defining : {"create", "alter", "drop"})
+                defines = defines || EqualsNoCase(word.Text(), defining);
             isFirst = false;
         } else if (flags != 0) {
             if ((flags & kTouches) != 0) kind.changesSession = true;
@@ -255,7 +258,7 @@ StatementKind Read(std::string_view sql) noexcept {
         }
     }
     if ((first & (kReads | kGives | kWrites | kDefines)) == 0) kind.changesSession = true;
-    kind.defines = (first & kDefines) != 0;
+    kind.defines = defines;
     // EXPLAIN may run what it explains. A SELECT from nowhere may be made for what its function does.
     kind.mayDefine =
         kind.changesSession || (first & kDefines) != 0 || isExplain || (hasCall && !hasFrom && (first & kWrites) == 0);

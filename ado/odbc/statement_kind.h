@@ -13,7 +13,7 @@ struct StatementKind {
     bool readsTables = false;     // one SELECT or its like that names a table; it may change the session
     bool isLikelyLarge = false;   // reads from a table and names nothing that would limit the rows
     bool takesLimit = false;      // a SELECT that a LIMIT can be written behind
-    bool defines = false;         // begins like a statement that changes tables
+    bool defines = false;         // CREATE, ALTER or DROP
     bool mayDefine = false;       // may change tables, or which ones are meant, as far as its words tell
     bool changesSession = false;  // may leave settings, temporary tables or locks behind on the connection
     std::uint64_t form = 0;       // StatementForm of the text; 0 also for one that only writes

@@ -137,7 +137,7 @@ void StepInto(SQLHDBC connection, const DefinitionQueries& queries, std::span<co
 
 KnownDefinitions::Defining::Defining(bool isLikely) noexcept : gate_(gate, std::defer_lock) {
     definitions.fetch_add(kOneMore + 1);
-    // A query that takes longer than it may wait for a lock has begun to read: it has seen its tables.
+    // A query that takes longer than it may wait for a lock has, as a rule, begun to read: it has seen its tables.
     if (isLikely) static_cast<void>(gate_.try_lock_for(std::chrono::milliseconds(150)));
 }
 

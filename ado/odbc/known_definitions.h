@@ -39,8 +39,8 @@ public:
         std::unique_lock<std::shared_timed_mutex> gate_;
     };
 
-    /// Lives around a query that goes by what is known, from before MayBeOutdated is asked: nobody of this process
-    /// changes tables meanwhile. A query that cannot pass is to be held.
+    /// Lives around a query that goes by what is known, from before MayBeOutdated is asked: who is likely to define
+    /// tables in this process waits a moment for its end. A query that cannot pass is to be held.
     class Passing {
     public:
         Passing() noexcept;

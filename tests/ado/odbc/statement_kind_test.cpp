@@ -110,6 +110,16 @@ TEST(InspectStatement, TellsWhatShowsTables) {
     }
 }
 
+TEST(InspectStatement, TellsWhatDefinesForCertain) {
+    for (const char* text : {"create table item (id integer)", "ALTER TABLE item ADD a integer", "drop view v"}) {
+        EXPECT_TRUE(Inspect(text).defines) << text;
+    }
+    for (const char* text : {"savepoint a", "rollback to savepoint a", "begin", "commit", "analyze", "select f()",
+                             "select drop from item", "insert into item values (1)", ""}) {
+        EXPECT_FALSE(Inspect(text).defines) << text;
+    }
+}
+
 TEST(InspectStatement, TellsTheSameOfATextWhoseLikeItKnows) {
     static constexpr const char* kParts[] = {
         "select",     "from",   "where", "limit ", "count", "count(", ")",    "insert", "delete ", "into",
@@ -144,6 +154,7 @@ TEST(InspectStatement, TellsTheSameOfATextWhoseLikeItKnows) {
         EXPECT_EQ(kind.isReading, read.isReading) << other;
         EXPECT_EQ(kind.readsTables, read.readsTables) << other;
         EXPECT_EQ(kind.isLikelyLarge, read.isLikelyLarge) << other;
+        EXPECT_EQ(kind.defines, read.defines) << other;
         EXPECT_EQ(kind.mayDefine, read.mayDefine) << other;
         EXPECT_EQ(kind.changesSession, read.changesSession) << other;
     }
